@@ -1,0 +1,48 @@
+// An audio file opened for reading: stereo frames at the file's own sample rate, from any position, exact to the sample.
+// Mono is doubled, more than two channels are mixed down to stereo. It holds no more of the file in memory than a decoder
+// needs; it does not resample, and it knows nothing of playback.
+// Threads: `length`, `sampleRate` and `channelCount` never change and may be read anywhere; `read` is confined to one thread at
+// a time.
+#pragma once
+
+#include "platform/base/FilePath.h"
+
+#include <cstdint>
+#include <expected>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace quillet {
+
+class AudioFile {
+public:
+    virtual ~AudioFile() = default;
+
+    /// The exact number of frames that a decode from the start to the end yields; at least 1.
+    [[nodiscard]] virtual std::int64_t length() const = 0;
+    /// Frames per second of the file, 8,000 to 192,000 in practice.
+    [[nodiscard]] virtual int sampleRate() const = 0;
+    /// Channels stored in the file, before they become two.
+    [[nodiscard]] virtual int channelCount() const = 0;
+
+    /// Reads frames [firstFrame, firstFrame + stereo.size() / 2) into `stereo` (left, right, left, …; full scale is ±1).
+    /// The same frame reads the same value however it was reached. Returns the frames read: fewer than asked only where the
+    /// file ends; 0 at or behind the end. What is damaged in the middle reads as silence of the same length.
+    /// `firstFrame` is at least 0. Consecutive reads are cheap; a jump costs a few milliseconds. May touch the disk.
+    [[nodiscard]] virtual std::int64_t read(std::int64_t firstFrame, std::span<float> stereo) = 0;
+};
+
+enum class AudioFileError { notFound, notAFile, notPermitted, empty, notAudio, noAudioTrack, unreadable };
+
+/// One sentence for the user, naming the file.
+std::string describe(AudioFileError error, const FilePath& path);
+
+/// Opens files. Threads: callable from every thread; opening reads the file and may take as long as its disk does.
+class AudioFileOpener {
+public:
+    virtual ~AudioFileOpener() = default;
+    [[nodiscard]] virtual std::expected<std::unique_ptr<AudioFile>, AudioFileError> open(const FilePath& path) = 0;
+};
+
+}  // namespace quillet
