@@ -27,14 +27,17 @@ public:
         return true;
     }
 
-    /// Consumer thread. The oldest item, left in the queue.
-    [[nodiscard]] const T* front() const noexcept
+    /// Consumer thread. The item `index` places behind the oldest, left in the queue; null where there is none.
+    [[nodiscard]] const T* peek(std::size_t index) const noexcept
     {
         const std::size_t begin = m_begin.load(std::memory_order_relaxed);
-        if (begin == m_end.load(std::memory_order_acquire))
+        if (m_end.load(std::memory_order_acquire) - begin <= index)
             return nullptr;
-        return &m_items[begin & (capacity - 1)];
+        return &m_items[(begin + index) & (capacity - 1)];
     }
+
+    /// Consumer thread. The oldest item, left in the queue.
+    [[nodiscard]] const T* front() const noexcept { return peek(0); }
 
     /// Consumer thread. Takes the oldest item out; nothing when the queue is empty.
     std::optional<T> pop() noexcept

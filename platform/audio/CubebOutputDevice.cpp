@@ -1,0 +1,108 @@
+#include "platform/audio/CubebOutputDevice.h"
+
+#include <cubeb/cubeb.h>
+
+#include <algorithm>
+
+namespace quillet {
+namespace {
+
+struct ContextDeleter {
+    void operator()(cubeb* context) const { cubeb_destroy(context); }
+};
+
+struct StreamDeleter {
+    void operator()(cubeb_stream* stream) const
+    {
+        cubeb_stream_stop(stream);
+        cubeb_stream_destroy(stream);
+    }
+};
+
+/// What PulseAudio calls safe; used where the library does not know better.
+constexpr double usualLatencySeconds = 0.025;
+
+}  // namespace
+
+struct CubebOutputDevice::Stream {
+    int sampleRate = 0;
+    OutputCallback* callback = nullptr;
+    WakeSemaphore* died = nullptr;
+    std::atomic<bool> alive{true};
+    std::atomic<std::int64_t> framesHandedOver{0};
+    std::unique_ptr<cubeb, ContextDeleter> context;
+    std::unique_ptr<cubeb_stream, StreamDeleter> stream;
+
+    static long provide(cubeb_stream*, void* user, const void*, void* output, long frames) noexcept
+    {
+        auto* self = static_cast<Stream*>(user);
+        self->callback->render({static_cast<float*>(output), static_cast<std::size_t>(2 * frames)});
+        self->framesHandedOver.fetch_add(frames, std::memory_order_relaxed);
+        return frames;
+    }
+
+    static void stateChanged(cubeb_stream*, void* user, cubeb_state state) noexcept
+    {
+        auto* self = static_cast<Stream*>(user);
+        if (state != CUBEB_STATE_ERROR)
+            return;
+        self->alive.store(false);
+        self->died->wake();
+    }
+};
+
+CubebOutputDevice::CubebOutputDevice() = default;
+
+CubebOutputDevice::~CubebOutputDevice() = default;
+
+std::expected<void, OutputError> CubebOutputDevice::open(int sampleRate, OutputCallback& callback, WakeSemaphore& died)
+{
+    close();
+    auto stream = std::make_unique<Stream>();
+    stream->sampleRate = sampleRate;
+    stream->callback = &callback;
+    stream->died = &died;
+
+    cubeb* context = nullptr;
+    if (cubeb_init(&context, "Quillet", nullptr) != CUBEB_OK)
+        return std::unexpected(OutputError::noServer);
+    stream->context.reset(context);
+
+    cubeb_stream_params parameters{};
+    parameters.format = CUBEB_SAMPLE_FLOAT32NE;
+    parameters.rate = static_cast<std::uint32_t>(sampleRate);
+    parameters.channels = 2;
+    parameters.layout = CUBEB_LAYOUT_STEREO;
+    parameters.prefs = CUBEB_STREAM_PREF_NONE;
+    std::uint32_t latencyFrames = 0;
+    if (cubeb_get_min_latency(context, &parameters, &latencyFrames) != CUBEB_OK)
+        latencyFrames = static_cast<std::uint32_t>(usualLatencySeconds * sampleRate);
+
+    cubeb_stream* handle = nullptr;
+    if (cubeb_stream_init(context, &handle, "Playback", nullptr, nullptr, nullptr, &parameters, latencyFrames,
+                          &Stream::provide, &Stream::stateChanged, stream.get())
+        != CUBEB_OK)
+        return std::unexpected(OutputError::refused);
+    stream->stream.reset(handle);
+    if (cubeb_stream_start(handle) != CUBEB_OK)
+        return std::unexpected(OutputError::refused);
+    m_stream = std::move(stream);
+    return {};
+}
+
+void CubebOutputDevice::close() { m_stream.reset(); }
+
+bool CubebOutputDevice::isAlive() const { return m_stream != nullptr && m_stream->alive.load(); }
+
+double CubebOutputDevice::latencySeconds()
+{
+    // Not cubeb_stream_get_latency: after an error that ends the process. The position may be unknown (-1) for a while.
+    std::uint64_t position = 0;
+    if (!isAlive() || cubeb_stream_get_position(m_stream->stream.get(), &position) != CUBEB_OK)
+        return usualLatencySeconds;
+    const std::int64_t under = m_stream->framesHandedOver.load() - static_cast<std::int64_t>(position);
+    const double seconds = static_cast<double>(under) / m_stream->sampleRate;
+    return seconds >= 0 && seconds < 5 ? seconds : usualLatencySeconds;
+}
+
+}  // namespace quillet

@@ -1,0 +1,31 @@
+// An output for rendering to a file: the caller pulls frames as fast as they can be made, and nothing runs dry because pulling
+// waits for the renderer.
+// Threads: main thread; `framesReady` anywhere.
+#pragma once
+
+#include "platform/audio/AudioOutput.h"
+
+#include <span>
+
+namespace quillet {
+
+class OfflineOutput final : public AudioOutput {
+public:
+    void start(int sampleRate, OutputCallback& callback, std::function<void(State)> changed) override;
+    void stop() override { m_callback = nullptr; }
+    void setSampleRate(int) override { }
+    void suspend() override { }
+    void resume() override { }
+    [[nodiscard]] double latencySeconds() const override { return 0; }
+    [[nodiscard]] bool isRealTime() const override { return false; }
+    void framesReady() override { m_ready.wake(); }
+
+    /// Fills `stereo` with the next frames, waiting until they are rendered.
+    void pull(std::span<float> stereo);
+
+private:
+    OutputCallback* m_callback = nullptr;
+    WakeSemaphore m_ready;
+};
+
+}  // namespace quillet

@@ -1,0 +1,73 @@
+#include "platform/audio/RenderThread.h"
+
+#include <utility>
+
+namespace quillet {
+
+RenderThread::RenderThread(Renderer& renderer, WakeSemaphore& wake, std::function<void()> rendered)
+    : m_renderer(renderer)
+    , m_wake(wake)
+    , m_rendered(std::move(rendered))
+    , m_worker([this](const std::stop_token& stopped) { run(stopped); })
+{
+}
+
+RenderThread::~RenderThread()
+{
+    m_worker.request_stop();
+    m_wake.wake();
+}
+
+void RenderThread::play(std::shared_ptr<Take> take)
+{
+    {
+        const std::scoped_lock lock(m_lock);
+        m_pending = std::move(take);
+        m_hasPending = true;
+    }
+    m_wake.wake();
+}
+
+void RenderThread::prepare(int sampleRate)
+{
+    {
+        const std::scoped_lock lock(m_lock);
+        m_sampleRate = sampleRate;
+    }
+    m_wake.wake();
+}
+
+void RenderThread::run(const std::stop_token& stopped)
+{
+    while (!stopped.stop_requested()) {
+        takeOrders();
+        const bool more = m_renderer.step();
+        m_rendered();
+        if (more)
+            continue;
+        if (const int sampleRate = idleSampleRate())
+            m_renderer.prepareSpare(sampleRate);
+        m_wake.wait(3600);
+    }
+}
+
+/// The sample rate to get ready for; 0 when there is something better to do, or none is known.
+int RenderThread::idleSampleRate()
+{
+    const std::scoped_lock lock(m_lock);
+    return m_hasPending ? 0 : m_sampleRate;
+}
+
+void RenderThread::takeOrders()
+{
+    std::shared_ptr<Take> take;
+    {
+        const std::scoped_lock lock(m_lock);
+        if (!std::exchange(m_hasPending, false))
+            return;
+        take = std::move(m_pending);
+    }
+    m_renderer.begin(std::move(take));
+}
+
+}  // namespace quillet

@@ -1,0 +1,44 @@
+// Drives the renderer: wakes when the device took frames, when the source delivered, or when there is a new take, and renders until
+// the output ring is full again.
+// Threads: owns one worker; its functions may be called from any other thread.
+#pragma once
+
+#include "platform/audio/Renderer.h"
+#include "platform/base/WakeSemaphore.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace quillet {
+
+class RenderThread {
+public:
+    /// `wake` is the semaphore that everyone with news for the renderer wakes; `rendered` is called on the worker after each step.
+    RenderThread(Renderer& renderer, WakeSemaphore& wake, std::function<void()> rendered);
+    ~RenderThread();
+
+    /// Renders `take` from now on, in place of the one before; null ends the sound.
+    void play(std::shared_ptr<Take> take);
+    /// Gets ready for takes of this sample rate, and for the present speed and pitch.
+    void prepare(int sampleRate);
+
+private:
+    void run(const std::stop_token& stopped);
+    void takeOrders();
+    int idleSampleRate();
+
+    Renderer& m_renderer;
+    WakeSemaphore& m_wake;
+    std::function<void()> m_rendered;
+
+    std::mutex m_lock;
+    std::shared_ptr<Take> m_pending;
+    bool m_hasPending = false;
+    int m_sampleRate = 0;
+
+    std::jthread m_worker;
+};
+
+}  // namespace quillet
