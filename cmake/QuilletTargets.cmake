@@ -13,6 +13,10 @@ if(QUILLET_SANITIZE)
 endif()
 target_compile_definitions(quillet_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH)
+if(QUILLET_REALTIME_GUARD)
+  # For every source file alike: RealtimeScope is not the same class with and without it.
+  target_compile_definitions(quillet_options INTERFACE QUILLET_REALTIME_GUARD)
+endif()
 
 # quillet_library(name [QT] HEADERS ... [SOURCES ...] [PUBLIC libs...] [PRIVATE libs...])
 # Without SOURCES the library is header-only. Headers are included by their path from the project's root, and each must
@@ -45,6 +49,11 @@ function(quillet_test name)
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
   if(TEST_QT)
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
+  endif()
+  if(QUILLET_REALTIME_GUARD)
+    # As sources, since a linker may leave a library's interposers out; symbols exported for readable stack traces.
+    target_sources(${name} PRIVATE $<TARGET_OBJECTS:quillet_realtime_guard>)
+    set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)
   endif()
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 120)
