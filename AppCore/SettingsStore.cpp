@@ -1,0 +1,38 @@
+#include "AppCore/SettingsStore.h"
+
+#include "AppCore/SharedInstance.h"
+
+#include <string>
+#include <string_view>
+
+namespace quillet {
+namespace {
+
+constexpr std::string_view keyPrefix = "settings.";
+
+std::string keyOf(const FilePath& url) { return std::string(keyPrefix) + url.native(); }
+
+}  // namespace
+
+SettingsStore& SettingsStore::shared() { return SharedInstance<SettingsStore>::get(); }
+
+void SettingsStore::save(const FileSettings& settings, const FilePath& url)
+{
+    if (const auto json = encodeFileSettings(settings))
+        m_defaults.setData(keyOf(url), *json);
+}
+
+std::optional<FileSettings> SettingsStore::load(const FilePath& url) const
+{
+    const auto json = m_defaults.data(keyOf(url));
+    return json ? decodeFileSettings(*json) : std::nullopt;
+}
+
+void SettingsStore::clearAll()
+{
+    for (const std::string& key : m_defaults.allKeys())
+        if (key.starts_with(keyPrefix))
+            m_defaults.remove(key);
+}
+
+}  // namespace quillet
