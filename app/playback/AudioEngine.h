@@ -1,0 +1,116 @@
+// Plays a segment of the open file, or of its stems in step: once, in a loop with an optional pause, or as a short held window
+// that repeats; and reports the play head to the state. It decides what is played when; how it sounds is the graph's
+// business, and what the user may choose is the state's. It does not follow changes of the output device.
+// Threads: main thread.
+#pragma once
+
+#include "AppCore/StemSession.h"
+#include "app/playback/PlaybackState.h"
+#include "platform/audio/AudioGraph.h"
+#include "platform/media/AudioFile.h"
+#include "platform/schedule/Scheduler.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillet {
+
+class AudioEngine {
+public:
+    /// All three outlive the engine. The equaliser starts bypassed, all gains at 0 dB.
+    AudioEngine(AudioGraph& graph, AudioFileOpener& opener, Scheduler& scheduler);
+    ~AudioEngine();
+    AudioEngine(const AudioEngine&) = delete;
+    AudioEngine& operator=(const AudioEngine&) = delete;
+
+    /// The composition root's engine.
+    static AudioEngine& shared();
+
+    /// The state to read from and report to; held weakly. Without one the engine plays, but neither reports nor repeats.
+    void setAppState(std::weak_ptr<PlaybackState> appState) { m_appState = std::move(appState); }
+
+    /// The file that `play` plays; none: nothing plays.
+    void setAudioFile(std::shared_ptr<AudioFile> file);
+    [[nodiscard]] const std::shared_ptr<AudioFile>& audioFile() const { return m_audioFile; }
+
+    /// Plays [fromSeconds, toSeconds) of file time in place of whatever plays now. Does nothing if that is empty; only stops
+    /// if it holds no whole frame or begins outside the file. Seconds × sample rate fits a signed 64-bit integer (REQUIRE).
+    void play(double fromSeconds, double toSeconds);
+    /// Halts the sound and the play head. A repetition that already waits for its time is not called off.
+    void pause();
+    /// Ends the sound and calls off every repetition. Does not touch the state.
+    void stop();
+
+    /// Tells the graph anew what follows without a gap. To be called after any change of the region, of the loop and its
+    /// pause, or of hold and its position, while something may be playing; `play` does it by itself.
+    void nextSegmentDidChange();
+
+    /// Speed (as a rate, 1 is normal) and pitch (cents).
+    [[nodiscard]] TimePitchNode& timePitch() { return m_graph.timePitch(); }
+    [[nodiscard]] EqualizerNode& eq() { return m_graph.equalizer(); }
+    /// `gain` in dB. A band that does not exist is ignored.
+    void setEQGain(double gain, int band);
+
+    /// Plays these stems instead of the file from the next `play` on. A stem that cannot be opened is left out; where none
+    /// can be opened, the file goes on being what plays. Opens the files, so it takes as long as the disk does.
+    void enterStemMode(std::span<const StemSession::Stem> stems);
+    /// Returns to the file: stops, and reports so to the state. Does nothing outside stem mode.
+    void exitStemMode();
+    [[nodiscard]] bool isInStemMode() const { return !m_stemNodes.empty(); }
+    /// Silences the stem with `key`, or lets it sound again, in step with the others. Does nothing when there is none.
+    void setStemMuted(std::string_view key, bool isMuted);
+
+private:
+    struct StemNode {
+        std::string key;
+        std::unique_ptr<PlayerNode> player;
+        std::unique_ptr<MixerNode> gain;
+        std::shared_ptr<AudioFile> file;
+    };
+    struct Segment {
+        double fromSeconds;
+        double toSeconds;
+    };
+
+    void playStemMode(Segment segment);
+    void forEachPlayer(const std::function<void(PlayerNode&)>& action);
+    void advanceGeneration();
+    void beginGeneration();
+    void startPositionTimer(double fileStart, const PlayerNode& primaryPlayer, int sampleRate);
+
+    PlayerNode::CompletionHandler completionHandler();
+    void handleCompletion(std::int64_t generation);
+    [[nodiscard]] double tailSeconds() const;
+    void followUp(double delaySeconds, std::function<void()> action);
+    void finishRegion();
+    void repeatRegion(Segment region, double delaySeconds);
+    [[nodiscard]] std::optional<Segment> nextSegment() const;
+
+    void connectMainPlayer();
+
+    AudioGraph& m_graph;
+    AudioFileOpener& m_opener;
+    Scheduler& m_scheduler;
+    std::unique_ptr<PlayerNode> m_player;
+    std::shared_ptr<AudioFile> m_audioFile;
+    std::int64_t m_generation = 0;
+    ScheduledTask m_positionTimer;
+    std::weak_ptr<PlaybackState> m_appState;
+    std::unique_ptr<MixerNode> m_stemMixer;
+    std::vector<StemNode> m_stemNodes;
+
+    // Of the present generation: nothing scheduled, a segment scheduled, or that segment completed.
+    enum class Transport { idle, scheduled, ended };
+    Transport m_transport = Transport::idle;
+    ScheduledTask m_followUp;
+    // Expires with the engine, for handlers that the graph keeps longer.
+    std::shared_ptr<AudioEngine*> m_self;
+};
+
+}  // namespace quillet

@@ -1,0 +1,33 @@
+// What the engine reads and writes of the application's state. It keeps the engine ignorant of everything else that the state
+// holds.
+// Threads: main thread.
+#pragma once
+
+#include <cstdint>
+
+namespace quillet {
+
+class PlaybackState {
+public:
+    /// The length of the window that hold mode repeats.
+    static constexpr double holdWindowSeconds = 0.08;
+
+    virtual ~PlaybackState() = default;
+
+    [[nodiscard]] virtual bool holdEnabled() const = 0;
+    /// Start of the held window, seconds of file time.
+    [[nodiscard]] virtual double holdPosition() const = 0;
+    /// The selected region, seconds of file time.
+    [[nodiscard]] virtual double regionStart() const = 0;
+    [[nodiscard]] virtual double regionEnd() const = 0;
+    [[nodiscard]] virtual bool loopEnabled() const = 0;
+    /// The pause between two passes of the loop is the sum of both.
+    [[nodiscard]] virtual std::int64_t loopDelaySeconds() const = 0;
+    [[nodiscard]] virtual std::int64_t loopDelayMilliseconds() const = 0;
+
+    virtual void setIsPlaying(bool isPlaying) = 0;
+    /// Seconds of file time.
+    virtual void setPlaybackPosition(double positionSeconds) = 0;
+};
+
+}  // namespace quillet
