@@ -68,7 +68,7 @@ void MixedSource::copy(std::int64_t first, std::span<float> stereo) const
     }
 }
 
-std::optional<std::int64_t> MixedSource::nextPassEnd() const
+std::optional<PassEnd> MixedSource::nextPassEnd() const
 {
     if (m_passEnds.empty())
         return std::nullopt;
@@ -77,14 +77,15 @@ std::optional<std::int64_t> MixedSource::nextPassEnd() const
 
 void MixedSource::passNextEnd() { m_passEnds.erase(m_passEnds.begin()); }
 
-void MixedSource::obeyClosing()
+void MixedSource::obeyClosing(std::int64_t earliest)
 {
     if (m_take == nullptr || m_end || !m_take->closed.load(std::memory_order_acquire))
         return;
     takeEnds();
     if (m_passEnds.empty())
         return;
-    m_end = m_passEnds.front();
+    const PassEnd& cut = m_passEnds.front();
+    m_end = std::min(cut.frame, std::max(cut.frame - cut.joint, earliest));
     m_passEnds.clear();
 }
 
@@ -94,7 +95,7 @@ void MixedSource::takeEnds()
         if (end->last)
             m_end = std::min(m_end.value_or(end->frame), end->frame);
         else if (!m_end)
-            m_passEnds.push_back(end->frame);
+            m_passEnds.push_back(*end);
     }
 }
 

@@ -31,10 +31,10 @@ public:
     /// Where the take ends, once that is decided; at least 5 ms ahead of the last frame delivered.
     [[nodiscard]] std::optional<std::int64_t> end() const { return m_end; }
     /// The next end of a pass behind which the take goes on; to be dropped by `passNextEnd` when the renderer has gone by.
-    [[nodiscard]] std::optional<std::int64_t> nextPassEnd() const;
+    [[nodiscard]] std::optional<PassEnd> nextPassEnd() const;
     void passNextEnd();
-    /// Ends the take at the next end of a pass, if the take has been closed.
-    void obeyClosing();
+    /// Ends the take at the next end of a pass, if the take has been closed: before the joint, but not before `earliest`.
+    void obeyClosing(std::int64_t earliest);
 
 private:
     void takeEnds();
@@ -48,7 +48,7 @@ private:
     std::int64_t m_mixed = 0;
     std::vector<float> m_wide;
     std::vector<float> m_gains;
-    std::vector<std::int64_t> m_passEnds;
+    std::vector<PassEnd> m_passEnds;
     std::optional<std::int64_t> m_end;
 };
 

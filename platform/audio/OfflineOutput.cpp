@@ -2,11 +2,15 @@
 
 #include "platform/base/Require.h"
 
+#include <algorithm>
+
 namespace quillet {
 namespace {
 
 /// A limit for one wait, so that a wake lost to another waiter only costs time.
 constexpr double waitSeconds = 0.05;
+/// Less than the renderer keeps ready at any sample rate.
+constexpr std::size_t blockSamples = 128;
 
 }  // namespace
 
@@ -15,9 +19,12 @@ void OfflineOutput::start(int, OutputCallback& callback, std::function<void(Stat
 void OfflineOutput::pull(std::span<float> stereo)
 {
     REQUIRE(m_callback != nullptr);
-    while (!m_callback->isReady(static_cast<std::int64_t>(stereo.size()) / 2))
-        m_ready.wait(waitSeconds);
-    m_callback->render(stereo);
+    for (std::size_t at = 0; at < stereo.size(); at += blockSamples) {
+        const auto block = stereo.subspan(at, std::min(blockSamples, stereo.size() - at));
+        while (!m_callback->isReady(static_cast<std::int64_t>(block.size()) / 2))
+            m_ready.wait(waitSeconds);
+        m_callback->render(block);
+    }
 }
 
 }  // namespace quillet

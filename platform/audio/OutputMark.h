@@ -27,6 +27,8 @@ struct OutputMark {
     std::int64_t epoch = 0;
     /// takeBegin: frames to be in the ring before the sound starts.
     std::int64_t framesNeeded = 0;
+    /// passEnd: where the frames begin that fade over into the next pass.
+    std::int64_t cutFrame = 0;
     /// Source frames since the take's start, and their rate.
     double sourceFrame = 0;
     double slope = 0;

@@ -46,15 +46,22 @@ std::int64_t OutputStage::copySound(std::span<float> stereo) QUILLET_REALTIME
     std::int64_t at = 0;
     while (at < frames) {
         const bool leaving = m_epoch != wanted;
-        const bool silenced = leaving || paused || m_ended;
+        const OutputMark* cut = findCut();
+        const std::int64_t untilCut = cut == nullptr ? INT64_MAX : std::max<std::int64_t>(0, cut->cutFrame - m_ring.consumed());
+        const bool silenced = leaving || paused || m_ended || untilCut <= m_level;
         if (silenced && m_level == 0) {
+            if (cut != nullptr && untilCut == 0) {
+                m_ring.skipTo(std::min(cut->outputFrame, m_ring.written()));
+                passMarks();
+            }
             if (!leaving || !enterTake(wanted))
                 break;
             continue;
         }
         if (m_waiting && !hasStarted())
             break;
-        const std::int64_t copied = copyBlock(stereo.subspan(static_cast<std::size_t>(2 * at)), silenced);
+        const std::int64_t most = silenced ? frames - at : std::min(frames - at, untilCut - m_level);
+        const std::int64_t copied = copyBlock(stereo.subspan(static_cast<std::size_t>(2 * at)).first(static_cast<std::size_t>(2 * most)), silenced);
         at += copied;
         if (copied > 0)
             continue;
@@ -66,6 +73,14 @@ std::int64_t OutputStage::copySound(std::span<float> stereo) QUILLET_REALTIME
         }
     }
     return at;
+}
+
+/// The end of the pass that sounds, if it must not be crossed and is known.
+const OutputMark* OutputStage::findCut() const QUILLET_REALTIME
+{
+    if (m_ended || m_closedEpoch.load(std::memory_order_acquire) != m_epoch)
+        return nullptr;
+    return findMark(OutputMark::Kind::passEnd, m_epoch);
 }
 
 /// Copies up to the next mark, the end of the ring's content or the end of a fade, whichever comes first.

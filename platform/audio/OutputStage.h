@@ -76,6 +76,7 @@ private:
     static constexpr int fadeFrames = 192;
 
     [[nodiscard]] std::int64_t wantedEpoch() const QUILLET_REALTIME;
+    [[nodiscard]] const OutputMark* findCut() const QUILLET_REALTIME;
     std::int64_t copySound(std::span<float> stereo) QUILLET_REALTIME;
     std::int64_t copyBlock(std::span<float> stereo, bool fallSilent) QUILLET_REALTIME;
     bool enterTake(std::int64_t epoch) QUILLET_REALTIME;

@@ -193,7 +193,7 @@ void PlaybackGraph::startTake(const std::vector<Voice>& voices)
 /// Takes over a pass that sounds already, because it was hinted at; false when what is wanted is something else.
 bool PlaybackGraph::adoptPass(const std::vector<Voice>& voices)
 {
-    if (m_take == nullptr || m_take->closed.load() || voices.size() != m_sounding.size())
+    if (m_take == nullptr || voices.size() != m_sounding.size())
         return false;
     const OutputReport report = m_stage.report();
     if (report.epoch != m_take->epoch || report.takeEnded || report.passesEnded <= m_pass)

@@ -110,7 +110,7 @@ bool Renderer::beginOutput()
 /// Takes up changes of speed and pitch, and begins to cross over where the stretcher comes in or goes out.
 void Renderer::followSettings()
 {
-    m_source.obeyClosing();
+    m_source.obeyClosing(static_cast<std::int64_t>(m_position + static_cast<double>(scaled(fadeOutFrames)) * m_slope));
     const bool stretching = wantsStretcher();
     if (m_mode == Mode::dry && stretching) {
         m_dryPosition = std::llround(m_position);
@@ -310,11 +310,13 @@ void Renderer::emit(std::span<float> stereo, double position)
     if (first - m_lastMark >= framesBetweenMarks || m_slope != m_markedSlope)
         static_cast<void>(pushMark(OutputMark::Kind::position, first, position));
     while (const auto end = m_source.nextPassEnd()) {
-        const double ahead = std::ceil((static_cast<double>(*end) - position) / m_slope - 1e-9);
+        const auto frame = static_cast<double>(end->frame);
+        const double ahead = std::ceil((frame - position) / m_slope - 1e-9);
         if (ahead > static_cast<double>(count))
             break;
         const std::int64_t at = first + static_cast<std::int64_t>(std::max(0.0, ahead));
-        if (!pushMark(OutputMark::Kind::passEnd, at, static_cast<double>(*end)))
+        const auto joint = static_cast<std::int64_t>(static_cast<double>(end->joint) / m_slope);
+        if (!pushMark(OutputMark::Kind::passEnd, at, frame, at - joint))
             break;
         m_source.passNextEnd();
     }
@@ -324,10 +326,10 @@ void Renderer::emit(std::span<float> stereo, double position)
 }
 
 /// False when the queue is full, as it is when the output has stood still for long.
-bool Renderer::pushMark(OutputMark::Kind kind, std::int64_t outputFrame, double position)
+bool Renderer::pushMark(OutputMark::Kind kind, std::int64_t outputFrame, double position, std::int64_t cutFrame)
 {
     const double needed = m_mode == Mode::dry ? dryStartFrames : wetStartFrames;
-    if (!m_output.marks().push({kind, outputFrame, m_source.take()->epoch, scaled(needed), position, m_slope}))
+    if (!m_output.marks().push({kind, outputFrame, m_source.take()->epoch, scaled(needed), cutFrame, position, m_slope}))
         return false;
     m_lastMark = outputFrame;
     m_markedSlope = m_slope;

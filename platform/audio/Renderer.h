@@ -52,7 +52,7 @@ private:
     void shapeEdges(std::span<float> stereo, double position);
     void emit(std::span<float> stereo, double position);
     bool beginOutput();
-    [[nodiscard]] bool pushMark(OutputMark::Kind kind, std::int64_t outputFrame, double position);
+    [[nodiscard]] bool pushMark(OutputMark::Kind kind, std::int64_t outputFrame, double position, std::int64_t cutFrame = 0);
 
     OutputStage& m_output;
     MixedSource m_source;

@@ -13,7 +13,7 @@ namespace {
 constexpr std::int64_t firstBlock = 1024;
 constexpr std::int64_t largestBlock = 4096;
 /// How far before its end a pass is decided: whether another follows, and what the two are cross-faded over.
-constexpr double jointSeconds = 0.006;
+constexpr double jointSeconds = 0.004;
 /// A shorter segment is not repeated seamlessly; it would be more joint than sound.
 constexpr double shortestLoopSeconds = 0.012;
 
@@ -105,7 +105,7 @@ void SourceThread::endPass()
     const std::int64_t end = m_streamFrames + rest;
     const auto next = m_take->beginNextPass(end, frames(shortestLoopSeconds, m_take->sampleRate));
     // The ring holds far fewer of the shortest passes than the queue holds ends.
-    REQUIRE(m_take->passEnds.push({end, !next}));
+    REQUIRE(m_take->passEnds.push({end, next ? rest : 0, !next}));
     if (!next) {
         readStep(rest);
         m_ended = true;

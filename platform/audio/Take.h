@@ -31,6 +31,8 @@ struct TakeSource {
 /// Where a pass ends, in frames since the take's start.
 struct PassEnd {
     std::int64_t frame = 0;
+    /// The frames before it that fade over into the next pass.
+    std::int64_t joint = 0;
     /// Nothing follows: the take ends here.
     bool last = false;
 };

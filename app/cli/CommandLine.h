@@ -1,0 +1,42 @@
+// The program's command line: turns the arguments into one of the things to do. It reads no files and starts nothing.
+// Threads: main thread.
+#pragma once
+
+#include "app/cli/PlaybackOptions.h"
+
+#include <expected>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace quillet {
+
+/// Text to print on standard output, and nothing else to do.
+struct PrintText {
+    std::string text;
+};
+
+struct PlayFile {
+    PlaybackOptions options;
+};
+
+struct RenderFile {
+    RenderOptions options;
+};
+
+/// Started without a file.
+struct ShowUsage {
+    std::string text;
+};
+
+using Command = std::variant<PrintText, ShowUsage, PlayFile, RenderFile>;
+
+/// One sentence that says what is wrong with the arguments.
+struct UsageError {
+    std::string message;
+};
+
+/// `arguments` leave out the program's name; they are bytes, file names that are not UTF-8 included.
+[[nodiscard]] std::expected<Command, UsageError> parseCommandLine(const std::vector<std::string>& arguments);
+
+}  // namespace quillet

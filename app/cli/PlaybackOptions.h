@@ -1,0 +1,31 @@
+// What the command line asks to be played, checked as far as that goes without the file.
+#pragma once
+
+#include "platform/base/FilePath.h"
+
+#include <array>
+#include <optional>
+
+namespace quillet {
+
+struct PlaybackOptions {
+    FilePath input;
+    double fromSeconds = 0;
+    /// Nothing: to the end of the file.
+    std::optional<double> toSeconds;
+    double speedPercent = 100;
+    double pitchCents = 0;
+    /// Nothing: equaliser off.
+    std::optional<std::array<double, 5>> equalizerGainsDb;
+    int passes = 1;
+    double delaySeconds = 0;
+    /// Something: hold the short window that begins here instead of playing the region.
+    std::optional<double> holdSeconds;
+};
+
+struct RenderOptions {
+    PlaybackOptions playback;
+    FilePath output;
+};
+
+}  // namespace quillet
