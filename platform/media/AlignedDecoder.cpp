@@ -1,0 +1,126 @@
+#include "platform/media/AlignedDecoder.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace quillet {
+namespace {
+
+/// Blocks from the start that the scale of the time stamps is made from.
+constexpr std::size_t blocksToStudy = 24;
+constexpr std::int64_t longestDetourSeconds = 64;
+
+}  // namespace
+
+std::expected<AlignedDecoder, AudioFileError> AlignedDecoder::open(const FilePath& path)
+{
+    auto track = FfmpegTrack::open(path);
+    if (!track)
+        return std::unexpected(track.error());
+    FfmpegTrack& source = **track;
+    if (!source.decode())
+        return std::unexpected(source.reasonForSilence());
+    const int sampleRate = source.frame().sample_rate;
+    const int channelCount = source.frame().ch_layout.nb_channels;
+    if (sampleRate <= 0 || channelCount <= 0)
+        return std::unexpected(AudioFileError::unreadable);
+
+    const StreamClock clock{ source.timeBase().num, source.timeBase().den, sampleRate, source.isBareStream() };
+    const std::int64_t firstFrames = source.frame().nb_samples;
+    const bool oneIsEnough = clock.isExact() && entryRecipe(source.codec(), sampleRate, 0).lookahead == 1
+        && source.codec() != AV_CODEC_ID_AAC && source.frameTicks();
+    std::vector<StampedBlock> start{ { source.frameTicks(), firstFrames } };
+    while (!oneIsEnough && start.size() < blocksToStudy && source.decode())
+        start.push_back({ source.frameTicks(), source.frame().nb_samples });
+    const EntryRecipe recipe = entryRecipe(source.codec(), sampleRate, start[start.size() > 1 ? 1 : 0].frames);
+    AlignedDecoder decoder(std::move(*track), sampleRate, channelCount, recipe, StampScale(clock, start));
+    decoder.enter(0);
+    return decoder;
+}
+
+AlignedDecoder::AlignedDecoder(std::unique_ptr<FfmpegTrack> track, int sampleRate, int channelCount, const EntryRecipe& recipe,
+                               const StampScale& scale)
+    : m_track(std::move(track)),
+      m_sampleRate(sampleRate),
+      m_channelCount(channelCount),
+      m_recipe(recipe),
+      m_scale(scale),
+      m_aligner(recipe.lookahead, scale.tolerance())
+{
+}
+
+void AlignedDecoder::enter(std::int64_t position)
+{
+    m_wanted = position;
+    m_earlier = 0;
+    jump();
+}
+
+void AlignedDecoder::jump()
+{
+    const std::int64_t target = m_wanted - m_recipe.prerollFrames - m_earlier;
+    m_aligner.restart(std::max<std::int64_t>(target, 0));
+    m_isPlaced = false;
+    m_atEnd = false;
+    m_entryFailed = !m_track->seek(m_scale.ticks(target));
+}
+
+/// Where sound and pictures are not stored side by side, or in the last seconds of a file, containers may land behind the
+/// target or nowhere.
+bool AlignedDecoder::jumpEarlier()
+{
+    const bool wasAtStart = m_wanted - m_recipe.prerollFrames - m_earlier <= 0;
+    if (wasAtStart || m_earlier > longestDetourSeconds * m_sampleRate)
+        return false;
+    m_earlier = m_earlier == 0 ? m_sampleRate : 4 * m_earlier;
+    jump();
+    return true;
+}
+
+std::optional<AlignedBlock> AlignedDecoder::next()
+{
+    for (;;) {
+        if (auto block = m_aligner.pop()) {
+            const bool tooLate = block->position > std::max<std::int64_t>(m_wanted - m_recipe.prerollFrames / 2, 0);
+            if (!m_isPlaced && tooLate && jumpEarlier())
+                continue;
+            m_isPlaced = true;
+            return block;
+        }
+        if (m_atEnd)
+            return std::nullopt;
+        if (!m_entryFailed && m_track->decode()) {
+            const auto ticks = m_track->frameTicks();
+            m_aligner.push(ticks ? std::optional(m_scale.position(*ticks)) : std::nullopt, stereoOf(m_track->frame()));
+        } else {
+            m_atEnd = true;
+            m_aligner.finish();
+        }
+        if (m_atEnd && m_aligner.isGuessing() && !m_isPlaced) [[maybe_unused]]
+            const bool again = jumpEarlier();
+    }
+}
+
+std::vector<float> AlignedDecoder::stereoOf(const AVFrame& frame)
+{
+    if (frame.sample_rate == m_sampleRate)
+        return m_converter->convert(frame);
+    // Damage, or a stream that changes its rate midway: keep its time, as silence.
+    const std::int64_t frames = av_rescale(frame.nb_samples, m_sampleRate, std::max(frame.sample_rate, 1));
+    return std::vector<float>(2 * static_cast<std::size_t>(frames));
+}
+
+std::optional<std::int64_t> AlignedDecoder::lastPacketPosition()
+{
+    const auto ticks = m_track->lastPacketTicks();
+    return ticks ? std::optional(m_scale.position(*ticks)) : std::nullopt;
+}
+
+std::optional<std::int64_t> AlignedDecoder::claimedLength() const
+{
+    const auto ticks = m_track->claimedTicks();
+    return ticks ? std::optional(av_rescale_q(*ticks, m_track->timeBase(), { 1, m_sampleRate })) : std::nullopt;
+}
+
+}  // namespace quillet

@@ -1,0 +1,62 @@
+// Decodes a file into stereo blocks with their exact places on its timeline, from any frame on: it enters ahead of the wanted
+// frame by what the encoding needs, and lets what comes out be checked against the time stamps. It makes no silence for gaps
+// and does not remember what it gave.
+// Threads: confined to one thread at a time.
+#pragma once
+
+#include "platform/media/EntryRecipe.h"
+#include "platform/media/FfmpegTrack.h"
+#include "platform/media/StampScale.h"
+#include "platform/media/StereoConverter.h"
+#include "platform/media/TimelineAligner.h"
+
+#include <cstdint>
+#include <expected>
+#include <memory>
+#include <optional>
+
+namespace quillet {
+
+class AlignedDecoder {
+public:
+    [[nodiscard]] static std::expected<AlignedDecoder, AudioFileError> open(const FilePath& path);
+
+    /// Makes `next` answer from at or before frame `position` (0 or more) on. Blocks before `position` may come first, and
+    /// their sound may differ from a decode from the start; the block of `position` and those behind it do not.
+    void enter(std::int64_t position);
+    /// The next block; nothing at the end of what can be decoded from here. Positions grow, save where stamps run backwards.
+    [[nodiscard]] std::optional<AlignedBlock> next();
+
+    [[nodiscard]] int sampleRate() const { return m_sampleRate; }
+    [[nodiscard]] int channelCount() const { return m_channelCount; }
+    /// Frames that `enter` decodes before the wanted one.
+    [[nodiscard]] std::int64_t prerollFrames() const { return m_recipe.prerollFrames; }
+
+    /// The start of the last packet, if the file tells without being decoded. Indexes a bare stream. `enter` has to follow.
+    [[nodiscard]] std::optional<std::int64_t> lastPacketPosition();
+    /// The length by the file's header, if it has one. Often a little off.
+    [[nodiscard]] std::optional<std::int64_t> claimedLength() const;
+
+private:
+    AlignedDecoder(std::unique_ptr<FfmpegTrack> track, int sampleRate, int channelCount, const EntryRecipe& recipe,
+                   const StampScale& scale);
+    void jump();
+    [[nodiscard]] bool jumpEarlier();
+    [[nodiscard]] std::vector<float> stereoOf(const AVFrame& frame);
+
+    std::unique_ptr<FfmpegTrack> m_track;
+    std::unique_ptr<StereoConverter> m_converter = std::make_unique<StereoConverter>();
+    int m_sampleRate;
+    int m_channelCount;
+    EntryRecipe m_recipe;
+    StampScale m_scale;
+    TimelineAligner m_aligner;
+    std::int64_t m_wanted = 0;
+    /// How much further ahead of the wanted frame than usual the file had to be entered.
+    std::int64_t m_earlier = 0;
+    bool m_isPlaced = false;
+    bool m_entryFailed = false;
+    bool m_atEnd = false;
+};
+
+}  // namespace quillet

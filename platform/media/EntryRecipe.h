@@ -1,0 +1,28 @@
+// How a stream of each encoding has to be entered so that what follows equals a decode from the start: how much has to be
+// decoded before the wanted frame, and over how many blocks time stamps have to be compared before they are believed.
+// The figures were found by comparing random entries with a sequential decode, bit by bit. It knows nothing of containers.
+// Threads: pure values.
+#pragma once
+
+#include <cstdint>
+
+extern "C" {
+#include <libavcodec/codec_id.h>
+}
+
+namespace quillet {
+
+struct EntryRecipe {
+    std::int64_t prerollFrames;
+    /// Blocks, at least 1.
+    int lookahead;
+};
+
+/// `sampleRate` in frames per second; `blockFrames` is the length of a full decoded block, 0 where blocks differ.
+EntryRecipe entryRecipe(AVCodecID codec, int sampleRate, std::int64_t blockFrames);
+
+/// The decoder to prefer for `codec`, or null for the usual one: decoders that dither to 16 bits depend on what they decoded
+/// before.
+const char* preferredDecoder(AVCodecID codec);
+
+}  // namespace quillet

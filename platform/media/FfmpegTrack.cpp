@@ -1,0 +1,243 @@
+#include "platform/media/FfmpegTrack.h"
+
+#include "platform/base/Require.h"
+#include "platform/media/EntryRecipe.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <string>
+
+namespace quillet {
+namespace {
+
+/// A container that reports errors without ever coming to an end is given up after so many in a row.
+constexpr int maximalErrorsInARow = 10'000;
+
+int refuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) { return AVERROR(EPERM); }
+
+/// A harmless name with the file's extension: some formats are told by it alone.
+std::string probeName(const FilePath& path)
+{
+    const std::string extension = path.extension().native();
+    const bool plain = extension.size() > 1 && extension.size() <= 8
+        && std::all_of(extension.begin() + 1, extension.end(), [](unsigned char c) { return std::isalnum(c) != 0; });
+    return plain ? "audio" + extension : "audio";
+}
+
+bool isKnown(const AVCodecParameters& parameters)
+{
+    return parameters.codec_id != AV_CODEC_ID_NONE && parameters.sample_rate > 0 && parameters.ch_layout.nb_channels > 0;
+}
+
+const AVCodec* decoderOf(AVCodecID id)
+{
+    const char* preferred = preferredDecoder(id);
+    const AVCodec* codec = preferred != nullptr ? avcodec_find_decoder_by_name(preferred) : nullptr;
+    return codec != nullptr ? codec : avcodec_find_decoder(id);
+}
+
+AVStream* firstAudioStream(const AVFormatContext& format)
+{
+    AVStream* undecodable = nullptr;
+    for (unsigned i = 0; i < format.nb_streams; ++i) {
+        AVStream* stream = format.streams[i];
+        if (stream->codecpar->codec_type != AVMEDIA_TYPE_AUDIO)
+            continue;
+        if (avcodec_find_decoder(stream->codecpar->codec_id) != nullptr)
+            return stream;
+        if (undecodable == nullptr)
+            undecodable = stream;
+    }
+    return undecodable;
+}
+
+/// Matroska indexes the pictures of a film only: searching it by the sound would read through the whole file.
+AVStream* streamToSearchBy(const AVFormatContext& format, AVStream* audio)
+{
+    if (std::strstr(format.iformat->name, "matroska") == nullptr)
+        return audio;
+    for (unsigned i = 0; i < format.nb_streams; ++i) {
+        AVStream* stream = format.streams[i];
+        if (stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO && (stream->disposition & AV_DISPOSITION_ATTACHED_PIC) == 0)
+            return stream;
+    }
+    return audio;
+}
+
+std::optional<std::int64_t> stampOf(const AVPacket& packet)
+{
+    const std::int64_t ticks = packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts;
+    return ticks != AV_NOPTS_VALUE ? std::optional(ticks) : std::nullopt;
+}
+
+}  // namespace
+
+std::expected<std::unique_ptr<FfmpegTrack>, AudioFileError> FfmpegTrack::open(const FilePath& path)
+{
+    av_log_set_level(AV_LOG_QUIET);
+    std::unique_ptr<FfmpegTrack> track(new FfmpegTrack);
+    REQUIRE(track->m_packet != nullptr && track->m_frame != nullptr);
+    if (const auto error = track->openContainer(path))
+        return std::unexpected(*error);
+    if (const auto error = track->openDecoder())
+        return std::unexpected(*error);
+    return track;
+}
+
+std::optional<AudioFileError> FfmpegTrack::openContainer(const FilePath& path)
+{
+    auto input = FileInput::open(path);
+    if (!input)
+        return input.error();
+    m_input = std::move(*input);
+
+    AVFormatContext* format = avformat_alloc_context();
+    REQUIRE(format != nullptr);
+    format->pb = m_input->context();
+    format->flags |= AVFMT_FLAG_CUSTOM_IO;
+    format->io_open = refuseToOpen;
+    // Some playlist formats open their parts with contexts of their own: those may use no protocol at all.
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "protocol_whitelist", "none", 0);
+    const int opened = avformat_open_input(&format, probeName(path).c_str(), nullptr, &options);
+    av_dict_free(&options);
+    if (opened < 0)
+        return m_input->hasFailed() ? AudioFileError::unreadable : AudioFileError::notAudio;
+    m_format.reset(format);
+
+    m_stream = firstAudioStream(*m_format);
+    if (m_stream == nullptr || !isKnown(*m_stream->codecpar)) {
+        if (avformat_find_stream_info(m_format.get(), nullptr) < 0 && m_input->hasFailed())
+            return AudioFileError::unreadable;
+        m_stream = firstAudioStream(*m_format);
+    }
+    if (m_stream == nullptr)
+        return m_format->nb_streams > 0 ? AudioFileError::noAudioTrack : AudioFileError::notAudio;
+    return std::nullopt;
+}
+
+std::optional<AudioFileError> FfmpegTrack::openDecoder()
+{
+    m_isOgg = std::strcmp(m_format->iformat->name, "ogg") == 0;
+    m_seekStream = streamToSearchBy(*m_format, m_stream);
+    for (unsigned i = 0; i < m_format->nb_streams; ++i) {
+        AVStream* stream = m_format->streams[i];
+        if (stream != m_stream)
+            stream->discard = AVDISCARD_ALL;
+    }
+    const AVCodec* codec = decoderOf(m_stream->codecpar->codec_id);
+    if (codec == nullptr)
+        return AudioFileError::unreadable;
+    m_decoder.reset(avcodec_alloc_context3(codec));
+    REQUIRE(m_decoder != nullptr);
+    if (avcodec_parameters_to_context(m_decoder.get(), m_stream->codecpar) < 0)
+        return AudioFileError::unreadable;
+    m_decoder->pkt_timebase = m_stream->time_base;
+    m_decoder->thread_count = 1;
+    if (avcodec_open2(m_decoder.get(), codec, nullptr) < 0)
+        return AudioFileError::unreadable;
+    return std::nullopt;
+}
+
+bool FfmpegTrack::readPacket()
+{
+    for (int errors = 0; errors < maximalErrorsInARow;) {
+        av_packet_unref(m_packet.get());
+        const int result = av_read_frame(m_format.get(), m_packet.get());
+        if (result == AVERROR_EOF || m_input->hasFailed())
+            return false;
+        if (result < 0) {
+            ++errors;
+            continue;
+        }
+        if (m_packet->stream_index != m_stream->index)
+            continue;
+        if (!m_sawPacket)
+            m_firstTicks = stampOf(*m_packet);
+        m_sawPacket = true;
+        if (!m_pageOfEntry)
+            m_pageOfEntry = m_packet->pos;
+        if (m_packet->pos != m_pageOfEntry)
+            m_stampsAreGuessed = false;
+        return true;
+    }
+    return false;
+}
+
+bool FfmpegTrack::decode()
+{
+    for (;;) {
+        const int result = avcodec_receive_frame(m_decoder.get(), m_frame.get());
+        if (result == 0) {
+            if (m_frame->nb_samples > 0)
+                return true;
+            continue;
+        }
+        if (result == AVERROR_EOF || (m_draining && result != AVERROR(EAGAIN)))
+            return false;
+        if (result != AVERROR(EAGAIN))
+            continue;
+        if (m_draining)
+            return false;
+        if (readPacket()) {
+            // A packet that cannot be decoded leaves a gap in the time stamps, which is all that has to be known of it.
+            [[maybe_unused]] const int sent = avcodec_send_packet(m_decoder.get(), m_packet.get());
+        } else {
+            m_draining = true;
+            [[maybe_unused]] const int sent = avcodec_send_packet(m_decoder.get(), nullptr);
+        }
+    }
+}
+
+std::optional<std::int64_t> FfmpegTrack::frameTicks() const
+{
+    const std::int64_t ticks = m_frame->pts;
+    return ticks != AV_NOPTS_VALUE && !m_stampsAreGuessed ? std::optional(ticks) : std::nullopt;
+}
+
+bool FfmpegTrack::seek(std::int64_t ticks)
+{
+    const std::int64_t target = std::max(ticks, m_firstTicks.value_or(ticks));
+    m_draining = false;
+    m_pageOfEntry.reset();
+    m_stampsAreGuessed = m_isOgg && target != m_firstTicks;
+    avcodec_flush_buffers(m_decoder.get());
+    const std::int64_t there = av_rescale_q(target, m_stream->time_base, m_seekStream->time_base);
+    return av_seek_frame(m_format.get(), m_seekStream->index, there, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
+std::optional<std::int64_t> FfmpegTrack::lastPacketTicks()
+{
+    // A hundred hours: behind the end, and far from any overflow.
+    const std::int64_t far = av_rescale_q(360'000, { 1, 1 }, m_stream->time_base);
+    if (!seek(far))
+        return std::nullopt;
+    std::optional<std::int64_t> last;
+    while (readPacket())
+        if (const auto ticks = stampOf(*m_packet))
+            last = std::max(last.value_or(*ticks), *ticks);
+    return last;
+}
+
+std::optional<std::int64_t> FfmpegTrack::claimedTicks() const
+{
+    if (m_stream->duration > 0)
+        return m_stream->duration;
+    if (m_format->duration > 0)
+        return av_rescale_q(m_format->duration, AV_TIME_BASE_Q, m_stream->time_base);
+    return std::nullopt;
+}
+
+bool FfmpegTrack::isBareStream() const { return (m_format->iformat->flags & AVFMT_GENERIC_INDEX) != 0; }
+
+AudioFileError FfmpegTrack::reasonForSilence() const
+{
+    if (m_input->hasFailed())
+        return AudioFileError::unreadable;
+    if (!m_sawPacket)
+        return AudioFileError::empty;
+    return m_format->probe_score <= AVPROBE_SCORE_RETRY ? AudioFileError::notAudio : AudioFileError::unreadable;
+}
+
+}  // namespace quillet

@@ -1,0 +1,41 @@
+// One regular file as the only source of bytes that FFmpeg gets. It opens nothing that could block or have an effect (pipes,
+// devices, directories), and the file's name plays no part: a name that looks like an address is a name all the same.
+// Threads: confined to one thread at a time.
+#pragma once
+
+#include "platform/base/FilePath.h"
+#include "platform/media/AudioFile.h"
+#include "platform/media/FfmpegHandles.h"
+
+#include <cstdint>
+#include <expected>
+#include <memory>
+
+namespace quillet {
+
+class FileInput {
+public:
+    /// `notFound`, `notAFile`, `notPermitted`, `empty` (no bytes) or `unreadable` when the file cannot be used.
+    [[nodiscard]] static std::expected<std::unique_ptr<FileInput>, AudioFileError> open(const FilePath& path);
+    ~FileInput();
+    FileInput(const FileInput&) = delete;
+    FileInput& operator=(const FileInput&) = delete;
+
+    /// For AVFormatContext::pb; owned by this object, which must outlive the format context.
+    [[nodiscard]] AVIOContext* context() const { return m_context.get(); }
+    /// Whether the disk ever refused to give bytes.
+    [[nodiscard]] bool hasFailed() const { return m_failed; }
+
+private:
+    FileInput(int descriptor, std::int64_t size);
+    static int readCallback(void* self, std::uint8_t* bytes, int count);
+    static std::int64_t seekCallback(void* self, std::int64_t offset, int whence);
+
+    int m_descriptor;
+    std::int64_t m_size;
+    std::int64_t m_position = 0;
+    bool m_failed = false;
+    FfmpegHandle<AVIOContext> m_context;
+};
+
+}  // namespace quillet
