@@ -1,0 +1,230 @@
+#include "platform/defaults/SqliteConnection.h"
+
+#include "platform/base/Require.h"
+
+#include <cstdint>
+#include <utility>
+
+namespace quillet {
+namespace {
+
+/// As long as another process may keep this one waiting.
+constexpr int busyTimeoutMilliseconds = 5000;
+
+// The numbers are stored, so they never change.
+enum class StoredType : std::int64_t { data = 0, string = 1, stringArray = 2, real = 3, integer = 4, boolean = 5 };
+
+// A name or a text may hold any bytes, so both are bound as blobs.
+int bindBytes(sqlite3_stmt* statement, int index, std::string_view bytes)
+{
+    // An empty view may have no address, and that would bind NULL.
+    return sqlite3_bind_blob64(statement, index, bytes.empty() ? "" : bytes.data(), bytes.size(), SQLITE_TRANSIENT);
+}
+
+std::string bytesAt(sqlite3_stmt* statement, int column)
+{
+    const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement, column));
+    return bytes != nullptr ? std::string(bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))) : "";
+}
+
+struct ValueBinder {
+    sqlite3_stmt* statement;
+    int typeIndex;
+    int valueIndex;
+
+    int operator()(const DefaultsData& data) const { return bind(StoredType::data, data.bytes); }
+    int operator()(const std::string& text) const { return bind(StoredType::string, text); }
+    int operator()(const std::vector<std::string>& texts) const { return bind(StoredType::stringArray, packTexts(texts)); }
+    int operator()(double real) const { return bindType(StoredType::real) | sqlite3_bind_double(statement, valueIndex, real); }
+    int operator()(std::int64_t integer) const { return bind(StoredType::integer, integer); }
+    int operator()(bool boolean) const { return bind(StoredType::boolean, std::int64_t{ boolean }); }
+
+private:
+    int bindType(StoredType type) const { return sqlite3_bind_int64(statement, typeIndex, static_cast<std::int64_t>(type)); }
+    int bind(StoredType type, std::string_view bytes) const { return bindType(type) | bindBytes(statement, valueIndex, bytes); }
+    int bind(StoredType type, std::int64_t integer) const
+    {
+        return bindType(type) | sqlite3_bind_int64(statement, valueIndex, integer);
+    }
+};
+
+std::optional<DefaultsValue> valueAt(sqlite3_stmt* statement, int typeColumn, int valueColumn)
+{
+    const auto holds = [&](int columnType) { return sqlite3_column_type(statement, valueColumn) == columnType; };
+    switch (StoredType{ sqlite3_column_int64(statement, typeColumn) }) {
+    case StoredType::data:
+        return holds(SQLITE_BLOB) ? std::optional(DefaultsData{ bytesAt(statement, valueColumn) }) : std::nullopt;
+    case StoredType::string:
+        return holds(SQLITE_BLOB) ? std::optional(bytesAt(statement, valueColumn)) : std::nullopt;
+    case StoredType::stringArray:
+        return holds(SQLITE_BLOB) ? unpackTexts(bytesAt(statement, valueColumn)) : std::nullopt;
+    case StoredType::real:
+        return holds(SQLITE_FLOAT) ? std::optional(sqlite3_column_double(statement, valueColumn)) : std::nullopt;
+    case StoredType::integer:
+        return holds(SQLITE_INTEGER) ? std::optional<std::int64_t>(sqlite3_column_int64(statement, valueColumn)) : std::nullopt;
+    case StoredType::boolean:
+        return holds(SQLITE_INTEGER) ? std::optional(sqlite3_column_int64(statement, valueColumn) != 0) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+class SqliteConnection::Use {
+public:
+    explicit Use(const Statement& statement)
+        : m_statement(statement.get())
+    {
+    }
+    ~Use()
+    {
+        sqlite3_reset(m_statement);
+        sqlite3_clear_bindings(m_statement);
+    }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+
+    operator sqlite3_stmt*() const { return m_statement; }
+
+private:
+    sqlite3_stmt* m_statement;
+};
+
+auto SqliteConnection::open(const FilePath& file) -> Result<std::unique_ptr<SqliteConnection>>
+{
+    std::unique_ptr<SqliteConnection> connection(new SqliteConnection);
+    if (const auto opened = connection->openDatabase(file.c_str()); !opened)
+        return std::unexpected(opened.error());
+    if (const auto prepared = connection->prepareDatabase(); !prepared)
+        return std::unexpected(prepared.error());
+    return connection;
+}
+
+std::unique_ptr<SqliteConnection> SqliteConnection::openInMemory()
+{
+    auto connection = open(":memory:");
+    REQUIRE(connection.has_value());
+    return std::move(*connection);
+}
+
+auto SqliteConnection::openDatabase(const char* name) -> Result<void>
+{
+    sqlite3* database = nullptr;
+    const int code =
+        sqlite3_open_v2(name, &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    m_database.reset(database);
+    if (code != SQLITE_OK)
+        return error(code);
+    // A file that may not be written opens all the same.
+    if (sqlite3_db_readonly(database, "main") != 0)
+        return std::unexpected(DatabaseError::unavailable);
+    sqlite3_busy_timeout(database, busyTimeoutMilliseconds);
+    return {};
+}
+
+auto SqliteConnection::prepareDatabase() -> Result<void>
+{
+    constexpr const char* setUp = "PRAGMA journal_mode = WAL;"
+                                  "PRAGMA synchronous = NORMAL;"
+                                  "CREATE TABLE IF NOT EXISTS defaults (key BLOB PRIMARY KEY, type INTEGER NOT NULL, value);";
+    if (const int code = sqlite3_exec(m_database.get(), setUp, nullptr, nullptr, nullptr); code != SQLITE_OK)
+        return error(code);
+
+    const std::pair<Statement*, std::string_view> statements[] = {
+        { &m_read, "SELECT type, value FROM defaults WHERE key = ?1" },
+        { &m_write,
+          "INSERT INTO defaults (key, type, value) VALUES (?1, ?2, ?3)"
+          " ON CONFLICT (key) DO UPDATE SET type = excluded.type, value = excluded.value" },
+        { &m_remove, "DELETE FROM defaults WHERE key = ?1" },
+        { &m_allKeys, "SELECT key FROM defaults" },
+    };
+    for (const auto& [statement, text] : statements) {
+        auto prepared = prepare(text);
+        if (!prepared)
+            return std::unexpected(prepared.error());
+        *statement = std::move(*prepared);
+    }
+    return {};
+}
+
+auto SqliteConnection::prepare(std::string_view text) -> Result<Statement>
+{
+    sqlite3_stmt* statement = nullptr;
+    const int code = sqlite3_prepare_v3(m_database.get(), text.data(), static_cast<int>(text.size()), SQLITE_PREPARE_PERSISTENT,
+                                        &statement, nullptr);
+    if (code != SQLITE_OK)
+        return error(code);
+    return Statement(statement);
+}
+
+auto SqliteConnection::read(std::string_view key) -> Result<std::optional<DefaultsValue>>
+{
+    const Use statement(m_read);
+    if (const int code = bindBytes(statement, 1, key); code != SQLITE_OK)
+        return error(code);
+    switch (const int code = sqlite3_step(statement)) {
+    case SQLITE_ROW:
+        return valueAt(statement, 0, 1);
+    case SQLITE_DONE:
+        return std::nullopt;
+    default:
+        return error(code);
+    }
+}
+
+auto SqliteConnection::write(std::string_view key, const DefaultsValue& value) -> Result<void>
+{
+    const Use statement(m_write);
+    if (const int code = bindBytes(statement, 1, key) | std::visit(ValueBinder{ statement, 2, 3 }, value); code != SQLITE_OK)
+        return std::unexpected(DatabaseError::unavailable);
+    return finish(statement);
+}
+
+auto SqliteConnection::remove(std::string_view key) -> Result<void>
+{
+    const Use statement(m_remove);
+    if (const int code = bindBytes(statement, 1, key); code != SQLITE_OK)
+        return error(code);
+    return finish(statement);
+}
+
+auto SqliteConnection::allKeys() -> Result<std::vector<std::string>>
+{
+    const Use statement(m_allKeys);
+    std::vector<std::string> keys;
+    int code = SQLITE_OK;
+    while ((code = sqlite3_step(statement)) == SQLITE_ROW)
+        keys.push_back(bytesAt(statement, 0));
+    if (code != SQLITE_DONE)
+        return error(code);
+    return keys;
+}
+
+bool SqliteConnection::isSound()
+{
+    const auto check = prepare("PRAGMA integrity_check(1)");
+    return check && sqlite3_step(check->get()) == SQLITE_ROW && bytesAt(check->get(), 0) == "ok";
+}
+
+auto SqliteConnection::finish(sqlite3_stmt* statement) -> Result<void>
+{
+    if (const int code = sqlite3_step(statement); code != SQLITE_DONE)
+        return error(code);
+    return {};
+}
+
+std::unexpected<DatabaseError> SqliteConnection::error(int code)
+{
+    switch (code & 0xFF) {
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    case SQLITE_ERROR:  // a statement that the file's tables do not fit
+        // The file is kept for whoever wants to look into it, so closing it must not move the log's pages into it.
+        sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        return std::unexpected(DatabaseError::damaged);
+    default:
+        return std::unexpected(DatabaseError::unavailable);
+    }
+}
+
+}  // namespace quillet

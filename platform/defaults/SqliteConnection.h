@@ -1,0 +1,70 @@
+// One open database of defaults: a table of keys, types and values, and the statements over it. It says whether a failure
+// means a damaged file; what is done about one is the domain's business.
+// Threads: one thread at a time.
+#pragma once
+
+#include "platform/base/FilePath.h"
+#include "platform/defaults/DefaultsValue.h"
+
+#include <sqlite3.h>
+
+#include <expected>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillet {
+
+enum class DatabaseError {
+    /// The file is no database, a broken one, or another program's.
+    damaged,
+    /// It cannot be read or written at all, or not now.
+    unavailable,
+};
+
+class SqliteConnection {
+public:
+    template <typename T> using Result = std::expected<T, DatabaseError>;
+
+    /// Opens the file for reading and writing, and creates it where it is missing. Its directory exists.
+    static Result<std::unique_ptr<SqliteConnection>> open(const FilePath& file);
+    /// An empty database that lasts as long as the connection; there is one unless memory has run out.
+    static std::unique_ptr<SqliteConnection> openInMemory();
+
+    /// Nothing if the key is missing, or its value is not of the type that it was stored with.
+    Result<std::optional<DefaultsValue>> read(std::string_view key);
+    /// When it answers without an error, the value outlives this process however it ends.
+    Result<void> write(std::string_view key, const DefaultsValue& value);
+    Result<void> remove(std::string_view key);
+    Result<std::vector<std::string>> allKeys();
+
+    /// Reads the whole file and tells whether it is in order.
+    [[nodiscard]] bool isSound();
+
+private:
+    struct Closer {
+        void operator()(sqlite3* database) const { sqlite3_close(database); }
+        void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+    };
+    using Statement = std::unique_ptr<sqlite3_stmt, Closer>;
+
+    /// Makes a statement ready for its next use when it goes out of scope, and ends its transaction so.
+    class Use;
+
+    SqliteConnection() = default;
+    Result<void> openDatabase(const char* name);
+    Result<void> prepareDatabase();
+    Result<Statement> prepare(std::string_view text);
+    Result<void> finish(sqlite3_stmt* statement);
+    [[nodiscard]] std::unexpected<DatabaseError> error(int code);
+
+    std::unique_ptr<sqlite3, Closer> m_database;
+    Statement m_read;
+    Statement m_write;
+    Statement m_remove;
+    Statement m_allKeys;
+};
+
+}  // namespace quillet

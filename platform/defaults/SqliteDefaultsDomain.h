@@ -1,0 +1,43 @@
+// The user's defaults domain in a database file that several processes may use at once. What a write has stored outlives this
+// process, however it ends. A file that turns out to be no database, or a broken one, is moved aside under a name with
+// the time and replaced by an empty one; where no file can be kept, the domain lasts as long as the object.
+// Threads: callable from every thread.
+#pragma once
+
+#include "platform/base/FilePath.h"
+#include "platform/defaults/TypedDefaultsDomain.h"
+
+#include <memory>
+#include <mutex>
+
+namespace quillet {
+
+class SqliteConnection;
+
+class SqliteDefaultsDomain final : public TypedDefaultsDomain {
+public:
+    /// "defaults.sqlite" in the program's directory of settings.
+    [[nodiscard]] static FilePath standardFile();
+
+    /// Opens `file`; creates it, and the directories above it, where they are missing.
+    explicit SqliteDefaultsDomain(FilePath file);
+    ~SqliteDefaultsDomain() override;
+
+    void remove(std::string_view key) override;
+    std::vector<std::string> allKeys() const override;
+
+protected:
+    [[nodiscard]] std::optional<DefaultsValue> read(std::string_view key) const override;
+    void write(std::string_view key, const DefaultsValue& value) override;
+
+private:
+    [[nodiscard]] std::unique_ptr<SqliteConnection> open() const;
+    [[nodiscard]] std::unique_ptr<SqliteConnection> replaceDamaged() const;
+    template <typename Operation> auto perform(Operation operation) const;
+
+    const FilePath m_file;
+    mutable std::mutex m_mutex;
+    mutable std::unique_ptr<SqliteConnection> m_connection;  // guarded by m_mutex
+};
+
+}  // namespace quillet
