@@ -26,7 +26,8 @@ std::expected<AlignedDecoder, AudioFileError> AlignedDecoder::open(const FilePat
     if (sampleRate <= 0 || channelCount <= 0)
         return std::unexpected(AudioFileError::unreadable);
 
-    const StreamClock clock{ source.timeBase().num, source.timeBase().den, sampleRate, source.isBareStream() };
+    const std::int64_t blockStep = entryRecipe(source.codec(), sampleRate, 0).blockStep;
+    const StreamClock clock{ source.timeBase().num, source.timeBase().den, sampleRate, source.isBareStream(), blockStep };
     const std::int64_t firstFrames = source.frame().nb_samples;
     const bool oneIsEnough = clock.isExact() && entryRecipe(source.codec(), sampleRate, 0).lookahead == 1
         && source.codec() != AV_CODEC_ID_AAC && source.frameTicks();

@@ -26,9 +26,10 @@ EntryRecipe entryRecipe(AVCodecID codec, int sampleRate, std::int64_t blockFrame
     case AV_CODEC_ID_AAC:
         // Longer blocks mean spectral band replication, whose envelopes and filters remember more.
         return blockFrames == 1024 ? EntryRecipe{ 2048, 1 } : EntryRecipe{ sampleRate, 1 };
-    // Single time stamps are off by half a block where the block size changes.
+    // Single time stamps are off by half a block where the block size changes. Encoders' smallest block of 256 makes a step
+    // of 64.
     case AV_CODEC_ID_VORBIS:
-        return { sampleRate, 12 };
+        return { sampleRate, 12, 64 };
     case AV_CODEC_ID_OPUS:
         return { sampleRate, 1 };
     default:

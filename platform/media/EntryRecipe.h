@@ -16,6 +16,8 @@ struct EntryRecipe {
     std::int64_t prerollFrames;
     /// Blocks, at least 1.
     int lookahead;
+    /// Frames of which all blocks' lengths are multiples; 0 where that is not known beforehand.
+    std::int64_t blockStep = 0;
 };
 
 /// `sampleRate` in frames per second; `blockFrames` is the length of a full decoded block, 0 where blocks differ.

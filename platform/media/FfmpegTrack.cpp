@@ -114,11 +114,6 @@ std::optional<AudioFileError> FfmpegTrack::openContainer(const FilePath& path)
     }
     if (m_stream == nullptr)
         return m_format->nb_streams > 0 ? AudioFileError::noAudioTrack : AudioFileError::notAudio;
-    return std::nullopt;
-}
-
-std::optional<AudioFileError> FfmpegTrack::openDecoder()
-{
     m_isOgg = std::strcmp(m_format->iformat->name, "ogg") == 0;
     m_seekStream = streamToSearchBy(*m_format, m_stream);
     for (unsigned i = 0; i < m_format->nb_streams; ++i) {
@@ -126,6 +121,11 @@ std::optional<AudioFileError> FfmpegTrack::openDecoder()
         if (stream != m_stream)
             stream->discard = AVDISCARD_ALL;
     }
+    return std::nullopt;
+}
+
+std::optional<AudioFileError> FfmpegTrack::openDecoder()
+{
     const AVCodec* codec = decoderOf(m_stream->codecpar->codec_id);
     if (codec == nullptr)
         return AudioFileError::unreadable;
@@ -135,9 +135,12 @@ std::optional<AudioFileError> FfmpegTrack::openDecoder()
         return AudioFileError::unreadable;
     m_decoder->pkt_timebase = m_stream->time_base;
     m_decoder->thread_count = 1;
-    if (avcodec_open2(m_decoder.get(), codec, nullptr) < 0)
-        return AudioFileError::unreadable;
-    return std::nullopt;
+    // Noise that stands in for what was not encoded is drawn from the packet, not from what was decoded before (AC-3 only).
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "cons_noisegen", "1", 0);
+    const int opened = avcodec_open2(m_decoder.get(), codec, &options);
+    av_dict_free(&options);
+    return opened < 0 ? std::optional(AudioFileError::unreadable) : std::nullopt;
 }
 
 bool FfmpegTrack::readPacket()
@@ -202,7 +205,12 @@ bool FfmpegTrack::seek(std::int64_t ticks)
     m_draining = false;
     m_pageOfEntry.reset();
     m_stampsAreGuessed = m_isOgg && target != m_firstTicks;
-    avcodec_flush_buffers(m_decoder.get());
+    // Decoders remember a little over a flush (the shape of the last window, whether the encoder's delay was dropped): at the
+    // start, where nothing comes before that makes up for it, a new one takes its place.
+    if (target != m_firstTicks)
+        avcodec_flush_buffers(m_decoder.get());
+    else if (openDecoder())
+        return false;
     const std::int64_t there = av_rescale_q(target, m_stream->time_base, m_seekStream->time_base);
     return av_seek_frame(m_format.get(), m_seekStream->index, there, AVSEEK_FLAG_BACKWARD) >= 0;
 }

@@ -45,12 +45,12 @@ StampScale::StampScale(const StreamClock& clock, std::span<const StampedBlock> s
       m_ticks(clock.tickDenominator)
 {
     if (!clock.isExact()) {
-        const std::int64_t frames = commonBlockFrames(start);
+        const std::int64_t frames = clock.blockStep > 0 ? clock.blockStep : commonBlockFrames(start);
         const std::int64_t step = commonTickStep(start);
         if (frames > 0 && step > 0 && clock.accumulatesRounding) {
-            m_frames = frames;
+            m_frames = start[1].frames;
             m_ticks = step;
-        } else if (frames > 0) {
+        } else if (frames > m_frames / m_ticks) {
             m_grid = frames;
             m_gridPhase = start[0].frames % frames;
         } else {

@@ -1,7 +1,6 @@
 // Turns the time stamps of a stream into frames of its decoded sound, frame 0 being the first one of a decode from the start,
-// and back. Where the stamps are too coarse to name a frame (milliseconds, say) but all blocks have one length, the answer is
-// rounded to where a block can start.
-// Threads: pure values.
+// and back. Where the stamps are too coarse to name a frame (milliseconds, say) but all blocks have one length, or lengths with
+// a common divisor, the answer is rounded to where a block can start. Threads: pure values.
 #pragma once
 
 #include <cstdint>
@@ -23,6 +22,8 @@ struct StreamClock {
     int sampleRate;
     /// Set for bare streams: their stamps are made by adding up the rounded durations of blocks, so the error grows.
     bool accumulatesRounding;
+    /// All blocks but the first and the last are multiples of so many frames long; 0 if only looking can tell.
+    std::int64_t blockStep;
 
     /// Whether every frame has a stamp of its own.
     [[nodiscard]] bool isExact() const;

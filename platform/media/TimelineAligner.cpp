@@ -38,7 +38,7 @@ std::optional<std::int64_t> votedStart(std::span<const StampedPosition> blocks, 
             bestEnd = end;
         }
     }
-    return starts[(bestBegin + bestEnd - 1) / 2];
+    return (starts[bestBegin] + starts[bestEnd - 1]) / 2;
 }
 
 TimelineAligner::TimelineAligner(int lookahead, std::int64_t tolerance)
