@@ -120,6 +120,7 @@ void AudioEngine::pause()
     const GraphChange atOnce(m_graph);
     forEachPlayer([](PlayerNode& player) { player.pause(); });
     m_positionTimer.cancel();
+    m_followUp.cancel();
 }
 
 void AudioEngine::stop()
@@ -193,6 +194,8 @@ void AudioEngine::handleCompletion(std::int64_t generation)
         followUp(tailSeconds(), [this, region = Segment{ start, state->regionEnd() }, delay = loopDelay(*state)] {
             repeatRegion(region, delay);
         });
+    if (m_segmentEnded)
+        m_segmentEnded();
 }
 
 // The last frame has been handed over but not heard yet: nothing restarts before it is.

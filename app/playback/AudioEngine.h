@@ -42,10 +42,13 @@ public:
     /// Plays [fromSeconds, toSeconds) of file time in place of whatever plays now. Does nothing if that is empty; only stops
     /// if it holds no whole frame or begins outside the file. Seconds × sample rate fits a signed 64-bit integer (REQUIRE).
     void play(double fromSeconds, double toSeconds);
-    /// Halts the sound and the play head. A repetition that already waits for its time is not called off.
+    /// Halts the sound and the play head, and calls off a repetition that waits for its time: what was paused stays silent.
     void pause();
     /// Ends the sound and calls off every repetition. Does not touch the state.
     void stop();
+
+    /// `ended` is told whenever a segment has been handed to the device to its last frame, after what follows has been decided.
+    void onSegmentEnd(std::function<void()> ended) { m_segmentEnded = std::move(ended); }
 
     /// Tells the graph anew what follows without a gap. To be called after any change of the region, of the loop and its
     /// pause, or of hold and its position, while something may be playing; `play` does it by itself.
@@ -109,6 +112,7 @@ private:
     enum class Transport { idle, scheduled, ended };
     Transport m_transport = Transport::idle;
     ScheduledTask m_followUp;
+    std::function<void()> m_segmentEnded;
     // Expires with the engine, for handlers that the graph keeps longer.
     std::shared_ptr<AudioEngine*> m_self;
 };

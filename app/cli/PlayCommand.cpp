@@ -1,0 +1,75 @@
+#include "app/cli/PlayCommand.h"
+
+#include "app/cli/Interruption.h"
+#include "app/cli/PlaybackSession.h"
+#include "app/cli/ProgressLine.h"
+#include "platform/audio/CubebOutputDevice.h"
+#include "platform/audio/DeviceOutput.h"
+#include "platform/audio/NullOutputDevice.h"
+#include "platform/audio/PlaybackGraph.h"
+#include "platform/media/FfmpegAudioFile.h"
+#include "platform/schedule/QtScheduler.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace quillet {
+namespace {
+
+/// What a stopped sound takes to fade, and a little more.
+constexpr double fadeSeconds = 0.02;
+constexpr double progressSeconds = 0.1;
+
+std::string clockText(double seconds)
+{
+    char text[48];
+    std::snprintf(text, sizeof text, "%d:%04.1f", static_cast<int>(seconds) / 60,
+                  seconds - 60 * (static_cast<int>(seconds) / 60));
+    return text;
+}
+
+}  // namespace
+
+std::expected<int, std::string> playFile(const PlaybackOptions& options)
+{
+    FfmpegAudioFileOpener opener;
+    QtScheduler scheduler;
+    DeviceOutput output(std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler);
+    PlaybackGraph graph(output, scheduler);
+    PlaybackSession session(graph, opener, scheduler);
+    if (auto opened = session.open(options); !opened)
+        return std::unexpected(opened.error());
+
+    const Interruption interruption;
+    ProgressLine progress;
+    graph.onOutputChange([&progress, wasHeard = true](AudioOutput::State state) mutable {
+        const bool isHeard = state == AudioOutput::State::device;
+        if (isHeard == wasHeard)
+            return;
+        wasHeard = isHeard;
+        progress.clear();
+        std::fputs(isHeard ? "The sound device is back.\n"
+                           : "There is no sound device: playback goes on without sound until there is one.\n",
+                   stderr);
+    });
+    ScheduledTask ending;
+    const auto endAfter = [&](double seconds, int status) {
+        ending = scheduler.after(seconds, [status] { QCoreApplication::exit(status); });
+    };
+    const ScheduledTask watch = scheduler.watch(interruption.descriptor(), [&] {
+        session.stop();
+        endAfter(graph.presentationLatencySeconds() + fadeSeconds, Interruption::exitStatus);
+    });
+    const ScheduledTask clock = scheduler.every(progressSeconds, [&] {
+        progress.show(clockText(session.state().playbackPosition()) + " / " + clockText(session.state().audioDuration()));
+    });
+    session.start([&] {
+        if (options.holdSeconds)
+            session.stop();
+        endAfter(graph.presentationLatencySeconds() + fadeSeconds, 0);
+    });
+    return QCoreApplication::exec();
+}
+
+}  // namespace quillet

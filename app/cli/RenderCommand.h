@@ -1,0 +1,15 @@
+// `quillet render`: writes what the engine would play to a WAV file, through the same graph, faster than real time.
+// Threads: main thread; returns when it is done.
+#pragma once
+
+#include "app/cli/PlaybackOptions.h"
+
+#include <expected>
+#include <string>
+
+namespace quillet {
+
+/// Returns the exit status, or a sentence for the user. On failure or interruption nothing is left under the output's name.
+[[nodiscard]] std::expected<int, std::string> renderFile(const RenderOptions& options);
+
+}  // namespace quillet

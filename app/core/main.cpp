@@ -1,0 +1,55 @@
+// The program's entry.
+
+#include "app/cli/CommandLine.h"
+#include "app/cli/PlayCommand.h"
+#include "app/cli/RenderCommand.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int failed = 1;
+constexpr int wrongUsage = 2;
+
+int fail(const std::string& sentence, int status)
+{
+    std::fprintf(stderr, "quillet: %s\n", sentence.c_str());
+    return status;
+}
+
+int report(const std::expected<int, std::string>& outcome)
+{
+    return outcome ? *outcome : fail(outcome.error(), failed);
+}
+
+int run(const quillet::Command& command)
+{
+    if (const auto* print = std::get_if<quillet::PrintText>(&command)) {
+        std::fputs(print->text.c_str(), stdout);
+        return std::fflush(stdout) == 0 ? 0 : failed;
+    }
+    if (const auto* usage = std::get_if<quillet::ShowUsage>(&command)) {
+        std::fputs(usage->text.c_str(), stderr);
+        return wrongUsage;
+    }
+    if (const auto* render = std::get_if<quillet::RenderFile>(&command))
+        return report(quillet::renderFile(render->options));
+    return report(quillet::playFile(std::get<quillet::PlayFile>(command).options));
+}
+
+}  // namespace
+
+int main(int argc, char* argv[])
+{
+    // Before Qt, which takes arguments of its own out.
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    const auto command = quillet::parseCommandLine(arguments);
+    if (!command)
+        return fail(command.error().message + " See “quillet --help”.", wrongUsage);
+    const QCoreApplication application(argc, argv);
+    return run(*command);
+}
