@@ -1,0 +1,301 @@
+#include "app/core/AppState.h"
+
+#include "platform/defaults/MemoryDefaultsDomain.h"
+#include "platform/schedule/VirtualScheduler.h"
+#include "tests/support/FakeAudioFileOpener.h"
+#include "tests/support/FakeAudioGraph.h"
+#include "tests/support/MemoryAudioFile.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace quillet {
+namespace {
+
+constexpr const char* song = "/music/song.flac";
+
+/// A state with a file of ten seconds at 8000 Hz, whole as the region, nothing playing and nothing to save.
+struct AppStateTest : testing::Test {
+    VirtualScheduler scheduler;
+    MemoryDefaultsDomain defaults;
+    SettingsStore store{ defaults };
+    FakeAudioGraph graph;
+    FakeAudioFileOpener opener;
+    AudioEngine engine{ graph, opener, scheduler };
+    std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, store, engine);
+
+    AppStateTest()
+    {
+        engine.setAppState(state);
+        open(10);
+    }
+
+    void open(double durationSeconds)
+    {
+        const auto samples = static_cast<std::size_t>(2 * 8000 * durationSeconds);
+        engine.setAudioFile(std::make_shared<MemoryAudioFile>(8000, std::vector<float>(samples)));
+        state->setAudioFileURL(song);
+        state->setAudioDuration(durationSeconds);
+        state->resetToDefaults(durationSeconds);
+        scheduler.advance(1);
+        defaults.remove(std::string("settings.") + song);
+    }
+
+    [[nodiscard]] std::optional<FileSettings> saved() const { return store.load(song); }
+    /// What sounds, in seconds; nothing when the player rests.
+    [[nodiscard]] std::optional<std::pair<double, double>> sounding() const
+    {
+        const auto& player = *graph.players.front();
+        if (!player.isSounding)
+            return std::nullopt;
+        const double start = static_cast<double>(player.segment->start) / 8000;
+        return std::pair(start, start + static_cast<double>(player.segment->count) / 8000);
+    }
+    [[nodiscard]] int starts() const { return graph.players.front()->scheduleCount; }
+};
+
+using Window = std::pair<double, double>;
+
+// ---- Settings ----
+
+TEST_F(AppStateTest, BurstSavesOnceWithTheLastValue)
+{
+    for (int i = 0; i < 10; ++i) {
+        state->setSpeed(50 + i);
+        scheduler.advance(0.2);
+        EXPECT_FALSE(saved());
+    }
+    state->setRegionStart(3);
+    scheduler.advance(0.099);
+    EXPECT_FALSE(saved());
+    scheduler.advance(0.001);
+    ASSERT_TRUE(saved());
+    EXPECT_EQ(saved()->speed, 59);
+    EXPECT_EQ(saved()->regionStart, 3);
+
+    SettingsStore(defaults).clearAll();
+    scheduler.advance(5);
+    EXPECT_FALSE(saved());
+}
+
+TEST_F(AppStateTest, EverySetOfAPreferenceSavesAndNoSetOfAnythingElse)
+{
+    struct Case {
+        const char* name;
+        void (*set)(AppState&);
+        bool saves;
+    };
+    const Case cases[] = {
+        { "speed", [](AppState& s) { s.setSpeed(s.speed()); }, true },
+        { "speed step", [](AppState& s) { s.setSpeedStep(s.speedStep()); }, true },
+        { "pitch", [](AppState& s) { s.setPitch(s.pitch()); }, true },
+        { "equaliser", [](AppState& s) { s.setEqEnabled(s.eqEnabled()); }, true },
+        { "gains", [](AppState& s) { s.setEqGains(s.eqGains()); }, true },
+        { "loop", [](AppState& s) { s.setLoopEnabled(s.loopEnabled()); }, true },
+        { "delay", [](AppState& s) { s.setLoopDelaySeconds(s.loopDelaySeconds()); }, true },
+        { "delay fraction", [](AppState& s) { s.setLoopDelayMilliseconds(s.loopDelayMilliseconds()); }, true },
+        { "region", [](AppState& s) { s.setRegionStart(1), s.setRegionEnd(2); }, false },
+        { "play head and hold", [](AppState& s) { s.setPlaybackPosition(1), s.toggleHold(), s.stepHoldForward(); }, false },
+        { "zoom", [](AppState& s) { s.setZoomLevel(2), s.setPanOffset(1); }, false },
+        { "reset", [](AppState& s) { s.resetToDefaults(s.audioDuration()); }, true },
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        store.clearAll();
+        c.set(*state);
+        scheduler.advance(0.3);
+        EXPECT_EQ(saved().has_value(), c.saves);
+    }
+}
+
+TEST_F(AppStateTest, TheSaveBelongsToTheFileOfTheLastChange)
+{
+    state->setSpeed(70);
+    state->setAudioFileURL("/music/other.flac");
+    scheduler.advance(0.3);
+    EXPECT_EQ(saved().value_or(FileSettings{}).speed, 70);
+    EXPECT_FALSE(store.load("/music/other.flac"));
+
+    state->setSpeed(80);
+    scheduler.advance(0.3);
+    EXPECT_EQ(store.load("/music/other.flac").value_or(FileSettings{}).speed, 80);
+    EXPECT_EQ(saved()->speed, 70);
+}
+
+TEST_F(AppStateTest, NothingIsSavedWithoutAFileOrAfterTheStatesEnd)
+{
+    state->setAudioFileURL(std::nullopt);
+    state->setSpeed(70);
+    scheduler.advance(1);
+    state->setAudioFileURL(song);
+    scheduler.advance(1);
+    EXPECT_TRUE(defaults.allKeys().empty());
+
+    state->setSpeed(80);
+    state.reset();
+    scheduler.advance(1);
+    EXPECT_TRUE(defaults.allKeys().empty());
+}
+
+TEST_F(AppStateTest, SettingsApplyAsTheyAreAndResetBringsTheDefaultsBack)
+{
+    const FileSettings settings{ 1, 2, 55, 7, -300, true, { 1, -2, 3 }, false, 4, 5 };
+    state->applySettings(settings);
+    EXPECT_EQ(state->currentSettings(), settings);
+
+    state->setZoomLevel(3);
+    state->setPanOffset(4);
+    state->setStemSession(StemSession{});
+    state->toggleHold();
+    state->resetToDefaults(10);
+    EXPECT_EQ(state->currentSettings(), (FileSettings{ 0, 10, 100, 5, 0, false, { 0, 0, 0, 0, 0 }, true, 0, 0 }));
+    EXPECT_EQ(state->zoomLevel(), 1);
+    EXPECT_EQ(state->panOffset(), 0);
+    EXPECT_EQ(state->playbackPosition(), 0);
+    EXPECT_EQ(state->holdPosition(), 0);
+    EXPECT_FALSE(state->isPlaying() || state->holdEnabled() || state->stemSession());
+}
+
+TEST_F(AppStateTest, TellsOfAChangeOnceItIsStoredAndOnlyThen)
+{
+    std::vector<double> told;
+    QObject::connect(state.get(), &AppState::speedChanged, state.get(), [&] { told.push_back(state->speed()); });
+    for (const double speed : { 100.0, 80.0, 80.0, 100.0 })
+        state->setSpeed(speed);
+    EXPECT_EQ(told, (std::vector<double>{ 80, 100 }));
+}
+
+// ---- Transport ----
+
+TEST_F(AppStateTest, PlayStartsAtTheRegionsStartEveryTime)
+{
+    state->setRegionStart(2);
+    state->setRegionEnd(4);
+    for (int start = 1; start < 4; ++start) {
+        state->togglePlayPause();
+        EXPECT_TRUE(state->isPlaying());
+        EXPECT_EQ(state->playbackPosition(), 2);
+        EXPECT_EQ(sounding(), Window(2, 4));
+        EXPECT_EQ(starts(), start);
+        graph.players.front()->sampleTime = 8000;
+        scheduler.advance(0.05);
+        EXPECT_EQ(state->playbackPosition(), 3);
+        state->togglePlayPause();
+        EXPECT_FALSE(state->isPlaying() || sounding());
+        EXPECT_EQ(state->playbackPosition(), 3);
+    }
+    state->setRegionEnd(2);
+    state->togglePlayPause();
+    EXPECT_FALSE(state->isPlaying() || sounding());
+}
+
+TEST_F(AppStateTest, HoldTakesThePlayHeadsPlaceWithinTheFile)
+{
+    struct Case {
+        double duration;
+        bool isPlaying;
+        double playHead;
+        double expected;
+    };
+    const Case cases[] = {
+        { 10, false, 3, 1 },  // the region's start
+        { 10, true, 3, 3 },       { 10, true, 9.95, 10 - 0.08 },
+        { 10, true, 9.92, 9.92 }, { 0.05, true, 0.04, 0 },  // shorter than the window
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.duration << " s, playing " << c.isPlaying << " at " << c.playHead);
+        open(c.duration);
+        state->setRegionStart(1);
+        state->setIsPlaying(c.isPlaying);
+        state->setPlaybackPosition(c.playHead);
+        state->toggleHold();
+        EXPECT_EQ(state->holdPosition(), c.expected);
+        EXPECT_TRUE(state->holdEnabled() && state->isPlaying());
+        EXPECT_EQ(graph.players.front()->segment->start, static_cast<std::int64_t>(8000 * c.expected));
+        EXPECT_EQ(graph.players.front()->hint, graph.players.front()->segment);
+
+        state->toggleHold();
+        EXPECT_FALSE(state->holdEnabled() || state->isPlaying() || sounding());
+        EXPECT_EQ(state->playbackPosition(), 1);
+    }
+}
+
+TEST_F(AppStateTest, StepsMoveTheHeldWindowThroughTheWholeFile)
+{
+    struct Case {
+        double duration;
+        double from;
+        double expectedBackward;
+        double expectedForward;
+    };
+    const Case cases[] = {
+        { 10, 5, 5 - 0.08, 5 + 0.08 },
+        { 10, 0.05, 0, 0.05 + 0.08 },
+        { 10, 9.9, 9.9 - 0.08, 10 - 0.08 },
+        { 0.05, 0, 0, 0 },
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.from << " of " << c.duration << " s");
+        open(c.duration);
+        const int before = starts();
+        state->stepHoldForward();
+        state->stepHoldBackward();
+        EXPECT_EQ(state->holdPosition(), 0);
+        EXPECT_EQ(starts(), before);
+
+        state->setHoldEnabled(true);
+        state->setHoldPosition(c.from);
+        state->stepHoldBackward();
+        EXPECT_EQ(state->holdPosition(), c.expectedBackward);
+        state->setHoldPosition(c.from);
+        state->stepHoldForward();
+        EXPECT_EQ(state->holdPosition(), c.expectedForward);
+        EXPECT_EQ(starts(), before + 2);
+        EXPECT_TRUE(sounding());
+        EXPECT_FALSE(state->isPlaying());
+    }
+}
+
+TEST_F(AppStateTest, AStepSoundsWhileHoldIsPausedAndPlayResumesThere)
+{
+    state->setRegionStart(5);
+    state->toggleHold();
+    state->togglePlayPause();
+    EXPECT_TRUE(state->holdEnabled());
+    EXPECT_FALSE(state->isPlaying() || sounding());
+
+    state->stepHoldForward();
+    EXPECT_TRUE(sounding());
+    EXPECT_FALSE(state->isPlaying());
+    const int before = starts();
+    state->togglePlayPause();
+    EXPECT_TRUE(state->isPlaying());
+    EXPECT_EQ(starts(), before + 1);
+    EXPECT_EQ(graph.players.front()->segment->start, static_cast<std::int64_t>(8000 * (5 + 0.08)));
+}
+
+TEST_F(AppStateTest, AnEditWhilePlayingChangesWhatFollows)
+{
+    state->togglePlayPause();
+    const auto& hint = graph.players.front()->hint;
+    EXPECT_EQ(hint, (FrameRange{ 0, 80000 }));
+    state->setRegionStart(1);
+    state->setRegionEnd(2);
+    EXPECT_EQ(hint, (FrameRange{ 8000, 8000 }));
+    state->setLoopDelaySeconds(1);
+    EXPECT_EQ(hint, std::nullopt);
+    state->setLoopDelaySeconds(0);
+    EXPECT_EQ(hint, (FrameRange{ 8000, 8000 }));
+    state->setLoopDelayMilliseconds(1);
+    EXPECT_EQ(hint, std::nullopt);
+    state->setLoopDelayMilliseconds(0);
+    state->setLoopEnabled(false);
+    EXPECT_EQ(hint, std::nullopt);
+    state->setHoldEnabled(true);
+    state->setHoldPosition(4);
+    EXPECT_EQ(hint.value_or(FrameRange{}).start, 32000);
+}
+
+}  // namespace
+}  // namespace quillet

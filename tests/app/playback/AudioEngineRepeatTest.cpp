@@ -1,0 +1,205 @@
+#include "tests/app/playback/EngineRig.h"
+
+#include <gtest/gtest.h>
+
+namespace quillet {
+namespace {
+
+TEST(AudioEngineRepeat, ALoopWaitsForTheTailAndThePauseAtTheRegionsEnd)
+{
+    for (const double latency : { 0.0, 0.25 }) {
+        const double tail = latency > 0 ? latency : 0.02;
+        EngineRig rig;
+        rig.graph.latencySeconds = latency;
+        rig.state->delaySeconds = 1;
+        rig.state->delayMilliseconds = 250;
+        rig.playRegion();
+        rig.complete();
+        rig.scheduler.advance(tail - 0.001);
+        EXPECT_EQ(rig.state->position, -1);
+        rig.scheduler.advance(0.001);
+        EXPECT_EQ(rig.state->position, 4);
+        rig.scheduler.advance(1.249);
+        EXPECT_EQ(rig.player().scheduleCount, 1);
+        rig.scheduler.advance(0.001);
+        EXPECT_EQ(rig.player().scheduleCount, 2);
+        EXPECT_EQ(rig.player().segment, EngineRig::frames(2, 4));
+        EXPECT_TRUE(rig.state->isPlaying);
+    }
+}
+
+TEST(AudioEngineRepeat, ALoopWithoutPauseGoesOnAfterTheTailOnceForEachEnd)
+{
+    EngineRig rig;
+    rig.playRegion();
+    for (int pass = 2; pass < 6; ++pass) {
+        rig.complete();
+        rig.scheduler.advance(0.01);
+        rig.complete();
+        rig.player().completions.front()();
+        EXPECT_EQ(rig.player().scheduleCount, pass - 1);
+        rig.scheduler.advance(0.01);
+        EXPECT_EQ(rig.player().scheduleCount, pass);
+        rig.scheduler.advance(0.03);
+        EXPECT_EQ(rig.player().scheduleCount, pass);
+    }
+}
+
+TEST(AudioEngineRepeat, WithoutLoopTheTransportRestsAtTheRegionsStart)
+{
+    EngineRig rig;
+    rig.state->loop = false;
+    rig.playRegion();
+    rig.player().sampleTime = 96000;
+    rig.complete();
+    rig.scheduler.advance(0.019);
+    EXPECT_TRUE(rig.state->isPlaying);
+    rig.scheduler.advance(5);
+    EXPECT_FALSE(rig.state->isPlaying);
+    EXPECT_EQ(rig.state->position, 2);
+    EXPECT_EQ(rig.player().scheduleCount, 1);
+}
+
+TEST(AudioEngineRepeat, TheHeldWindowRepeatsWithoutPauseWhateverTheLoopSays)
+{
+    EngineRig rig;
+    rig.state->hold = true;
+    rig.state->holdAt = 5;
+    rig.state->loop = false;
+    rig.state->delaySeconds = 3;
+    rig.engine->play(5, 5 + 0.08);
+    for (int pass = 2; pass < 6; ++pass) {
+        rig.complete();
+        rig.scheduler.advance(0.02);
+        EXPECT_EQ(rig.player().scheduleCount, pass);
+        EXPECT_EQ(rig.player().segment, EngineRig::frames(5, 5.08));
+    }
+}
+
+TEST(AudioEngineRepeat, EditsDuringThePauseAreHeardOnePassLater)
+{
+    EngineRig rig;
+    rig.state->delayMilliseconds = 500;
+    rig.playRegion();
+    rig.complete();
+    rig.state->start = 6;
+    rig.state->end = 7;
+    rig.state->delayMilliseconds = 0;
+    rig.state->loop = false;
+    rig.scheduler.advance(0.02);
+    EXPECT_EQ(rig.state->position, 4);
+    rig.scheduler.advance(0.499);
+    EXPECT_EQ(rig.player().scheduleCount, 1);
+    rig.scheduler.advance(0.001);
+    EXPECT_EQ(rig.player().segment, EngineRig::frames(2, 4));
+
+    rig.state->loop = true;
+    rig.complete();
+    rig.scheduler.advance(0.02);
+    EXPECT_EQ(rig.player().segment, EngineRig::frames(6, 7));
+}
+
+TEST(AudioEngineRepeat, WhatWaitsIsCalledOff)
+{
+    struct Case {
+        const char* by;
+        void (*action)(EngineRig&);
+        int expectedSchedules;
+    };
+    const Case cases[] = {
+        { "stop", [](EngineRig& rig) { rig.engine->stop(); }, 1 },
+        { "pause", [](EngineRig& rig) { rig.engine->pause(); }, 1 },
+        { "another segment", [](EngineRig& rig) { rig.engine->play(5, 6); }, 2 },
+        { "the end of the engine", [](EngineRig& rig) { rig.engine.reset(); }, 1 },
+    };
+    for (const Case& c : cases) {
+        for (const double waited : { 0.0, 0.01, 0.5 }) {
+            SCOPED_TRACE(testing::Message() << c.by << " after " << waited);
+            EngineRig rig;
+            rig.state->delaySeconds = 1;
+            rig.playRegion();
+            rig.complete();
+            rig.scheduler.advance(waited);
+            const double position = rig.state->position;
+            c.action(rig);
+            rig.scheduler.advance(3);
+            EXPECT_EQ(rig.player().scheduleCount, c.expectedSchedules);
+            EXPECT_EQ(rig.state->position, position);
+        }
+    }
+}
+
+TEST(AudioEngineRepeat, AnEndThatComesTooLateIsIgnored)
+{
+    EngineRig rig;
+    rig.playRegion();
+    const auto firstEnd = rig.player().completions.front();
+    rig.engine->play(5, 6);
+    firstEnd();
+    rig.scheduler.advance(1);
+    EXPECT_EQ(rig.player().segment, EngineRig::frames(5, 6));
+
+    const auto secondEnd = rig.player().completions.back();
+    rig.engine->stop();
+    secondEnd();
+    rig.scheduler.advance(1);
+    EXPECT_EQ(rig.player().scheduleCount, 2);
+
+    rig.playRegion();
+    const auto thirdEnd = rig.player().completions.back();
+    rig.state.reset();
+    thirdEnd();
+    rig.scheduler.advance(1);
+    EXPECT_EQ(rig.player().scheduleCount, 3);
+
+    rig.engine.reset();
+    thirdEnd();
+}
+
+TEST(AudioEngineRepeat, TellsTheGraphWhatFollowsWithoutAGap)
+{
+    struct Case {
+        const char* name;
+        void (*change)(PlainPlaybackState&);
+        std::optional<FrameRange> expected;
+    };
+    const Case cases[] = {
+        { "loop", [](PlainPlaybackState&) {}, EngineRig::frames(2, 4) },
+        { "moved region", [](PlainPlaybackState& state) { state.start = 3; }, EngineRig::frames(3, 4) },
+        { "empty region", [](PlainPlaybackState& state) { state.end = 2; }, std::nullopt },
+        { "region behind the file", [](PlainPlaybackState& state) { state.start = 10, state.end = 11; }, std::nullopt },
+        { "pause", [](PlainPlaybackState& state) { state.delayMilliseconds = 1; }, std::nullopt },
+        { "no loop", [](PlainPlaybackState& state) { state.loop = false; }, std::nullopt },
+        { "hold",
+          [](PlainPlaybackState& state) {
+              state.hold = true;
+              state.holdAt = 5;
+              state.loop = false;
+          },
+          EngineRig::frames(5, 5.08) },
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EngineRig before;
+        c.change(*before.state);
+        before.engine->play(1, 2);
+        EXPECT_EQ(before.player().hint, c.expected);
+
+        EngineRig meanwhile;
+        meanwhile.engine->play(1, 2);
+        c.change(*meanwhile.state);
+        meanwhile.engine->nextSegmentDidChange();
+        EXPECT_EQ(meanwhile.player().hint, c.expected);
+
+        // Behind the end it is settled what follows, and it may sound already.
+        EngineRig ended;
+        ended.engine->play(1, 2);
+        ended.complete();
+        c.change(*ended.state);
+        ended.engine->nextSegmentDidChange();
+        EXPECT_EQ(ended.player().hint, EngineRig::frames(2, 4));
+    }
+}
+
+}  // namespace
+}  // namespace quillet

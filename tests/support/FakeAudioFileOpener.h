@@ -1,0 +1,34 @@
+// Opens silent files that exist only here: those that a test has added under a path, and no others.
+// Threads: one.
+#pragma once
+
+#include "platform/media/AudioFile.h"
+#include "tests/support/MemoryAudioFile.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace quillet {
+
+class FakeAudioFileOpener final : public AudioFileOpener {
+public:
+    void add(const FilePath& path, int sampleRate, std::int64_t frames) { m_files[path] = { sampleRate, frames }; }
+
+    [[nodiscard]] std::expected<std::unique_ptr<AudioFile>, AudioFileError> open(const FilePath& path) override
+    {
+        const auto file = m_files.find(path);
+        if (file == m_files.end())
+            return std::unexpected(AudioFileError::notFound);
+        const auto [sampleRate, frames] = file->second;
+        return std::make_unique<MemoryAudioFile>(sampleRate, std::vector<float>(static_cast<std::size_t>(2 * frames)));
+    }
+
+private:
+    std::map<FilePath, std::pair<int, std::int64_t>> m_files;
+};
+
+}  // namespace quillet

@@ -1,0 +1,123 @@
+#include "tests/support/SignalAnalysis.h"
+
+#include "platform/base/Require.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <numbers>
+
+namespace quillet {
+namespace {
+
+constexpr std::int64_t windowFrames = 4096;
+
+/// The samples seen through a Hann window, turned back by `frequency` (cycles per frame): size and phase of that tone at the
+/// window's first frame.
+std::complex<double> tone(std::span<const float> samples, double frequency)
+{
+    const std::complex<double> step = std::polar(1.0, -2 * std::numbers::pi * frequency);
+    std::complex<double> turn = 1;
+    std::complex<double> sum = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double x = static_cast<double>(i) / static_cast<double>(samples.size());
+        sum += turn * (static_cast<double>(samples[i]) * (0.5 - 0.5 * std::cos(2 * std::numbers::pi * x)));
+        turn *= step;
+    }
+    return sum;
+}
+
+/// The strongest of a grid of frequencies half a bin apart, in cycles per frame.
+double strongestFrequency(std::span<const float> window, int sampleRate)
+{
+    const double step = 0.5 / static_cast<double>(window.size());
+    double best = 0;
+    double bestSize = -1;
+    for (double frequency = 40.0 / sampleRate; frequency <= 0.25; frequency += step) {
+        const double size = std::abs(tone(window, frequency));
+        if (size > bestSize) {
+            bestSize = size;
+            best = frequency;
+        }
+    }
+    return best;
+}
+
+}  // namespace
+
+std::vector<float> channelOf(std::span<const float> stereo, int channel)
+{
+    std::vector<float> samples;
+    samples.reserve(stereo.size() / 2);
+    for (std::size_t i = static_cast<std::size_t>(channel); i < stereo.size(); i += 2)
+        samples.push_back(stereo[i]);
+    return samples;
+}
+
+std::optional<std::int64_t> firstSound(std::span<const float> samples, float threshold, std::int64_t from)
+{
+    for (std::int64_t i = from; i < std::ssize(samples); ++i)
+        if (std::abs(samples[static_cast<std::size_t>(i)]) > threshold)
+            return i;
+    return std::nullopt;
+}
+
+std::vector<Gap> gaps(std::span<const float> samples, std::int64_t minimumFrames, float threshold)
+{
+    std::vector<Gap> found;
+    auto previous = firstSound(samples, threshold);
+    while (previous) {
+        const auto next = firstSound(samples, threshold, *previous + 1);
+        if (next && *next - *previous - 1 >= minimumFrames)
+            found.push_back({ *previous + 1, *next - *previous - 1 });
+        previous = next;
+    }
+    return found;
+}
+
+double rms(std::span<const float> samples)
+{
+    double sum = 0;
+    for (const float sample : samples)
+        sum += static_cast<double>(sample) * sample;
+    return samples.empty() ? 0 : std::sqrt(sum / static_cast<double>(samples.size()));
+}
+
+double toneFrequencyHz(std::span<const float> samples, int sampleRate)
+{
+    REQUIRE(std::ssize(samples) >= windowFrames);
+    const auto window = [&](std::int64_t first) { return samples.subspan(static_cast<std::size_t>(first), windowFrames); };
+    double frequency = strongestFrequency(window(0), sampleRate);
+    // How far the phase has turned between two windows tells the frequency, but for whole turns: the distance grows as the
+    // frequency becomes certain.
+    const std::int64_t farthest = std::ssize(samples) - windowFrames;
+    for (std::int64_t distance = std::min<std::int64_t>(windowFrames / 4, farthest); distance > 0;
+         distance = distance == farthest ? 0 : std::min(distance * 3, farthest)) {
+        const std::complex<double> turn = tone(window(distance), frequency) * std::conj(tone(window(0), frequency));
+        const double expected = 2 * std::numbers::pi * frequency * static_cast<double>(distance);
+        const double surplus = std::remainder(std::arg(turn) - expected, 2 * std::numbers::pi);
+        frequency += surplus / (2 * std::numbers::pi * static_cast<double>(distance));
+    }
+    return frequency * sampleRate;
+}
+
+double centsBetween(double frequencyHz, double referenceHz) { return 1200 * std::log2(frequencyHz / referenceHz); }
+
+Alignment findIn(std::span<const float> whole, std::span<const float> part)
+{
+    Alignment best;
+    const double partSize = rms(part);
+    for (std::size_t offset = 0; offset + part.size() <= whole.size(); ++offset) {
+        const auto candidate = whole.subspan(offset, part.size());
+        double sum = 0;
+        for (std::size_t i = 0; i < part.size(); ++i)
+            sum += static_cast<double>(candidate[i]) * part[i];
+        const double size = rms(candidate) * partSize * static_cast<double>(part.size());
+        const double correlation = size > 0 ? sum / size : 0;
+        if (correlation > best.correlation)
+            best = { static_cast<std::int64_t>(offset), correlation };
+    }
+    return best;
+}
+
+}  // namespace quillet

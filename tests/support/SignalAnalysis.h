@@ -1,0 +1,46 @@
+// Measures recorded or rendered sound: where it begins and pauses, its pitch and level, where it stands within other sound.
+// Written for tests, plainly rather than fast; it knows nothing of files and devices.
+// Threads: any. Samples are those of one channel; frames are counted from 0.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace quillet {
+
+/// One channel (0 left, 1 right) of interleaved stereo.
+std::vector<float> channelOf(std::span<const float> stereo, int channel);
+
+/// The first frame at or behind `from` that is louder than `threshold`.
+std::optional<std::int64_t> firstSound(std::span<const float> samples, float threshold = 0, std::int64_t from = 0);
+
+struct Gap {
+    std::int64_t firstFrame = 0;
+    std::int64_t frameCount = 0;
+    bool operator==(const Gap&) const = default;
+};
+
+/// Runs of at least `minimumFrames` frames that are nowhere louder than `threshold`, between the first and the last sound.
+std::vector<Gap> gaps(std::span<const float> samples, std::int64_t minimumFrames, float threshold = 0);
+
+/// Root mean square; 0 for nothing.
+double rms(std::span<const float> samples);
+
+/// Of the strongest steady tone, 40 Hz to a quarter of the sample rate. From half a second on it is true to a few thousandths
+/// of a cent, with noise 20 dB below the tone to a tenth; the whole span must be sound. Needs 4096 frames.
+double toneFrequencyHz(std::span<const float> samples, int sampleRate);
+
+double centsBetween(double frequencyHz, double referenceHz);
+
+struct Alignment {
+    std::int64_t offset = 0;
+    /// 1 where the sound is the same but for its level, 0 where it is unrelated.
+    double correlation = 0;
+};
+
+/// Where `part` fits best into `whole`: part[i] is whole[offset + i]. It costs part × (whole − part) multiplications.
+Alignment findIn(std::span<const float> whole, std::span<const float> part);
+
+}  // namespace quillet

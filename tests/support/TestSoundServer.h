@@ -1,0 +1,63 @@
+// A private PulseAudio server for one test: a sink that leads nowhere, and its monitor, which has everything that was played.
+// The process's environment points to it for as long as it lives, so that what the test starts plays there. It does not
+// depend on the user's own server, and runs as root.
+// Threads: main thread (it changes the environment; the server dies with the thread that made it).
+#pragma once
+
+#include "tests/support/TemporaryFolder.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace quillet {
+
+enum class NullSinkRewinds {
+    off,  // a stream is heard a few milliseconds after its callback
+    on    // PulseAudio's default: a fresh stream on the null sink may stall for a second or two
+};
+
+class TestSoundServer {
+public:
+    struct Options {
+        int sinkRate = 44100;
+        NullSinkRewinds rewinds = NullSinkRewinds::off;
+    };
+
+    /// Starts the server and waits until it answers; stops the program if it cannot (PulseAudio is not installed).
+    TestSoundServer();
+    explicit TestSoundServer(Options options);
+    /// Kills the server and puts the environment back.
+    ~TestSoundServer();
+    TestSoundServer(const TestSoundServer&) = delete;
+    TestSoundServer& operator=(const TestSoundServer&) = delete;
+
+    /// Ends the server without a word to its clients (SIGKILL).
+    void kill();
+    /// Starts it again under the same address, after `kill`.
+    void restart();
+    /// Halts the server with every connection open (SIGSTOP), and lets it go on.
+    void freeze();
+    void thaw();
+
+    [[nodiscard]] int sinkRate() const { return m_options.sinkRate; }
+    [[nodiscard]] std::string address() const { return "unix:" + (m_folder / "native").native(); }
+    static constexpr const char* sinkName = "test";
+    static constexpr const char* monitorName = "test.monitor";
+
+private:
+    void start();
+    [[nodiscard]] std::vector<std::string> arguments() const;
+    void setEnvironment(const char* name, const std::string& value);
+
+    const Options m_options;
+    const TemporaryFolder m_folder;
+    std::vector<std::pair<std::string, std::optional<std::string>>> m_previousEnvironment;
+    pid_t m_process = 0;
+};
+
+}  // namespace quillet
