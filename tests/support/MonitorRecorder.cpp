@@ -3,7 +3,8 @@
 #include "tests/support/SignalAnalysis.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
+#include <memory>
 
 #include <pulse/simple.h>
 
@@ -23,8 +24,8 @@ MonitorRecorder::MonitorRecorder(const TestSoundServer& server)
     const auto fragmentBytes = static_cast<std::uint32_t>(pa_usec_to_bytes(5'000, &format));
     constexpr auto unset = static_cast<std::uint32_t>(-1);
     const pa_buffer_attr buffer{ unset, unset, unset, unset, fragmentBytes };
-    pa_simple* const stream = pa_simple_new(server.address().c_str(), "quillet test", PA_STREAM_RECORD, TestSoundServer::monitorName,
-                                            "monitor", &format, nullptr, &buffer, nullptr);
+    pa_simple* const stream = pa_simple_new(server.address().c_str(), "quillet test", PA_STREAM_RECORD,
+                                            TestSoundServer::monitorName, "monitor", &format, nullptr, &buffer, nullptr);
     REQUIRE(stream != nullptr);
     m_thread = std::jthread([this, stream](const std::stop_token& stop) { run(stop, stream); });
     std::unique_lock lock(m_mutex);
@@ -41,8 +42,8 @@ void MonitorRecorder::run(const std::stop_token& stop, void* opened)
         const bool read = pa_simple_read(stream.get(), fragment.data(), fragment.size() * sizeof(float), nullptr) >= 0;
         const std::scoped_lock lock(m_mutex);
         if (read) {
-            m_stereo.insert(m_stereo.end(), fragment.begin(), fragment.end());
             m_fragments.push_back({ std::ssize(m_stereo) / 2, Clock::now() });
+            m_stereo.insert(m_stereo.end(), fragment.begin(), fragment.end());
         }
         m_ended = !read;
         m_arrived.notify_all();
@@ -66,24 +67,17 @@ std::int64_t MonitorRecorder::frameCount() const
 MonitorRecorder::Clock::time_point MonitorRecorder::timeOf(std::int64_t frame) const
 {
     const std::scoped_lock lock(m_mutex);
-    const auto fragment = std::ranges::upper_bound(m_fragments, frame, {}, &Fragment::endFrame);
-    REQUIRE(fragment != m_fragments.end());
-    const std::chrono::duration<double> behind(static_cast<double>(fragment->endFrame - frame) / m_sampleRate);
-    return fragment->arrival - std::chrono::duration_cast<Clock::duration>(behind);
+    REQUIRE(frame >= 0 && frame < std::ssize(m_stereo) / 2);
+    const auto fragment = std::prev(std::ranges::upper_bound(m_fragments, frame, {}, &Fragment::firstFrame));
+    const std::chrono::duration<double> behind(static_cast<double>(frame - fragment->firstFrame) / m_sampleRate);
+    return fragment->arrival + std::chrono::duration_cast<Clock::duration>(behind);
 }
 
 std::int64_t MonitorRecorder::frameAt(Clock::time_point time) const
 {
-    std::int64_t first = 0;
-    std::int64_t last = frameCount();
-    while (first < last) {
-        const std::int64_t middle = first + (last - first) / 2;
-        if (timeOf(middle) < time)
-            first = middle + 1;
-        else
-            last = middle;
-    }
-    return first;
+    const std::scoped_lock lock(m_mutex);
+    const auto fragment = std::ranges::lower_bound(m_fragments, time, {}, &Fragment::arrival);
+    return fragment == m_fragments.end() ? std::ssize(m_stereo) / 2 : fragment->firstFrame;
 }
 
 bool MonitorRecorder::hasEnded() const

@@ -1,5 +1,6 @@
-// Records everything that the test sound server's sink plays, silence included, and when. The recording begins when the
-// constructor returns and ends with the recorder or the server; it is bit-exact, as sink and recording have one format.
+// Records everything that the test sound server's sink plays, silence included, and when. The recording has begun when the
+// constructor returns and ends with the recorder or the server. It is bit-exact, as sink and recording have one format; only
+// where the sink rewinds, the first few milliseconds of a stream may be missing.
 // Threads: main thread; a thread of its own reads from the server.
 #pragma once
 
@@ -27,22 +28,24 @@ public:
     /// Everything so far, left, right, left, ….
     [[nodiscard]] std::vector<float> stereo() const;
     [[nodiscard]] std::int64_t frameCount() const;
-    /// When the frame was played: the arrival of the fragment that brought it, less what lay behind the frame in that fragment.
-    /// Fragments are about 5 ms long and arrive late, never early, by what the machine's load makes of it.
+    /// When the frame was played: the arrival of the fragment that brought it, plus what lies before the frame in that
+    /// fragment. The sink renders fragments of about 5 ms when their time has come, so this is never too early, and too late by
+    /// what the machine's load makes of it (a few milliseconds).
     [[nodiscard]] Clock::time_point timeOf(std::int64_t frame) const;
-    /// The first frame that was played at or after `time`; frameCount() if none was yet.
+    /// The first frame of the first fragment that arrived at or after `time`; frameCount() if none has yet.
     [[nodiscard]] std::int64_t frameAt(Clock::time_point time) const;
     /// Whether the server has gone.
     [[nodiscard]] bool hasEnded() const;
 
-    /// Waits until that many frames more are recorded. False if the server ended, or ten seconds longer passed than it should take.
+    /// Waits until that many frames more are recorded. False if the server ended, or ten seconds longer passed than it should
+    /// take.
     bool record(std::int64_t frames);
     /// Waits for a frame at or behind `from` in which either channel is louder than `threshold`.
     std::optional<std::int64_t> waitForSound(std::int64_t from, Clock::duration limit, float threshold = 0);
 
 private:
     struct Fragment {
-        std::int64_t endFrame;
+        std::int64_t firstFrame;
         Clock::time_point arrival;
     };
 

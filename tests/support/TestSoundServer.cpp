@@ -1,19 +1,17 @@
 #include "tests/support/TestSoundServer.h"
 
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <memory>
+#include <string_view>
 
-#include <fcntl.h>
 #include <poll.h>
 #include <pulse/context.h>
-#include <pulse/error.h>
 #include <pulse/mainloop.h>
 #include <sys/prctl.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -83,8 +81,17 @@ std::vector<std::string> TestSoundServer::arguments() const
 {
     const std::string sink = "module-null-sink sink_name=" + std::string(sinkName) + " format=float32le rate="
         + std::to_string(m_options.sinkRate) + (m_options.rewinds == NullSinkRewinds::off ? " norewinds=1" : "");
-    return { "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--high-priority=no",
-             "--realtime=no", "--log-target=file:" + (m_folder / "log").native(), "-L", sink, "-L",
+    return { "pulseaudio",
+             "-n",
+             "--daemonize=no",
+             "--exit-idle-time=-1",
+             "--use-pid-file=no",
+             "--high-priority=no",
+             "--realtime=no",
+             "--log-target=file:" + (m_folder / "log").native(),
+             "-L",
+             sink,
+             "-L",
              "module-native-protocol-unix auth-anonymous=1 socket=" + (m_folder / "native").native() };
 }
 
@@ -101,7 +108,7 @@ void TestSoundServer::start()
     const std::string home = "HOME=" + m_folder.path().native();
     std::vector<char*> environment{ const_cast<char*>(home.c_str()) };
     for (char** entry = environ; *entry != nullptr; ++entry)
-        if (std::string_view(*entry).substr(0, 5) != "HOME=" && std::string_view(*entry).substr(0, 13) != "PULSE_SERVER=")
+        if (!std::string_view(*entry).starts_with("HOME=") && !std::string_view(*entry).starts_with("PULSE_SERVER="))
             environment.push_back(*entry);
     environment.push_back(nullptr);
 
@@ -130,15 +137,5 @@ void TestSoundServer::kill()
 }
 
 void TestSoundServer::restart() { start(); }
-
-void TestSoundServer::freeze()
-{
-    REQUIRE(m_process != 0 && ::kill(m_process, SIGSTOP) == 0);
-}
-
-void TestSoundServer::thaw()
-{
-    REQUIRE(m_process != 0 && ::kill(m_process, SIGCONT) == 0);
-}
 
 }  // namespace quillet

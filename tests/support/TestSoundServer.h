@@ -6,7 +6,6 @@
 
 #include "tests/support/TemporaryFolder.h"
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -18,7 +17,7 @@ namespace quillet {
 
 enum class NullSinkRewinds {
     off,  // a stream is heard a few milliseconds after its callback
-    on    // PulseAudio's default: a fresh stream on the null sink may stall for a second or two
+    on  // PulseAudio's default: a fresh stream on the null sink may stall for a second or two
 };
 
 class TestSoundServer {
@@ -40,9 +39,6 @@ public:
     void kill();
     /// Starts it again under the same address, after `kill`.
     void restart();
-    /// Halts the server with every connection open (SIGSTOP), and lets it go on.
-    void freeze();
-    void thaw();
 
     [[nodiscard]] int sinkRate() const { return m_options.sinkRate; }
     [[nodiscard]] std::string address() const { return "unix:" + (m_folder / "native").native(); }
