@@ -1,8 +1,10 @@
 #include "platform/audio/CubebOutputDevice.h"
 
+#include "platform/base/ThreadPriority.h"
+
 #include <cubeb/cubeb.h>
 
-#include <algorithm>
+#include <utility>
 
 namespace quillet {
 namespace {
@@ -29,6 +31,7 @@ struct CubebOutputDevice::Stream {
     OutputCallback* callback = nullptr;
     WakeSemaphore* died = nullptr;
     std::atomic<bool> alive{true};
+    bool priorityRaised = false;
     std::atomic<std::int64_t> framesHandedOver{0};
     std::unique_ptr<cubeb, ContextDeleter> context;
     std::unique_ptr<cubeb_stream, StreamDeleter> stream;
@@ -36,6 +39,8 @@ struct CubebOutputDevice::Stream {
     static long provide(cubeb_stream*, void* user, const void*, void* output, long frames) noexcept
     {
         auto* self = static_cast<Stream*>(user);
+        if (!std::exchange(self->priorityRaised, true))
+            raiseThreadPriority();
         self->callback->render({static_cast<float*>(output), static_cast<std::size_t>(2 * frames)});
         self->framesHandedOver.fetch_add(frames, std::memory_order_relaxed);
         return frames;

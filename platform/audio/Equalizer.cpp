@@ -47,9 +47,11 @@ void Equalizer::takeSampleRate() QUILLET_REALTIME
     const double wanted = m_wantedSampleRate.load(std::memory_order_relaxed);
     if (wanted == m_sampleRate)
         return;
+    // Before the first sound there is nothing to glide from.
+    const bool first = m_sampleRate == 0;
     m_sampleRate = wanted;
     for (std::size_t i = 0; i < m_bells.size(); ++i) {
-        const double gainDb = m_bells[i].gainDb;
+        const double gainDb = first ? m_targetDb[i].load(std::memory_order_relaxed) : m_bells[i].gainDb;
         m_bells[i] = Bell{};
         m_bells[i].band = EqualizerBand(EqualizerNode::frequenciesHz[i], m_sampleRate);
         m_bells[i].setGain(gainDb);

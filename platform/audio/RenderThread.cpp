@@ -1,5 +1,7 @@
 #include "platform/audio/RenderThread.h"
 
+#include "platform/base/ThreadPriority.h"
+
 #include <utility>
 
 namespace quillet {
@@ -39,6 +41,7 @@ void RenderThread::prepare(int sampleRate)
 
 void RenderThread::run(const std::stop_token& stopped)
 {
+    raiseThreadPriority();
     while (!stopped.stop_requested()) {
         takeOrders();
         const bool more = m_renderer.step();

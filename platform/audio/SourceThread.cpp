@@ -2,6 +2,7 @@
 
 #include "platform/audio/Ramp.h"
 #include "platform/base/Require.h"
+#include "platform/base/ThreadPriority.h"
 
 #include <algorithm>
 #include <utility>
@@ -45,6 +46,7 @@ void SourceThread::play(std::shared_ptr<Take> take)
 
 void SourceThread::run(const std::stop_token& stopped)
 {
+    raiseThreadPriority();
     while (!stopped.stop_requested()) {
         std::shared_ptr<Take> pending;
         bool hasPending = false;
