@@ -124,12 +124,11 @@ auto SqliteConnection::openDatabase(const char* name) -> Result<void>
 
 auto SqliteConnection::prepareDatabase() -> Result<void>
 {
-    constexpr const char* setUp = "PRAGMA journal_mode = WAL;"
-                                  "PRAGMA synchronous = NORMAL;"
-                                  "CREATE TABLE IF NOT EXISTS defaults (key BLOB PRIMARY KEY, type INTEGER NOT NULL, value);";
-    if (const int code = sqlite3_exec(m_database.get(), setUp, nullptr, nullptr, nullptr); code != SQLITE_OK)
-        return error(code);
-
+    // The file becomes ours only once its tables are known to fit.
+    if (const auto created =
+            execute("CREATE TABLE IF NOT EXISTS defaults (key BLOB PRIMARY KEY, type INTEGER NOT NULL, value)");
+        !created)
+        return created;
     const std::pair<Statement*, std::string_view> statements[] = {
         { &m_read, "SELECT type, value FROM defaults WHERE key = ?1" },
         { &m_write,
@@ -144,6 +143,13 @@ auto SqliteConnection::prepareDatabase() -> Result<void>
             return std::unexpected(prepared.error());
         *statement = std::move(*prepared);
     }
+    return execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
+}
+
+auto SqliteConnection::execute(const char* text) -> Result<void>
+{
+    if (const int code = sqlite3_exec(m_database.get(), text, nullptr, nullptr, nullptr); code != SQLITE_OK)
+        return error(code);
     return {};
 }
 

@@ -56,6 +56,7 @@ private:
     SqliteConnection() = default;
     Result<void> openDatabase(const char* name);
     Result<void> prepareDatabase();
+    Result<void> execute(const char* text);
     Result<Statement> prepare(std::string_view text);
     Result<void> finish(sqlite3_stmt* statement);
     [[nodiscard]] std::unexpected<DatabaseError> error(int code);

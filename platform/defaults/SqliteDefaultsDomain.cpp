@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <ctime>
 #include <string>
@@ -17,7 +18,7 @@
 namespace quillet {
 namespace {
 
-/// Keeps other processes from replacing a file of the directory at the same time.
+/// Held by one process at a time for each directory.
 class DirectoryLock {
 public:
     explicit DirectoryLock(const FilePath& directory)
@@ -74,31 +75,22 @@ FilePath SqliteDefaultsDomain::standardFile() { return configDirectory() / "defa
 
 SqliteDefaultsDomain::SqliteDefaultsDomain(FilePath file)
     : m_file(std::move(file)),
-      m_connection(open())
+      m_connection(open(Suspicion::none))
 {
 }
 
 SqliteDefaultsDomain::~SqliteDefaultsDomain() = default;
 
-std::unique_ptr<SqliteConnection> SqliteDefaultsDomain::open() const
+std::unique_ptr<SqliteConnection> SqliteDefaultsDomain::open(Suspicion suspicion) const
 {
     if (!createPrivateDirectory(m_file.parent_path()))
         return SqliteConnection::openInMemory();
-    auto connection = SqliteConnection::open(m_file);
-    if (connection)
-        return std::move(*connection);
-    return connection.error() == DatabaseError::damaged ? replaceDamaged() : SqliteConnection::openInMemory();
-}
-
-std::unique_ptr<SqliteConnection> SqliteDefaultsDomain::replaceDamaged() const
-{
+    // One process at a time sets the file up, and none moves aside what another has just replaced.
     const DirectoryLock lock(m_file.parent_path());
-    // Another process may have seen the same and replaced the file already.
     auto connection = SqliteConnection::open(m_file);
-    if (connection && (*connection)->isSound())
-        return std::move(*connection);
-    connection = std::unexpected(DatabaseError::damaged);
-    if (moveAside(m_file))
+    if (connection && suspicion == Suspicion::damage && !(*connection)->isSound())
+        connection = std::unexpected(DatabaseError::damaged);
+    if (!connection && connection.error() == DatabaseError::damaged && moveAside(m_file))
         connection = SqliteConnection::open(m_file);
     return connection ? std::move(*connection) : SqliteConnection::openInMemory();
 }
@@ -110,7 +102,7 @@ template <typename Operation> auto SqliteDefaultsDomain::perform(Operation opera
     auto result = operation(*m_connection);
     if (!result && result.error() == DatabaseError::damaged) {
         m_connection.reset();
-        m_connection = replaceDamaged();
+        m_connection = open(Suspicion::damage);
         result = operation(*m_connection);
     }
     return result;

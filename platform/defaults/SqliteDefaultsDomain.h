@@ -31,8 +31,9 @@ protected:
     void write(std::string_view key, const DefaultsValue& value) override;
 
 private:
-    [[nodiscard]] std::unique_ptr<SqliteConnection> open() const;
-    [[nodiscard]] std::unique_ptr<SqliteConnection> replaceDamaged() const;
+    enum class Suspicion { none, damage };
+
+    [[nodiscard]] std::unique_ptr<SqliteConnection> open(Suspicion suspicion) const;
     template <typename Operation> auto perform(Operation operation) const;
 
     const FilePath m_file;
