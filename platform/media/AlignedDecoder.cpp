@@ -26,15 +26,15 @@ std::expected<AlignedDecoder, AudioFileError> AlignedDecoder::open(const FilePat
     if (sampleRate <= 0 || channelCount <= 0)
         return std::unexpected(AudioFileError::unreadable);
 
-    const std::int64_t blockStep = entryRecipe(source.codec(), sampleRate, 0).blockStep;
-    const StreamClock clock{ source.timeBase().num, source.timeBase().den, sampleRate, source.isBareStream(), blockStep };
-    const std::int64_t firstFrames = source.frame().nb_samples;
-    const bool oneIsEnough = clock.isExact() && entryRecipe(source.codec(), sampleRate, 0).lookahead == 1
-        && source.codec() != AV_CODEC_ID_AAC && source.frameTicks();
-    std::vector<StampedBlock> start{ { source.frameTicks(), firstFrames } };
-    while (!oneIsEnough && start.size() < blocksToStudy && source.decode())
+    const EntryRecipe preliminary = entryRecipe(source.codec(), sampleRate, 0);
+    const StreamClock clock{ source.timeBase().num, source.timeBase().den, sampleRate, source.isBareStream(),
+                             preliminary.blockStep };
+    const bool stampsAreSure = clock.isExact() && preliminary.lookahead == 1 && source.frameTicks();
+    std::vector<StampedBlock> start{ { source.frameTicks(), source.frame().nb_samples } };
+    while (start.size() < (stampsAreSure ? 2 : blocksToStudy) && source.decode())
         start.push_back({ source.frameTicks(), source.frame().nb_samples });
-    const EntryRecipe recipe = entryRecipe(source.codec(), sampleRate, start[start.size() > 1 ? 1 : 0].frames);
+    const EntryRecipe recipe =
+        entryRecipe(source.codec(), sampleRate, start[std::min<std::size_t>(start.size() - 1, 1)].frames);
     AlignedDecoder decoder(std::move(*track), sampleRate, channelCount, recipe, StampScale(clock, start));
     decoder.enter(0);
     return decoder;

@@ -5,12 +5,19 @@ namespace {
 
 bool isPcm(AVCodecID codec) { return codec >= AV_CODEC_ID_FIRST_AUDIO && codec < AV_CODEC_ID_ADPCM_IMA_QT; }
 
+bool isAdpcm(AVCodecID codec) { return codec >= AV_CODEC_ID_ADPCM_IMA_QT && codec < AV_CODEC_ID_AMR_NB; }
+
+/// Decode from the start: containers find the place in such streams by a byte rate from the header, which is rounded or wrong.
+constexpr std::int64_t everythingBefore = std::int64_t{ 1 } << 60;
+
 }  // namespace
 
 EntryRecipe entryRecipe(AVCodecID codec, int sampleRate, std::int64_t blockFrames)
 {
     if (isPcm(codec))
         return { 0, 1 };
+    if (isAdpcm(codec))
+        return { everythingBefore, 1 };
     switch (codec) {
     // Every packet stands for itself.
     case AV_CODEC_ID_FLAC:
@@ -22,7 +29,8 @@ EntryRecipe entryRecipe(AVCodecID codec, int sampleRate, std::int64_t blockFrame
     case AV_CODEC_ID_MP1:
     case AV_CODEC_ID_MP2:
     case AV_CODEC_ID_MP3:
-        return { 11'520, 1 };
+        // The short frames of low sample rates come at bit rates that leave a few bytes in each.
+        return { blockFrames == 576 ? 64 * 576 : 10 * 1152, 1 };
     case AV_CODEC_ID_AAC:
         // Longer blocks mean spectral band replication, whose envelopes and filters remember more.
         return blockFrames == 1024 ? EntryRecipe{ 2048, 1 } : EntryRecipe{ sampleRate, 1 };

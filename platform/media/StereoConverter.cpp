@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -9,6 +10,9 @@ extern "C" {
 
 namespace quillet {
 namespace {
+
+/// 36 dB above full scale: no recording, but what damaged files of floats hold (and what is not a number is not below it).
+constexpr float loudestSample = 64.0F;
 
 /// One or two channels are taken as they come: left and right whatever their names are.
 void inputLayout(const AVChannelLayout& layout, AVChannelLayout& input)
@@ -83,6 +87,10 @@ std::vector<float> StereoConverter::convert(const AVFrame& frame)
     if (mono)
         for (std::size_t i = 0; i < frames; ++i)
             stereo[2 * i] = stereo[2 * i + 1] = stereo[frames + i];
+    // One damaged float would ring in the filters behind for ever.
+    for (float& sample : stereo)
+        if (!(std::abs(sample) <= loudestSample))
+            sample = 0.0F;
     return stereo;
 }
 

@@ -16,7 +16,8 @@ public:
     StereoConverter(const StereoConverter&) = delete;
     StereoConverter& operator=(const StereoConverter&) = delete;
 
-    /// As many frames as `frame` has; silence if its channels cannot be mixed.
+    /// As many frames as `frame` has; silence if its channels cannot be mixed. Samples that are no numbers, or absurd, become
+    /// 0.
     [[nodiscard]] std::vector<float> convert(const AVFrame& frame);
 
 private:
