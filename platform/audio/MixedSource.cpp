@@ -20,51 +20,90 @@ MixedSource::MixedSource(std::function<void()> consumed)
 void MixedSource::begin(std::shared_ptr<Take> take)
 {
     m_take = std::move(take);
-    m_mixed = 0;
+    m_fetched = 0;
     m_end.reset();
     m_passEnds.clear();
     if (m_take == nullptr)
         return;
     const auto capacity = std::bit_ceil(static_cast<std::uint64_t>(m_take->sampleRate / 2));
-    m_history.resize(2 * capacity);
+    m_width = static_cast<std::size_t>(m_take->ring.width());
+    m_history.resize(m_width * capacity);
     m_mask = static_cast<std::int64_t>(capacity) - 1;
-    m_wide.resize(static_cast<std::size_t>(blockFrames * m_take->ring.width()));
-    m_gains.resize(m_take->sources.size());
-    for (std::size_t source = 0; source < m_gains.size(); ++source)
-        m_gains[source] = targetGain(source);
 }
 
 std::int64_t MixedSource::fetch(std::int64_t frame)
 {
     bool taken = false;
-    while (m_mixed < frame) {
+    while (m_fetched < frame) {
         // Read before the ends: an end is pushed before the frames around it, so none is overlooked.
         const std::int64_t available = m_take->ring.available();
         takeEnds();
-        std::int64_t count = std::min({frame - m_mixed, available, blockFrames});
+        std::int64_t count = std::min({frame - m_fetched, available, blockFrames});
         if (m_end)
-            count = std::min(count, *m_end - m_mixed);
+            count = std::min(count, *m_end - m_fetched);
         if (count <= 0)
             break;
-        const auto wide = std::span(m_wide).first(static_cast<std::size_t>(count * m_take->ring.width()));
-        m_take->ring.read(wide);
-        mix(wide, count);
+        count = std::min(count, m_mask + 1 - (m_fetched & m_mask));
+        m_take->ring.read(std::span(m_history).subspan(static_cast<std::size_t>(m_fetched & m_mask) * m_width,
+                                                       static_cast<std::size_t>(count) * m_width));
+        m_fetched += count;
         taken = true;
     }
     if (taken)
         m_consumed();
-    return m_mixed;
+    return m_fetched;
 }
 
-void MixedSource::copy(std::int64_t first, std::span<float> stereo) const
+bool MixedSource::knows(std::int64_t frame) const
 {
-    const std::int64_t count = static_cast<std::int64_t>(stereo.size()) / 2;
-    for (std::int64_t i = 0; i < count; ++i) {
-        const std::int64_t frame = first + i;
-        const bool known = frame >= 0 && frame < m_mixed && frame >= m_mixed - (m_mask + 1);
-        for (std::int64_t channel = 0; channel < 2; ++channel)
-            stereo[static_cast<std::size_t>(2 * i + channel)]
-                = known ? m_history[static_cast<std::size_t>(2 * (frame & m_mask) + channel)] : 0.0F;
+    return frame >= 0 && frame < m_fetched && frame >= m_fetched - (m_mask + 1);
+}
+
+const float* MixedSource::frameAt(std::int64_t frame) const
+{
+    return m_history.data() + static_cast<std::size_t>(frame & m_mask) * m_width;
+}
+
+void MixedSource::readGains(Gains& gains) const
+{
+    gains.clear();
+    for (const TakeSource& source : m_take->sources) {
+        float gain = 1;
+        for (const auto& stage : source.gains)
+            gain *= stage->factor.load(std::memory_order_relaxed);
+        gains.push_back(gain);
+    }
+}
+
+void MixedSource::mixGliding(std::int64_t first, std::span<float> stereo, Gains& gains) const
+{
+    readGains(m_targets);
+    if (gains == m_targets) {
+        mixSteady(first, stereo, gains);
+        return;
+    }
+    const auto step = static_cast<float>(1 / (gainGlideSeconds * m_take->sampleRate));
+    for (std::size_t i = 0; i < stereo.size(); i += 2) {
+        for (std::size_t source = 0; source < gains.size(); ++source) {
+            const float target = m_targets[source];
+            gains[source] = gains[source] < target ? std::min(target, gains[source] + step) : std::max(target, gains[source] - step);
+        }
+        mixSteady(first + static_cast<std::int64_t>(i / 2), stereo.subspan(i, 2), gains);
+    }
+}
+
+void MixedSource::mixSteady(std::int64_t first, std::span<float> stereo, const Gains& gains) const
+{
+    std::ranges::fill(stereo, 0.0F);
+    for (std::size_t i = 0; i < stereo.size(); i += 2) {
+        const std::int64_t frame = first + static_cast<std::int64_t>(i / 2);
+        if (!knows(frame))
+            continue;
+        const float* in = frameAt(frame);
+        for (std::size_t source = 0; source < gains.size(); ++source) {
+            stereo[i] += in[2 * source] * gains[source];
+            stereo[i + 1] += in[2 * source + 1] * gains[source];
+        }
     }
 }
 
@@ -97,38 +136,6 @@ void MixedSource::takeEnds()
         else if (!m_end)
             m_passEnds.push_back(*end);
     }
-}
-
-float MixedSource::targetGain(std::size_t source) const
-{
-    float gain = 1;
-    for (const auto& stage : m_take->sources[source].gains)
-        gain *= stage->factor.load(std::memory_order_relaxed);
-    return gain;
-}
-
-/// Adds the sources up, their gains gliding to where the mixers are.
-void MixedSource::mix(std::span<const float> wide, std::int64_t count)
-{
-    const float step = static_cast<float>(1 / (gainGlideSeconds * m_take->sampleRate));
-    const std::size_t width = 2 * m_gains.size();
-    for (std::int64_t i = 0; i < count; ++i) {
-        float* out = m_history.data() + 2 * ((m_mixed + i) & m_mask);
-        out[0] = out[1] = 0;
-    }
-    for (std::size_t source = 0; source < m_gains.size(); ++source) {
-        const float target = targetGain(source);
-        for (std::int64_t i = 0; i < count; ++i) {
-            float& gain = m_gains[source];
-            if (gain != target)
-                gain = gain < target ? std::min(target, gain + step) : std::max(target, gain - step);
-            const float* in = wide.data() + static_cast<std::size_t>(i) * width + 2 * source;
-            float* out = m_history.data() + 2 * ((m_mixed + i) & m_mask);
-            out[0] += in[0] * gain;
-            out[1] += in[1] * gain;
-        }
-    }
-    m_mixed += count;
 }
 
 }  // namespace quillet

@@ -1,5 +1,6 @@
 // The take as one stereo stream: the sum of its files, each through its mixers' gains, addressed by frames since the take's start.
-// It remembers the last half second, so that the renderer can look back when it changes over between stretching and not.
+// It remembers the files' last half second apart from each other, so that the renderer can look back when it changes over between
+// stretching and not, or when a gain has changed and must not wait for what the stretcher has swallowed already.
 // Threads: the render thread.
 #pragma once
 
@@ -25,8 +26,15 @@ public:
 
     /// Has frames up to `frame` ready if the source delivered them; returns the position behind the last frame that is.
     std::int64_t fetch(std::int64_t frame);
-    /// Copies frames from `first` on: silence before the take and behind its end, else what was fetched within the last half second.
-    void copy(std::int64_t first, std::span<float> stereo) const;
+    /// One gain for each file.
+    using Gains = std::vector<float>;
+    /// Where the mixers are now.
+    void readGains(Gains& gains) const;
+    /// The sum of the files from frame `first` on: silence before the take and behind its end, else what was fetched within the last half
+    /// second. `gains` move on to where the mixers are now over a few milliseconds.
+    void mixGliding(std::int64_t first, std::span<float> stereo, Gains& gains) const;
+    /// The same with gains that stay.
+    void mixSteady(std::int64_t first, std::span<float> stereo, const Gains& gains) const;
 
     /// Where the take ends, once that is decided; at least 5 ms ahead of the last frame delivered.
     [[nodiscard]] std::optional<std::int64_t> end() const { return m_end; }
@@ -38,16 +46,16 @@ public:
 
 private:
     void takeEnds();
-    void mix(std::span<const float> wide, std::int64_t count);
-    float targetGain(std::size_t source) const;
+    [[nodiscard]] bool knows(std::int64_t frame) const;
+    [[nodiscard]] const float* frameAt(std::int64_t frame) const;
 
     std::function<void()> m_consumed;
     std::shared_ptr<Take> m_take;
     std::vector<float> m_history;
     std::int64_t m_mask = 0;
-    std::int64_t m_mixed = 0;
-    std::vector<float> m_wide;
-    std::vector<float> m_gains;
+    std::int64_t m_fetched = 0;
+    std::size_t m_width = 0;
+    mutable Gains m_targets;
     std::vector<PassEnd> m_passEnds;
     std::optional<std::int64_t> m_end;
 };

@@ -41,7 +41,7 @@ void RenderThread::prepare(int sampleRate)
 
 void RenderThread::run(const std::stop_token& stopped)
 {
-    raiseThreadPriority();
+    m_renderer.setPriority(raiseThreadPriority());
     while (!stopped.stop_requested()) {
         takeOrders();
         const bool more = m_renderer.step();

@@ -18,6 +18,7 @@ constexpr std::int64_t framesBetweenMarks = 1024;
 // All of these at 44.1 kHz.
 constexpr double fillAtNormalSpeed = 2048;
 constexpr double fillAtHighSpeed = 8192;
+constexpr double fillAtHighSpeedInRealtime = 3072;
 constexpr double cautionAfterUnderrun = 44100 * 30;
 constexpr double dryStartFrames = 512;
 constexpr double wetStartFrames = 1024;
@@ -25,6 +26,7 @@ constexpr double fadeInFrames = 88;
 constexpr double fadeOutFrames = 132;
 constexpr double blendToWetFrames = 256;
 constexpr double blendToDryFrames = 882;
+constexpr double blendRenewedFrames = 384;
 
 constexpr double highSpeed = 1.5;
 
@@ -49,6 +51,8 @@ void Renderer::begin(std::shared_ptr<Take> take)
     m_position = 0;
     m_rendered = 0;
     m_mode = wantsStretcher() ? Mode::wet : Mode::dry;
+    if (m_source.take() != nullptr)
+        m_source.readGains(m_dryGains);
 }
 
 bool Renderer::wantsStretcher() const
@@ -68,10 +72,11 @@ std::int64_t Renderer::fillTarget()
         m_seenUnderruns = m_output.underruns();
         m_cautiousFrames = scaled(cautionAfterUnderrun);
     }
-    if (m_cautiousFrames > 0 || m_slope >= highSpeed)
+    if (m_cautiousFrames > 0)
         return scaled(fillAtHighSpeed);
+    const double highest = m_priority == ThreadPriority::realtime ? fillAtHighSpeedInRealtime : fillAtHighSpeed;
     const double excess = std::clamp((m_slope - 1) / (highSpeed - 1), 0.0, 1.0);
-    return scaled(fillAtNormalSpeed + excess * (fillAtHighSpeed - fillAtNormalSpeed));
+    return scaled(fillAtNormalSpeed + excess * (highest - fillAtNormalSpeed));
 }
 
 bool Renderer::step()
@@ -113,16 +118,15 @@ void Renderer::followSettings()
     m_source.obeyClosing(static_cast<std::int64_t>(m_position + static_cast<double>(scaled(fadeOutFrames)) * m_slope));
     const bool stretching = wantsStretcher();
     if (m_mode == Mode::dry && stretching) {
-        m_dryPosition = std::llround(m_position);
+        beginBlend(Mode::toWet, blendToWetFrames);
         startStretcher(m_dryPosition);
-        m_mode = Mode::toWet;
-        m_blendAt = 0;
-        m_blendFrames = scaled(blendToWetFrames);
     } else if (m_mode == Mode::wet && !stretching) {
-        m_dryPosition = std::llround(m_position);
-        m_mode = Mode::toDry;
-        m_blendAt = 0;
-        m_blendFrames = scaled(blendToDryFrames);
+        beginBlend(Mode::toDry, blendToDryFrames);
+        m_dryGains = m_wetGains;
+    } else if (m_mode == Mode::wet) {
+        m_source.readGains(m_gainsNow);
+        if (m_gainsNow != m_wetGains)
+            renewStretcher();
     }
     if (m_mode == Mode::dry) {
         m_slope = 1;
@@ -131,6 +135,27 @@ void Renderer::followSettings()
     m_slope = m_rate.load(std::memory_order_relaxed);
     m_stretcher->setRate(m_slope);
     m_stretcher->setPitch(m_pitchCents.load(std::memory_order_relaxed));
+}
+
+void Renderer::beginBlend(Mode mode, double framesAt44100)
+{
+    m_mode = mode;
+    m_dryPosition = std::llround(m_position);
+    m_blendAt = 0;
+    m_blendFrames = scaled(framesAt44100);
+}
+
+/// A gain has changed: starts another stretcher at the present place, since this one holds a long stretch of sound with the old
+/// gains (at slow speeds, seconds of it), and crosses over.
+void Renderer::renewStretcher()
+{
+    const double position = m_position;
+    m_tail.resize(static_cast<std::size_t>(2 * scaled(blendRenewedFrames)));
+    const std::int64_t count = renderWet(m_tail);
+    std::fill(m_tail.begin() + 2 * count, m_tail.end(), 0.0F);
+    m_position = std::round(position);
+    beginBlend(Mode::renewing, blendRenewedFrames);
+    startStretcher(m_dryPosition);
 }
 
 void Renderer::prepareSpare(int sampleRate)
@@ -166,11 +191,12 @@ void Renderer::startStretcher(std::int64_t position)
     m_stretcher->setRate(m_rate.load(std::memory_order_relaxed));
     m_stretcher->setPitch(m_pitchCents.load(std::memory_order_relaxed));
     m_drop = m_stretcher->startDelay();
+    m_source.readGains(m_wetGains);
     const std::int64_t pad = m_stretcher->startPad();
     for (std::int64_t done = 0; done < pad;) {
         const std::int64_t count = std::min(pad - done, TimeStretcher::maximumBlock);
         const auto feed = std::span(m_feed).first(static_cast<std::size_t>(2 * count));
-        m_source.copy(position - pad + done, feed);
+        m_source.mixSteady(position - pad + done, feed, m_wetGains);
         m_stretcher->feed(feed);
         done += count;
     }
@@ -186,6 +212,7 @@ std::int64_t Renderer::renderBlock(std::span<float> stereo)
         return renderWet(stereo);
     case Mode::toWet:
     case Mode::toDry:
+    case Mode::renewing:
         return renderBlend(stereo);
     }
     return 0;
@@ -207,7 +234,7 @@ std::int64_t Renderer::renderDry(std::span<float> stereo)
     const std::int64_t wanted = static_cast<std::int64_t>(stereo.size()) / 2;
     const std::int64_t ready = m_source.fetch(first + wanted) - first;
     const std::int64_t count = framesToEnd(std::clamp<std::int64_t>(ready, 0, wanted));
-    m_source.copy(first, stereo.first(static_cast<std::size_t>(2 * count)));
+    m_source.mixGliding(first, stereo.first(static_cast<std::size_t>(2 * count)), m_dryGains);
     m_position = static_cast<double>(first + count);
     return count;
 }
@@ -246,7 +273,7 @@ bool Renderer::feedStretcher()
     if (count <= 0)
         return false;
     const auto feed = std::span(m_feed).first(static_cast<std::size_t>(2 * count));
-    m_source.copy(m_fed, feed);
+    m_source.mixSteady(m_fed, feed, m_wetGains);
     m_stretcher->feed(feed);
     m_fed += count;
     return true;
@@ -256,23 +283,27 @@ bool Renderer::feedStretcher()
 std::int64_t Renderer::renderBlend(std::span<float> stereo)
 {
     const std::int64_t wanted = std::min(static_cast<std::int64_t>(stereo.size()) / 2, m_blendFrames - m_blendAt);
-    if (m_source.fetch(m_dryPosition + wanted) < m_dryPosition + wanted && !m_source.end())
+    const bool needsDry = m_mode != Mode::renewing;
+    if (needsDry && m_source.fetch(m_dryPosition + wanted) < m_dryPosition + wanted && !m_source.end())
         return 0;
     const std::int64_t count = renderWet(stereo.first(static_cast<std::size_t>(2 * wanted)));
-    const auto dry = std::span(m_other).first(static_cast<std::size_t>(2 * count));
-    m_source.copy(m_dryPosition, dry);
+    const auto other = std::span(m_other).first(static_cast<std::size_t>(2 * count));
+    if (needsDry)
+        m_source.mixGliding(m_dryPosition, other, m_dryGains);
+    else
+        std::copy_n(m_tail.begin() + 2 * m_blendAt, other.size(), other.begin());
     for (std::int64_t i = 0; i < count; ++i) {
         const float rising = rampWeight(m_blendAt + i, m_blendFrames);
-        const float wet = m_mode == Mode::toWet ? rising : 1 - rising;
+        const float wet = m_mode == Mode::toDry ? 1 - rising : rising;
         for (std::size_t sample = static_cast<std::size_t>(2 * i); sample < static_cast<std::size_t>(2 * i + 2); ++sample)
-            stereo[sample] = stereo[sample] * wet + dry[sample] * (1 - wet);
+            stereo[sample] = stereo[sample] * wet + other[sample] * (1 - wet);
     }
     m_dryPosition += count;
     m_blendAt += count;
     if (m_blendAt == m_blendFrames) {
         if (m_mode == Mode::toDry)
             m_position = static_cast<double>(m_dryPosition);
-        m_mode = m_mode == Mode::toWet ? Mode::wet : Mode::dry;
+        m_mode = m_mode == Mode::toDry ? Mode::dry : Mode::wet;
     }
     return count;
 }

@@ -7,6 +7,7 @@
 #include "platform/audio/MixedSource.h"
 #include "platform/audio/OutputStage.h"
 #include "platform/audio/TimeStretcher.h"
+#include "platform/base/ThreadPriority.h"
 
 #include <atomic>
 #include <cstdint>
@@ -28,6 +29,8 @@ public:
 
     // ---- Render thread ----
 
+    /// How much the thread may count on its turn: with real-time scheduling the ring is kept shorter, and changes are heard sooner.
+    void setPriority(ThreadPriority priority) { m_priority = priority; }
     /// Renders `take` from now on; null ends the sound.
     void begin(std::shared_ptr<Take> take);
     /// Renders a little; false when there is nothing to do before the next wake.
@@ -36,12 +39,15 @@ public:
     void prepareSpare(int sampleRate);
 
 private:
-    enum class Mode : std::uint8_t { dry, wet, toWet, toDry };
+    /// Untouched, stretched, crossing from one to the other, or from a stretcher to another one with other gains.
+    enum class Mode : std::uint8_t { dry, wet, toWet, toDry, renewing };
 
     [[nodiscard]] bool wantsStretcher() const;
     [[nodiscard]] std::int64_t scaled(double framesAt44100) const;
     [[nodiscard]] std::int64_t fillTarget();
     void followSettings();
+    void beginBlend(Mode mode, double framesAt44100);
+    void renewStretcher();
     void startStretcher(std::int64_t position);
     std::int64_t renderBlock(std::span<float> stereo);
     std::int64_t renderDry(std::span<float> stereo);
@@ -81,7 +87,9 @@ private:
     double m_markedSlope = 0;
     std::int64_t m_seenUnderruns = 0;
     std::int64_t m_cautiousFrames = 0;
-    std::vector<float> m_block, m_other, m_feed;
+    std::vector<float> m_block, m_other, m_feed, m_tail;
+    MixedSource::Gains m_dryGains, m_wetGains, m_gainsNow;
+    ThreadPriority m_priority = ThreadPriority::unchanged;
 };
 
 }  // namespace quillet
