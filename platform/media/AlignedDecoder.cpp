@@ -11,6 +11,11 @@ namespace {
 constexpr std::size_t blocksToStudy = 24;
 constexpr std::int64_t longestDetourSeconds = 64;
 
+/// Beyond these a header is damaged: it is not believed, because memory is taken by its word.
+constexpr int lowestSampleRate = 1000;
+constexpr int highestSampleRate = 768'000;
+constexpr int mostChannels = 64;
+
 }  // namespace
 
 std::expected<AlignedDecoder, AudioFileError> AlignedDecoder::open(const FilePath& path)
@@ -23,7 +28,7 @@ std::expected<AlignedDecoder, AudioFileError> AlignedDecoder::open(const FilePat
         return std::unexpected(source.reasonForSilence());
     const int sampleRate = source.frame().sample_rate;
     const int channelCount = source.frame().ch_layout.nb_channels;
-    if (sampleRate <= 0 || channelCount <= 0)
+    if (sampleRate < lowestSampleRate || sampleRate > highestSampleRate || channelCount < 1 || channelCount > mostChannels)
         return std::unexpected(AudioFileError::unreadable);
 
     const EntryRecipe preliminary = entryRecipe(source.codec(), sampleRate, 0);
