@@ -1,0 +1,242 @@
+// The whole program through a real sound server: what a listener would hear, recorded from the server's monitor.
+
+#include "AppCore/SettingsStore.h"
+#include "app/core/AppState.h"
+#include "app/playback/AudioEngine.h"
+#include "platform/audio/CubebOutputDevice.h"
+#include "platform/audio/DeviceOutput.h"
+#include "platform/audio/NullOutputDevice.h"
+#include "platform/audio/PlaybackGraph.h"
+#include "platform/defaults/MemoryDefaultsDomain.h"
+#include "platform/media/FfmpegAudioFile.h"
+#include "platform/schedule/QtScheduler.h"
+#include "tests/support/Command.h"
+#include "tests/support/FakeAudioFileOpener.h"
+#include "tests/support/MemoryAudioFile.h"
+#include "tests/support/MonitorRecorder.h"
+#include "tests/support/SignalAnalysis.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <numbers>
+
+namespace quillet {
+namespace {
+
+using State = AudioOutput::State;
+
+/// The engine and its state over the real graph and device.
+struct Program {
+    QtScheduler scheduler;
+    FfmpegAudioFileOpener opener;
+    MemoryDefaultsDomain defaults;
+    SettingsStore settings{defaults};
+    DeviceOutput output{std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler};
+    PlaybackGraph graph{output, scheduler};
+    AudioEngine engine{graph, opener, scheduler};
+    std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);
+    std::vector<State> told;
+
+    explicit Program(const std::shared_ptr<AudioFile>& file)
+    {
+        engine.setAppState(state);
+        graph.onOutputChange([this](State news) { told.push_back(news); });
+        graph.start();
+        engine.setAudioFile(file);
+        const double duration = static_cast<double>(file->length()) / file->sampleRate();
+        state->setAudioDuration(duration);
+        state->resetToDefaults(duration);
+        runUntil([this] { return !told.empty(); }, 5);
+        run(0.2);
+    }
+
+    /// Lets the event loop run for so long.
+    void run(double seconds)
+    {
+        const auto end = scheduler.after(seconds, [] { QCoreApplication::quit(); });
+        QCoreApplication::exec();
+    }
+
+    template <typename Condition> bool runUntil(Condition condition, double limitSeconds)
+    {
+        for (const double end = scheduler.nowSeconds() + limitSeconds; !condition() && scheduler.nowSeconds() < end;)
+            run(0.01);
+        return condition();
+    }
+};
+
+struct RealPlayback : testing::Test {
+    static void SetUpTestSuite()
+    {
+        static int count = 1;
+        static char name[] = "test";
+        static char* arguments[] = {name, nullptr};
+        static const QCoreApplication application(count, arguments);
+    }
+};
+
+std::shared_ptr<AudioFile> tone(double seconds, double hertz = 441)
+{
+    return std::make_shared<MemoryAudioFile>(44100, static_cast<std::int64_t>(44100 * seconds), [hertz](double t) {
+        return 0.5 * std::sin(2 * std::numbers::pi * hertz * t);
+    });
+}
+
+std::vector<float> rendered(const std::vector<std::string>& options, const TemporaryFolder& folder, const std::string& song)
+{
+    const std::string out = (folder / "out.wav").native();
+    std::vector<std::string> command{QUILLET_PROGRAM, "render", song, "-o", out};
+    command.insert(command.end(), options.begin(), options.end());
+    EXPECT_EQ(runCommand(command).status, 0);
+    auto file = FfmpegAudioFileOpener().open(out);
+    std::vector<float> stereo(static_cast<std::size_t>(2 * (*file)->length()));
+    stereo.resize(static_cast<std::size_t>(2 * (*file)->read(0, stereo)));
+    return channelOf(stereo, 0);
+}
+
+TEST_F(RealPlayback, WhatComesOutIsWhatRenderWrites)
+{
+    const TemporaryFolder folder;
+    const std::string song = (folder / "song.flac").native();
+    ASSERT_EQ(runCommand({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "anoisesrc=duration=2:seed=3:amplitude=0.5:color=pink:sample_rate=44100", song}).status, 0);
+    const TestSoundServer server;
+    const std::vector<std::vector<std::string>> cases = {
+        {},
+        {"--from", "0.5", "--speed", "50"},
+        {"--pitch", "300", "--eq", "6,-3,0,4,-6"},
+    };
+    for (const auto& options : cases) {
+        const MonitorRecorder recorder(server);
+        std::vector<std::string> command{QUILLET_PROGRAM, "play", song};
+        command.insert(command.end(), options.begin(), options.end());
+        const CommandResult played = runCommand(command);
+        EXPECT_EQ(played.status, 0) << played.errorOutput;
+        const auto heard = channelOf(recorder.stereo(), 0);
+        const auto expected = rendered(options, folder, song);
+        const auto first = firstSound(heard);
+        const auto expectedFirst = firstSound(expected);
+        ASSERT_TRUE(first && expectedFirst) << testing::PrintToString(options);
+        const std::int64_t count = std::ssize(expected) - *expectedFirst - 200;
+        ASSERT_GT(std::ssize(heard), *first + count) << "the end is missing";
+        for (std::int64_t i = 0; i < count; ++i)
+            ASSERT_EQ(heard[static_cast<std::size_t>(*first + i)], expected[static_cast<std::size_t>(*expectedFirst + i)])
+                << testing::PrintToString(options) << " " << i;
+    }
+}
+
+TEST_F(RealPlayback, LoopsPauseAndEndAsTheStateSays)
+{
+    const TestSoundServer server;
+    const MonitorRecorder recorder(server);
+    Program program(tone(4));
+    program.state->setRegionStart(1);
+    program.state->setRegionEnd(1.4);
+    program.state->setLoopDelayMilliseconds(250);
+    program.state->togglePlayPause();
+    program.run(2.2);
+    program.state->setLoopDelayMilliseconds(0);
+    program.run(2.5);
+    program.state->setLoopEnabled(false);
+    EXPECT_TRUE(program.runUntil([&] { return !program.state->isPlaying(); }, 2));
+    EXPECT_EQ(program.state->playbackPosition(), 1);
+    program.run(0.3);
+
+    const auto heard = channelOf(recorder.stereo(), 0);
+    auto joints = gaps(heard, 44);
+    // The pass that had been read to its end when the pause was taken away still ends; the ones behind it join.
+    ASSERT_GE(joints.size(), 2U);
+    if (joints.back().frameCount < 4410) {
+        EXPECT_LE(joints.back().frameCount, 44100 / 10);
+        joints.pop_back();
+    }
+    EXPECT_GE(joints.size(), 2U);
+    for (const Gap& pause : joints) {
+        // The pause, plus what the device takes to be heard out and to start again.
+        EXPECT_GE(static_cast<double>(pause.frameCount) / 44100, 0.25);
+        EXPECT_LE(static_cast<double>(pause.frameCount) / 44100, 0.25 + 0.1);
+    }
+    EXPECT_GT(std::ssize(heard) - joints.back().firstFrame, 44100 * 2) << "seamless for the rest";
+    EXPECT_EQ(program.graph.underruns(), 0);
+}
+
+TEST_F(RealPlayback, HoldRepeatsAndStepsAndThePlayHeadFollows)
+{
+    const TestSoundServer server;
+    const MonitorRecorder recorder(server);
+    Program program(tone(4));
+    program.engine.timePitch().setRate(0.5);
+    program.state->togglePlayPause();
+    program.run(1);
+    // Half speed for one second, less the latency.
+    EXPECT_NEAR(program.state->playbackPosition(), 0.5, 0.1);
+    program.state->toggleHold();
+    const double held = program.state->holdPosition();
+    program.run(1);
+    program.state->stepHoldForward();
+    program.run(0.5);
+    EXPECT_GE(program.state->playbackPosition(), held + 0.08);
+    EXPECT_LE(program.state->playbackPosition(), held + 0.16);
+    program.state->toggleHold();
+    const std::int64_t silent = recorder.frameCount() + 8820;
+    program.run(0.6);
+    const auto heard = channelOf(recorder.stereo(), 0);
+    EXPECT_FALSE(firstSound(heard, 0, silent));
+    const auto first = firstSound(heard);
+    ASSERT_TRUE(first);
+    // The window does not fit the tone's period, so the joint is heard; but no pause.
+    EXPECT_TRUE(gaps(heard, 1323).empty());
+}
+
+TEST_F(RealPlayback, AServerThatDiesIsSurvivedAndHeardAgain)
+{
+    TestSoundServer server;
+    Program program(tone(30));
+    EXPECT_EQ(program.told, std::vector{State::device});
+    program.state->togglePlayPause();
+    program.run(0.5);
+    server.kill();
+    EXPECT_TRUE(program.runUntil([&] { return program.told.size() == 2; }, 5));
+    EXPECT_EQ(program.told.back(), State::substitute);
+    const double lost = program.state->playbackPosition();
+    program.run(0.5);
+    EXPECT_GT(program.state->playbackPosition(), lost + 0.2) << "the play head goes on without a device";
+    server.restart();
+    EXPECT_TRUE(program.runUntil([&] { return program.told.size() == 3; }, 5));
+    EXPECT_EQ(program.told.back(), State::device);
+    MonitorRecorder recorder(server);
+    EXPECT_TRUE(recorder.waitForSound(0, std::chrono::seconds(5)));
+}
+
+TEST_F(RealPlayback, AServerOfTheUsualKindPlaysToo)
+{
+    const TestSoundServer server({.sinkRate = 48000, .rewinds = NullSinkRewinds::on});
+    MonitorRecorder recorder(server);
+    Program program(tone(10));
+    const std::int64_t from = recorder.frameCount();
+    program.state->togglePlayPause();
+    program.run(3);
+    const auto heard = channelOf(recorder.stereo(), 0);
+    const auto first = firstSound(heard, 0.1F, from);
+    ASSERT_TRUE(first);
+    const auto middle = std::span(heard).subspan(static_cast<std::size_t>(*first + 9600), 24000);
+    EXPECT_NEAR(centsBetween(toneFrequencyHz(middle, 48000), 441), 0, 2);
+}
+
+TEST_F(RealPlayback, WithoutAServerPlaybackTakesItsTimeAndSaysSo)
+{
+    const TemporaryFolder folder;
+    const std::string song = (folder / "song.wav").native();
+    ASSERT_EQ(runCommand({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=duration=0.5", song}).status, 0);
+    const CommandResult played = runCommand({"env", "PULSE_SERVER=unix:" + (folder / "none").native(), QUILLET_PROGRAM, "play", song});
+    EXPECT_EQ(played.status, 0);
+    EXPECT_NE(played.errorOutput.find("no sound device"), std::string::npos) << played.errorOutput;
+}
+
+}  // namespace
+}  // namespace quillet
