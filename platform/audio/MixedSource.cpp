@@ -22,6 +22,7 @@ void MixedSource::begin(std::shared_ptr<Take> take)
     m_take = std::move(take);
     m_fetched = 0;
     m_end.reset();
+    m_jointAtEnd = 0;
     m_passEnds.clear();
     if (m_take == nullptr)
         return;
@@ -125,6 +126,7 @@ void MixedSource::obeyClosing(std::int64_t earliest)
         return;
     const PassEnd& cut = m_passEnds.front();
     m_end = std::min(cut.frame, std::max(cut.frame - cut.joint, earliest));
+    m_jointAtEnd = *m_end - (cut.frame - cut.joint);
     m_passEnds.clear();
 }
 

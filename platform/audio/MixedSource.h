@@ -38,6 +38,8 @@ public:
 
     /// Where the take ends, once that is decided; at least 5 ms ahead of the last frame delivered.
     [[nodiscard]] std::optional<std::int64_t> end() const { return m_end; }
+    /// How many frames before the end already fade over into a pass that was called off.
+    [[nodiscard]] std::int64_t jointAtEnd() const { return m_jointAtEnd; }
     /// The next end of a pass behind which the take goes on; to be dropped by `passNextEnd` when the renderer has gone by.
     [[nodiscard]] std::optional<PassEnd> nextPassEnd() const;
     void passNextEnd();
@@ -58,6 +60,7 @@ private:
     mutable Gains m_targets;
     std::vector<PassEnd> m_passEnds;
     std::optional<std::int64_t> m_end;
+    std::int64_t m_jointAtEnd = 0;
 };
 
 }  // namespace quillet

@@ -27,7 +27,7 @@ struct OutputMark {
     std::int64_t epoch = 0;
     /// takeBegin: frames to be in the ring before the sound starts.
     std::int64_t framesNeeded = 0;
-    /// passEnd: where the frames begin that fade over into the next pass.
+    /// passEnd, takeEnd: where the frames begin that fade over into the next pass, also into one that was called off since.
     std::int64_t cutFrame = 0;
     /// Source frames since the take's start, and their rate.
     double sourceFrame = 0;

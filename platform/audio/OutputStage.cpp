@@ -80,7 +80,12 @@ const OutputMark* OutputStage::findCut() const QUILLET_REALTIME
 {
     if (m_ended || m_closedEpoch.load(std::memory_order_acquire) != m_epoch)
         return nullptr;
-    return findMark(OutputMark::Kind::passEnd, m_epoch);
+    for (std::size_t i = 0;; ++i) {
+        const OutputMark* mark = m_marks.peek(i);
+        const bool ends = mark != nullptr && (mark->kind == OutputMark::Kind::passEnd || mark->kind == OutputMark::Kind::takeEnd);
+        if (mark == nullptr || (ends && mark->epoch == m_epoch))
+            return mark;
+    }
 }
 
 /// Copies up to the next mark, the end of the ring's content or the end of a fade, whichever comes first.

@@ -97,7 +97,8 @@ bool Renderer::step()
     emit(block.first(static_cast<std::size_t>(2 * count)), position);
     if (framesToEnd(1) > 0)
         return count > 0;
-    m_ended = pushMark(OutputMark::Kind::takeEnd, ring.written(), m_position);
+    const auto joint = static_cast<std::int64_t>(static_cast<double>(m_source.jointAtEnd()) / m_slope);
+    m_ended = pushMark(OutputMark::Kind::takeEnd, ring.written(), m_position, ring.written() - joint);
     return false;
 }
 

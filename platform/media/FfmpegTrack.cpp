@@ -233,7 +233,7 @@ std::optional<std::int64_t> FfmpegTrack::claimedTicks() const
     if (m_stream->duration > 0)
         return m_stream->duration;
     if (m_format->duration > 0)
-        return av_rescale_q(m_format->duration, AV_TIME_BASE_Q, m_stream->time_base);
+        return av_rescale_q(m_format->duration, AVRational{ 1, AV_TIME_BASE }, m_stream->time_base);
     return std::nullopt;
 }
 

@@ -104,6 +104,7 @@ TEST(FileSettings, EveryMemberHasItsType)
         { "loopDelaySeconds", "false", false },
         { "loopDelaySeconds", "9223372036854775807", true },
         { "loopDelaySeconds", "9223372036854775808", false },
+        { "loopDelaySeconds", "9223372036854775808.0", false },
         { "loopDelaySeconds", "1e19", false },
         { "loopDelaySeconds", "-9223372036854775808", true },
         { "loopDelaySeconds", "-1e19", false },

@@ -183,6 +183,7 @@ TEST_F(AppStateTest, PlayStartsAtTheRegionsStartEveryTime)
         EXPECT_EQ(state->playbackPosition(), 3);
         state->togglePlayPause();
         EXPECT_FALSE(state->isPlaying() || sounding());
+        EXPECT_TRUE(graph.players.front()->segment);
         EXPECT_EQ(state->playbackPosition(), 3);
     }
     state->setRegionEnd(2);

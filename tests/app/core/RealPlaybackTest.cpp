@@ -36,10 +36,10 @@ struct Program {
     QtScheduler scheduler;
     FfmpegAudioFileOpener opener;
     MemoryDefaultsDomain defaults;
-    SettingsStore settings{defaults};
-    DeviceOutput output{std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler};
-    PlaybackGraph graph{output, scheduler};
-    AudioEngine engine{graph, opener, scheduler};
+    SettingsStore settings{ defaults };
+    DeviceOutput output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler };
+    PlaybackGraph graph{ output, scheduler };
+    AudioEngine engine{ graph, opener, scheduler };
     std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);
     std::vector<State> told;
 
@@ -76,22 +76,21 @@ struct RealPlayback : testing::Test {
     {
         static int count = 1;
         static char name[] = "test";
-        static char* arguments[] = {name, nullptr};
+        static char* arguments[] = { name, nullptr };
         static const QCoreApplication application(count, arguments);
     }
 };
 
 std::shared_ptr<AudioFile> tone(double seconds, double hertz = 441)
 {
-    return std::make_shared<MemoryAudioFile>(44100, static_cast<std::int64_t>(44100 * seconds), [hertz](double t) {
-        return 0.5 * std::sin(2 * std::numbers::pi * hertz * t);
-    });
+    return std::make_shared<MemoryAudioFile>(44100, static_cast<std::int64_t>(44100 * seconds),
+                                             [hertz](double t) { return 0.5 * std::sin(2 * std::numbers::pi * hertz * t); });
 }
 
 std::vector<float> rendered(const std::vector<std::string>& options, const TemporaryFolder& folder, const std::string& song)
 {
     const std::string out = (folder / "out.wav").native();
-    std::vector<std::string> command{QUILLET_PROGRAM, "render", song, "-o", out};
+    std::vector<std::string> command{ QUILLET_PROGRAM, "render", song, "-o", out };
     command.insert(command.end(), options.begin(), options.end());
     EXPECT_EQ(runCommand(command).status, 0);
     auto file = FfmpegAudioFileOpener().open(out);
@@ -104,16 +103,19 @@ TEST_F(RealPlayback, WhatComesOutIsWhatRenderWrites)
 {
     const TemporaryFolder folder;
     const std::string song = (folder / "song.flac").native();
-    ASSERT_EQ(runCommand({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "anoisesrc=duration=2:seed=3:amplitude=0.5:color=pink:sample_rate=44100", song}).status, 0);
+    ASSERT_EQ(runCommand({ "ffmpeg", "-v", "error", "-f", "lavfi", "-i",
+                           "anoisesrc=duration=2:seed=3:amplitude=0.5:color=pink:sample_rate=44100", song })
+                  .status,
+              0);
     const TestSoundServer server;
     const std::vector<std::vector<std::string>> cases = {
         {},
-        {"--from", "0.5", "--speed", "50"},
-        {"--pitch", "300", "--eq", "6,-3,0,4,-6"},
+        { "--from", "0.5", "--speed", "50" },
+        { "--pitch", "300", "--eq", "6,-3,0,4,-6" },
     };
     for (const auto& options : cases) {
         const MonitorRecorder recorder(server);
-        std::vector<std::string> command{QUILLET_PROGRAM, "play", song};
+        std::vector<std::string> command{ QUILLET_PROGRAM, "play", song };
         command.insert(command.end(), options.begin(), options.end());
         const CommandResult played = runCommand(command);
         EXPECT_EQ(played.status, 0) << played.errorOutput;
@@ -197,7 +199,7 @@ TEST_F(RealPlayback, AServerThatDiesIsSurvivedAndHeardAgain)
 {
     TestSoundServer server;
     Program program(tone(30));
-    EXPECT_EQ(program.told, std::vector{State::device});
+    EXPECT_EQ(program.told, std::vector{ State::device });
     program.state->togglePlayPause();
     program.run(0.5);
     server.kill();
@@ -215,7 +217,7 @@ TEST_F(RealPlayback, AServerThatDiesIsSurvivedAndHeardAgain)
 
 TEST_F(RealPlayback, AServerOfTheUsualKindPlaysToo)
 {
-    const TestSoundServer server({.sinkRate = 48000, .rewinds = NullSinkRewinds::on});
+    const TestSoundServer server({ .sinkRate = 48000, .rewinds = NullSinkRewinds::on });
     MonitorRecorder recorder(server);
     Program program(tone(10));
     const std::int64_t from = recorder.frameCount();
@@ -232,8 +234,9 @@ TEST_F(RealPlayback, WithoutAServerPlaybackTakesItsTimeAndSaysSo)
 {
     const TemporaryFolder folder;
     const std::string song = (folder / "song.wav").native();
-    ASSERT_EQ(runCommand({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=duration=0.5", song}).status, 0);
-    const CommandResult played = runCommand({"env", "PULSE_SERVER=unix:" + (folder / "none").native(), QUILLET_PROGRAM, "play", song});
+    ASSERT_EQ(runCommand({ "ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=duration=0.5", song }).status, 0);
+    const CommandResult played =
+        runCommand({ "env", "PULSE_SERVER=unix:" + (folder / "none").native(), QUILLET_PROGRAM, "play", song });
     EXPECT_EQ(played.status, 0);
     EXPECT_NE(played.errorOutput.find("no sound device"), std::string::npos) << played.errorOutput;
 }

@@ -52,6 +52,8 @@ TYPED_TEST(DefaultsContract, EveryTypeComesBackAsItWas)
         EXPECT_EQ(domain.data("data"), text);
         EXPECT_EQ(domain.string("string"), text);
     }
+    domain.setData("data", {});
+    EXPECT_EQ(domain.data("data"), "");
     for (const Texts& texts : { Texts{}, Texts{ "" }, Texts{ "", "" }, Texts{ "/a\xFF\n3:b.mp3", everyByte, "12", ":" } }) {
         domain.setStringArray("texts", texts);
         EXPECT_EQ(domain.stringArray("texts"), texts);
@@ -173,6 +175,12 @@ TYPED_TEST(DefaultsContract, ServesSeveralThreadsAtOnce)
     }
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(this->m_domain.allKeys().size(), std::size_t{ threadCount * perThread + 1 });
+}
+
+TEST(DefaultsValue, WhatIsNoPackOfTextsDoesNotUnpack)
+{
+    for (const char* packed : { "5:abc", "5", ":abc", "3abc", "-1:a", "1:ab", "99999999999999999999:a", "1:a " })
+        EXPECT_EQ(unpackTexts(packed), std::nullopt) << packed;
 }
 
 }  // namespace

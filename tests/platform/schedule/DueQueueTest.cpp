@@ -34,6 +34,11 @@ TEST(DueQueue, LetsGoOfTheActionAsSoonAsItCannotRunAnyMore)
     EXPECT_EQ(cargo.use_count(), 2);
     queue.finish(queue.take(2), 2);
     EXPECT_EQ(cargo.use_count(), 1);
+
+    ScheduledTask endsItself = queue.add(3, 1, [&] { endsItself.cancel(); });
+    auto running = queue.take(3);
+    running->run();
+    queue.finish(std::move(running), 3);
     EXPECT_EQ(queue.nextDue(), std::nullopt);
 }
 

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QTimer>
 
 #include <unistd.h>
 
@@ -186,22 +187,46 @@ TYPED_TEST(SchedulerContract, WatchesADescriptorUntilItsTaskEnds)
     close(ends[1]);
 }
 
+TYPED_TEST(SchedulerContract, OneDescriptorsActionMayEndTheWatchOfAnother)
+{
+    std::array<std::array<int, 2>, 2> pipes{};
+    std::array<ScheduledTask, 2> watches;
+    int ran = 0;
+    for (std::size_t i = 0; i < 2; ++i) {
+        ASSERT_EQ(pipe(pipes[i].data()), 0);
+        watches[i] = this->m_scheduler.watch(pipes[i][0], [&, i] {
+            char byte = 0;
+            ran += static_cast<int>(read(pipes[i][0], &byte, 1));
+            watches[1 - i].cancel();
+        });
+        ASSERT_EQ(write(pipes[i][1], "a", 1), 1);
+    }
+    bool ended = false;
+    const ScheduledTask end = this->m_scheduler.after(0.02, [&] { ended = true; });
+    ASSERT_TRUE(this->runUntil([&] { return ended; }));
+    EXPECT_EQ(ran, 1);
+    for (const auto& ends : pipes)
+        for (const int descriptor : ends)
+            close(descriptor);
+}
+
 TEST(QtScheduler, AnActionThatOpensALoopOfItsOwnDoesNotHoldUpTheOthers)
 {
     QtClockwork clockwork;
     Scheduler& scheduler = clockwork.scheduler();
     int ticks = 0;
     int ticksInside = 0;
+    QEventLoop loop;
     const ScheduledTask menu = scheduler.after(0, [&] {
-        QEventLoop loop;
-        ScheduledTask ticking = scheduler.every(0.001, [&] {
-            if (++ticks == 3)
-                loop.quit();
-        });
-        const ScheduledTask guard = scheduler.after(10, [&] { loop.quit(); });
         loop.exec();
         ticksInside = ticks;
     });
+    const ScheduledTask ticking = scheduler.every(0.001, [&] {
+        if (++ticks == 3)
+            loop.quit();
+    });
+    // A loop that nothing serves would not end: it is called off from outside of the scheduler.
+    QTimer::singleShot(5000, &loop, &QEventLoop::quit);
     ASSERT_TRUE(clockwork.runUntil([&] { return ticksInside != 0; }));
     EXPECT_EQ(ticksInside, 3);
 }
