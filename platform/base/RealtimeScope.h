@@ -27,6 +27,7 @@ public:
 class [[maybe_unused]] RealtimeScope {
 public:
     RealtimeScope() noexcept = default;
+    ~RealtimeScope() = default;
     RealtimeScope(const RealtimeScope&) = delete;
     RealtimeScope& operator=(const RealtimeScope&) = delete;
 };
