@@ -145,6 +145,7 @@ TYPED_TEST(DefaultsContract, KeysAreBytesAndEachHoldsItsLastValue)
         domain.setInteger(keys[i], static_cast<std::int64_t>(i));
     }
     domain.setReal(keys[0], std::numeric_limits<double>::quiet_NaN());
+    domain.setInteger({}, 4);
     for (std::size_t i = 0; i < keys.size(); ++i)
         EXPECT_EQ(domain.integer(keys[i]), static_cast<std::int64_t>(i));
     EXPECT_THAT(domain.allKeys(), testing::UnorderedElementsAreArray(keys));
