@@ -143,6 +143,13 @@ std::optional<AudioFileError> FfmpegTrack::openDecoder()
     return opened < 0 ? std::optional(AudioFileError::unreadable) : std::nullopt;
 }
 
+/// A film is entered at a picture that stands for itself, which may be seconds early.
+bool FfmpegTrack::isBeforeEntry() const
+{
+    const auto ticks = stampOf(*m_packet);
+    return m_seekStream != m_stream && ticks && m_entryTicks && *ticks + m_packet->duration < *m_entryTicks;
+}
+
 bool FfmpegTrack::readPacket()
 {
     for (int errors = 0; errors < maximalErrorsInARow;) {
@@ -163,6 +170,8 @@ bool FfmpegTrack::readPacket()
             m_pageOfEntry = m_packet->pos;
         if (m_packet->pos != m_pageOfEntry)
             m_stampsAreGuessed = false;
+        if (isBeforeEntry())
+            continue;
         return true;
     }
     return false;
@@ -211,8 +220,11 @@ bool FfmpegTrack::seek(std::int64_t ticks)
         avcodec_flush_buffers(m_decoder.get());
     else if (openDecoder())
         return false;
-    const std::int64_t there = av_rescale_q(target, m_stream->time_base, m_seekStream->time_base);
-    return av_seek_frame(m_format.get(), m_seekStream->index, there, AVSEEK_FLAG_BACKWARD) >= 0;
+    m_entryTicks = target;
+    // Searched by its pictures, a film would skip the sound before the first of them.
+    const AVStream* by = target == m_firstTicks ? m_stream : m_seekStream;
+    const std::int64_t there = av_rescale_q(target, m_stream->time_base, by->time_base);
+    return av_seek_frame(m_format.get(), by->index, there, AVSEEK_FLAG_BACKWARD) >= 0;
 }
 
 std::optional<std::int64_t> FfmpegTrack::lastPacketTicks()
@@ -221,6 +233,7 @@ std::optional<std::int64_t> FfmpegTrack::lastPacketTicks()
     const std::int64_t far = av_rescale_q(360'000, { 1, 1 }, m_stream->time_base);
     if (!seek(far))
         return std::nullopt;
+    m_entryTicks.reset();
     std::optional<std::int64_t> last;
     while (readPacket())
         if (const auto ticks = stampOf(*m_packet))
@@ -243,9 +256,9 @@ AudioFileError FfmpegTrack::reasonForSilence() const
 {
     if (m_input->hasFailed())
         return AudioFileError::unreadable;
-    if (!m_sawPacket)
-        return AudioFileError::empty;
-    return m_format->probe_score <= AVPROBE_SCORE_RETRY ? AudioFileError::notAudio : AudioFileError::unreadable;
+    if (m_format->probe_score <= AVPROBE_SCORE_RETRY)
+        return AudioFileError::notAudio;
+    return m_sawPacket ? AudioFileError::unreadable : AudioFileError::empty;
 }
 
 }  // namespace quillet

@@ -49,6 +49,7 @@ private:
     [[nodiscard]] std::optional<AudioFileError> openContainer(const FilePath& path);
     [[nodiscard]] std::optional<AudioFileError> openDecoder();
     [[nodiscard]] bool readPacket();
+    [[nodiscard]] bool isBeforeEntry() const;
 
     std::unique_ptr<FileInput> m_input;
     FfmpegHandle<AVFormatContext> m_format;
@@ -59,6 +60,7 @@ private:
     /// Stream by which the container is searched: that of the pictures where only they are indexed.
     AVStream* m_seekStream = nullptr;
     std::optional<std::int64_t> m_firstTicks;
+    std::optional<std::int64_t> m_entryTicks;
     /// The page that an Ogg stream was entered at carries no usable stamps: only the end of a page is stamped.
     std::optional<std::int64_t> m_pageOfEntry;
     bool m_stampsAreGuessed = false;
