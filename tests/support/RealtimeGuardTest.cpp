@@ -83,6 +83,8 @@ class WithSemaphore {
 public:
     WithSemaphore() { sem_init(&m_semaphore, 0, 1); }
     ~WithSemaphore() { sem_destroy(&m_semaphore); }
+    WithSemaphore(const WithSemaphore&) = delete;
+    WithSemaphore& operator=(const WithSemaphore&) = delete;
     sem_t* get() { return &m_semaphore; }
 
 private:
