@@ -121,6 +121,8 @@ void AudioEngine::pause()
     forEachPlayer([](PlayerNode& player) { player.pause(); });
     m_positionTimer.cancel();
     m_followUp.cancel();
+    // An end that is on its way already starts nothing either.
+    m_transport = Transport::idle;
 }
 
 void AudioEngine::stop()

@@ -148,14 +148,20 @@ TEST(AudioEngineRepeat, AnEndThatComesTooLateIsIgnored)
     EXPECT_EQ(rig.player().scheduleCount, 2);
 
     rig.playRegion();
-    const auto thirdEnd = rig.player().completions.back();
-    rig.state.reset();
-    thirdEnd();
+    rig.engine->pause();
+    rig.complete();
     rig.scheduler.advance(1);
     EXPECT_EQ(rig.player().scheduleCount, 3);
 
+    rig.playRegion();
+    const auto lastEnd = rig.player().completions.back();
+    rig.state.reset();
+    lastEnd();
+    rig.scheduler.advance(1);
+    EXPECT_EQ(rig.player().scheduleCount, 4);
+
     rig.engine.reset();
-    thirdEnd();
+    lastEnd();
 }
 
 TEST(AudioEngineRepeat, TellsTheGraphWhatFollowsWithoutAGap)
