@@ -14,8 +14,10 @@ public:
     Interruption& operator=(const Interruption&) = delete;
 
     [[nodiscard]] bool requested() const;
-    /// Readable once it is requested.
+    /// Readable once it is requested, until it is acknowledged.
     [[nodiscard]] int descriptor() const { return m_wake.descriptor(); }
+
+    void acknowledge() { m_wake.clear(); }
 
     /// What a shell expects of a program that ended for it.
     static constexpr int exitStatus = 130;

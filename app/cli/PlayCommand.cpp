@@ -41,7 +41,7 @@ std::expected<int, std::string> playFile(const PlaybackOptions& options)
     if (auto opened = session.open(options); !opened)
         return std::unexpected(opened.error());
 
-    const Interruption interruption;
+    Interruption interruption;
     ProgressLine progress;
     graph.onOutputChange([&progress, wasHeard = true](AudioOutput::State state) mutable {
         const bool isHeard = state == AudioOutput::State::device;
@@ -58,6 +58,7 @@ std::expected<int, std::string> playFile(const PlaybackOptions& options)
         ending = scheduler.after(seconds, [status] { QCoreApplication::exit(status); });
     };
     const ScheduledTask watch = scheduler.watch(interruption.descriptor(), [&] {
+        interruption.acknowledge();
         session.stop();
         endAfter(graph.presentationLatencySeconds() + fadeSeconds, Interruption::exitStatus);
     });

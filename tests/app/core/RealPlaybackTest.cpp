@@ -230,6 +230,16 @@ TEST_F(RealPlayback, AServerOfTheUsualKindPlaysToo)
     EXPECT_NEAR(centsBetween(toneFrequencyHz(middle, 48000), 441), 0, 2);
 }
 
+TEST_F(RealPlayback, AnInterruptionEndsTheCommandSoon)
+{
+    const TemporaryFolder folder;
+    const std::string song = (folder / "song.wav").native();
+    ASSERT_EQ(runCommand({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=duration=60", song}).status, 0);
+    const TestSoundServer server;
+    const CommandResult played = runCommand({"timeout", "--preserve-status", "-k", "10", "-s", "INT", "1", QUILLET_PROGRAM, "play", song});
+    EXPECT_EQ(played.status, 130);
+}
+
 TEST_F(RealPlayback, WithoutAServerPlaybackTakesItsTimeAndSaysSo)
 {
     const TemporaryFolder folder;
