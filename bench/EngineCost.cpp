@@ -1,5 +1,5 @@
-// What playing costs: CPU time of the whole road of the samples (decoding, mixing, stretching, equalising, all threads) per second
-// of sound heard, as a ratio to Rubber Band alone on the same material in the same run. Prints a Markdown table.
+// What playing costs: CPU time of the whole road of the samples (decoding, mixing, stretching, equalising, all threads) per
+// second of sound heard, as a ratio to Rubber Band alone on the same material in the same run. Prints a Markdown table.
 //
 //   quillet-bench-engine-cost SONG.wav [seconds]
 
@@ -26,7 +26,9 @@ double cpuSeconds()
 {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& time) { return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec); };
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+    };
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
@@ -59,8 +61,8 @@ double graphCost(const char* path, double rate, int voices, double seconds)
             sampleRate = file->sampleRate();
             players.push_back(graph.makePlayer());
             graph.connect(*players.back(), *sum);
-            players.back()->scheduleSegment(file, {0, length}, nullptr);
-            players.back()->hintNextSegment(FrameRange{0, length});
+            players.back()->scheduleSegment(file, { 0, length }, nullptr);
+            players.back()->hintNextSegment(FrameRange{ 0, length });
             players.back()->play();
         }
         graph.timePitch().setRate(rate);
@@ -93,7 +95,7 @@ double stretcherCost(const char* path, double rate, double seconds)
                                   1 / rate);
     stretcher.setMaxProcessSize(1024);
     std::vector<float> left(1024), right(1024);
-    const std::array<float*, 2> channels{left.data(), right.data()};
+    const std::array<float*, 2> channels{ left.data(), right.data() };
     std::int64_t position = 0;
     const double before = cpuSeconds();
     for (std::int64_t produced = 0; produced < static_cast<std::int64_t>(seconds * sampleRate);) {
@@ -121,7 +123,7 @@ int main(int argc, char* argv[])
     const double seconds = argc > 2 ? std::atof(argv[2]) : 20;
     std::printf("| speed | Rubber Band alone, CPU s per s | stereo, CPU s per s | ratio | six stems, CPU s per s | ratio |\n");
     std::printf("|---|---|---|---|---|---|\n");
-    for (const double rate : {0.25, 0.5, 1.0, 3.0}) {
+    for (const double rate : { 0.25, 0.5, 1.0, 3.0 }) {
         const double alone = stretcherCost(argv[1], rate, seconds);
         const double stereo = graphCost(argv[1], rate, 1, seconds);
         const double stems = graphCost(argv[1], rate, 6, seconds);

@@ -67,7 +67,7 @@ int main(int argc, char* argv[])
     graph.prepare(file->sampleRate());
     graph.timePitch().setRate(rate);
     graph.start();
-    const FrameRange whole{0, file->length()};
+    const FrameRange whole{ 0, file->length() };
     player->scheduleSegment(file, whole, nullptr);
     player->hintNextSegment(whole);
     player->play();

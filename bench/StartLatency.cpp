@@ -1,5 +1,5 @@
-// From `play` to the first sample that is not zero in the monitor of a PulseAudio null sink, and from a change to the moment at which it
-// is heard there. Starts its own server. Prints Markdown tables; every figure is a median.
+// From `play` to the first sample that is not zero in the monitor of a PulseAudio null sink, and from a change to the moment at
+// which it is heard there. Starts its own server. Prints Markdown tables; every figure is a median.
 //
 //   quillet-bench-start-latency FOLDER-WITH-SONGS
 
@@ -44,10 +44,10 @@ double median(std::vector<double> values)
 
 struct Player {
     TestSoundServer server;
-    MonitorRecorder recorder{server};
+    MonitorRecorder recorder{ server };
     QtScheduler scheduler;
-    DeviceOutput output{std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler};
-    PlaybackGraph graph{output, scheduler};
+    DeviceOutput output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler };
+    PlaybackGraph graph{ output, scheduler };
     std::unique_ptr<PlayerNode> player = graph.makePlayer();
     std::unique_ptr<MixerNode> mixer = graph.makeMixer();
 
@@ -63,7 +63,7 @@ struct Player {
     {
         const GraphChange change(graph);
         player->stop();
-        player->scheduleSegment(file, {first, file->length() - first}, nullptr);
+        player->scheduleSegment(file, { first, file->length() - first }, nullptr);
         player->play();
     }
 
@@ -107,7 +107,7 @@ void startTable(Player& player, const std::filesystem::path& folder)
         player.graph.prepare(file->sampleRate());
         wait(player.scheduler, 0.3);
         std::printf("| %s |", song.filename().c_str());
-        for (const double rate : {1.0, 0.5, 3.0}) {
+        for (const double rate : { 1.0, 0.5, 3.0 }) {
             player.graph.timePitch().setRate(rate);
             wait(player.scheduler, 0.2);
             std::vector<double> times;
@@ -135,13 +135,17 @@ void reactionTable(Player& player)
     auto& timePitch = player.graph.timePitch();
     std::printf("\n| change | at 100 %% | at 50 %% |\n|---|---|---|\n");
     std::vector<double> cells[3];
-    for (const double rate : {1.0, 0.5}) {
+    for (const double rate : { 1.0, 0.5 }) {
         std::vector<double> gain, mute, pitch;
         for (int round = 0; round < 9; ++round) {
             timePitch.setRate(rate);
             player.play(file, 0);
-            gain.push_back(player.reaction([&] { equalizer.setGain(2, 12); equalizer.setBypass(false); },
-                                           [](std::span<const float> sound) { return rms(sound) > 0.25; }));
+            gain.push_back(player.reaction(
+                [&] {
+                    equalizer.setGain(2, 12);
+                    equalizer.setBypass(false);
+                },
+                [](std::span<const float> sound) { return rms(sound) > 0.25; }));
             equalizer.setBypass(true);
             mute.push_back(player.reaction([&] { player.mixer->setOutputVolume(0); },
                                            [](std::span<const float> sound) { return rms(sound) < 0.07; }));
@@ -154,7 +158,7 @@ void reactionTable(Player& player)
         cells[1].push_back(median(mute));
         cells[2].push_back(median(pitch));
     }
-    const char* names[] = {"equaliser gain", "mute", "pitch"};
+    const char* names[] = { "equaliser gain", "mute", "pitch" };
     for (int row = 0; row < 3; ++row)
         std::printf("| %s | %.0f | %.0f |\n", names[row], cells[row][0], cells[row][1]);
 }

@@ -43,7 +43,7 @@ CLI::Validator between(double least, double most, const std::string& unit)
             return text + " is not between " + shown(least) + " and " + shown(most) + (unit.empty() ? "" : " " + unit);
         return {};
     };
-    return {check, ""};
+    return { check, "" };
 }
 
 CLI::Validator wholeBetween(int least, int most)
@@ -56,7 +56,7 @@ CLI::Validator wholeBetween(int least, int most)
             return text + " is not between " + std::to_string(least) + " and " + std::to_string(most);
         return {};
     };
-    return {check, ""};
+    return { check, "" };
 }
 
 /// What both commands take, as text until the values have been checked.
@@ -67,20 +67,25 @@ struct PlaybackArguments {
     void addTo(CLI::App& command)
     {
         command.add_option("IN", input, "The audio file")->required();
-        command.add_option("--from", from, "Start of the region, in seconds (0)")->check(between(0, longestTimeSeconds, "seconds"));
+        command.add_option("--from", from, "Start of the region, in seconds (0)")
+            ->check(between(0, longestTimeSeconds, "seconds"));
         command.add_option("--to", to, "End of the region, in seconds (the end of the file)")
             ->check(between(0, longestTimeSeconds, "seconds"));
-        command.add_option("--speed", speed, "Speed in percent, 5 to 300 (100); the pitch stays")->check(between(5, 300, "percent"));
+        command.add_option("--speed", speed, "Speed in percent, 5 to 300 (100); the pitch stays")
+            ->check(between(5, 300, "percent"));
         command.add_option("--pitch", pitch, "Transposition in cents, -1200 to 1200 (0); the speed stays")
             ->check(between(-1200, 1200, "cents"));
-        command.add_option("--eq", gains, "Equaliser gains in dB at 60, 250, 1000, 4000 and 12000 Hz, -12 to 12, comma-separated")
+        command
+            .add_option("--eq", gains, "Equaliser gains in dB at 60, 250, 1000, 4000 and 12000 Hz, -12 to 12, comma-separated")
             ->delimiter(',')
             ->expected(1, -1)
             ->allow_extra_args(false)
             ->check(between(-12, 12, "dB"));
         command.add_option("--passes", passes, "How often the region is played (1)")->check(wholeBetween(1, 10000));
         command.add_option("--delay", delay, "Pause between two passes, in seconds (0)")->check(between(0, 3600, "seconds"));
-        command.add_option("--hold", hold, "Hold the instant at this time, in seconds: a window of 0.08 s, repeated --passes times")
+        command
+            .add_option("--hold", hold,
+                        "Hold the instant at this time, in seconds: a window of 0.08 s, repeated --passes times")
             ->check(between(0, longestTimeSeconds, "seconds"));
     }
 
@@ -97,13 +102,13 @@ struct PlaybackArguments {
         result.holdSeconds = number(hold);
         if (!gains.empty()) {
             if (gains.size() != 5)
-                return std::unexpected(UsageError{"--eq needs five gains, such as 3,0,-2.5,0,6."});
+                return std::unexpected(UsageError{ "--eq needs five gains, such as 3,0,-2.5,0,6." });
             result.equalizerGainsDb.emplace();
             for (std::size_t band = 0; band < gains.size(); ++band)
                 (*result.equalizerGainsDb)[band] = number(gains[band]).value_or(0);
         }
         if (result.toSeconds && *result.toSeconds <= result.fromSeconds)
-            return std::unexpected(UsageError{"--from must be before --to."});
+            return std::unexpected(UsageError{ "--from must be before --to." });
         return result;
     }
 };
@@ -122,7 +127,7 @@ std::string sentence(std::string message)
 
 std::expected<Command, UsageError> parseCommandLine(const std::vector<std::string>& arguments)
 {
-    CLI::App program{"Quillet, a music practice player: plays any part of a song slower, faster or transposed.", "quillet"};
+    CLI::App program{ "Quillet, a music practice player: plays any part of a song slower, faster or transposed.", "quillet" };
     program.set_version_flag("--version", "quillet " QUILLET_VERSION);
     program.set_help_flag("-h,--help", "Print this help and leave");
     program.require_subcommand(0, 1);
@@ -142,32 +147,32 @@ std::expected<Command, UsageError> parseCommandLine(const std::vector<std::strin
     try {
         program.parse(reversed);
     } catch (const CLI::CallForVersion& version) {
-        return PrintText{std::string(version.what()) + "\n"};
+        return PrintText{ std::string(version.what()) + "\n" };
     } catch (const CLI::CallForHelp&) {
-        return PrintText{program.help()};
+        return PrintText{ program.help() };
     } catch (const CLI::CallForAllHelp&) {
-        return PrintText{program.help("", CLI::AppFormatMode::All)};
+        return PrintText{ program.help("", CLI::AppFormatMode::All) };
     } catch (const CLI::ParseError& error) {
-        return std::unexpected(UsageError{sentence(error.what())});
+        return std::unexpected(UsageError{ sentence(error.what()) });
     }
 
     if (renderCommand->parsed()) {
         auto options = render.options();
         if (!options)
             return std::unexpected(options.error());
-        return RenderFile{{std::move(*options), output}};
+        return RenderFile{ { std::move(*options), output } };
     }
     if (playCommand->parsed()) {
         auto options = play.options();
         if (!options)
             return std::unexpected(options.error());
-        return PlayFile{std::move(*options)};
+        return PlayFile{ std::move(*options) };
     }
     if (file.empty())
-        return ShowUsage{program.help()};
+        return ShowUsage{ program.help() };
     PlaybackOptions options;
     options.input = file;
-    return PlayFile{std::move(options)};
+    return PlayFile{ std::move(options) };
 }
 
 }  // namespace quillet

@@ -8,8 +8,8 @@
 namespace quillet {
 namespace {
 
-std::atomic<WakeDescriptor*> activeWake{nullptr};
-std::atomic<bool> interrupted{false};
+std::atomic<WakeDescriptor*> activeWake{ nullptr };
+std::atomic<bool> interrupted{ false };
 
 extern "C" void quilletInterrupted(int)
 {

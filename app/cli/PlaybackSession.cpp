@@ -18,9 +18,9 @@ std::string seconds(double value)
 }  // namespace
 
 PlaybackSession::PlaybackSession(AudioGraph& graph, AudioFileOpener& opener, Scheduler& scheduler)
-    : m_opener(opener)
-    , m_engine(graph, opener, scheduler)
-    , m_state(std::make_shared<AppState>(scheduler, m_settings, m_engine))
+    : m_opener(opener),
+      m_engine(graph, opener, scheduler),
+      m_state(std::make_shared<AppState>(scheduler, m_settings, m_engine))
 {
     m_engine.setAppState(m_state);
 }
@@ -55,7 +55,7 @@ void PlaybackSession::setUp(const PlaybackOptions& options, double durationSecon
     m_state->setLoopDelaySeconds(delayMilliseconds / 1000);
     m_state->setLoopDelayMilliseconds(delayMilliseconds % 1000);
     if (options.equalizerGainsDb)
-        m_state->setEqGains({options.equalizerGainsDb->begin(), options.equalizerGainsDb->end()});
+        m_state->setEqGains({ options.equalizerGainsDb->begin(), options.equalizerGainsDb->end() });
     m_state->setEqEnabled(options.equalizerGainsDb.has_value());
 
     m_engine.timePitch().setRate(m_state->speed() / 100);

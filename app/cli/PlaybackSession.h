@@ -1,6 +1,5 @@
-// One run of the engine for the command line: opens the file, puts the options into a state of its own and plays it through. The
-// user's saved settings are neither read nor written.
-// Threads: main thread.
+// One run of the engine for the command line: opens the file, puts the options into a state of its own and plays it through.
+// The user's saved settings are neither read nor written. Threads: main thread.
 #pragma once
 
 #include "AppCore/SettingsStore.h"
@@ -42,7 +41,7 @@ private:
 
     AudioFileOpener& m_opener;
     MemoryDefaultsDomain m_defaults;
-    SettingsStore m_settings{m_defaults};
+    SettingsStore m_settings{ m_defaults };
     AudioEngine m_engine;
     std::shared_ptr<AppState> m_state;
     PlaybackOptions m_options;

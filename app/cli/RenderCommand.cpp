@@ -30,8 +30,8 @@ using Outcome = std::expected<int, std::string>;
 class SoundToFile {
 public:
     SoundToFile(OfflineOutput& output, WavWriter& writer)
-        : m_output(output)
-        , m_writer(writer)
+        : m_output(output),
+          m_writer(writer)
     {
         m_pending.reserve(samplesPerWrite);
     }

@@ -21,10 +21,7 @@ int fail(const std::string& sentence, int status)
     return status;
 }
 
-int report(const std::expected<int, std::string>& outcome)
-{
-    return outcome ? *outcome : fail(outcome.error(), failed);
-}
+int report(const std::expected<int, std::string>& outcome) { return outcome ? *outcome : fail(outcome.error(), failed); }
 
 int run(const quillet::Command& command)
 {

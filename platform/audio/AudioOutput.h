@@ -20,8 +20,8 @@ public:
 
     virtual ~AudioOutput() = default;
 
-    /// Begins to ask `callback`, which outlives the output's work, for frames. `changed` is called on the main thread when a device was lost or
-    /// found; the first call tells how it began.
+    /// Begins to ask `callback`, which outlives the output's work, for frames. `changed` is called on the main thread when a
+    /// device was lost or found; the first call tells how it began.
     virtual void start(int sampleRate, OutputCallback& callback, std::function<void(State)> changed) = 0;
     /// Ends the work; after it the callback is not called any more.
     virtual void stop() = 0;

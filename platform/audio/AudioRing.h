@@ -19,9 +19,9 @@ class AudioRing {
 public:
     /// `capacityFrames` is a power of two.
     AudioRing(std::int64_t capacityFrames, int width)
-        : m_width(width)
-        , m_capacity(capacityFrames)
-        , m_samples(static_cast<std::size_t>(capacityFrames * width))
+        : m_width(width),
+          m_capacity(capacityFrames),
+          m_samples(static_cast<std::size_t>(capacityFrames * width))
     {
     }
 
@@ -82,8 +82,8 @@ private:
     int m_width;
     std::int64_t m_capacity;
     std::vector<float> m_samples;
-    alignas(64) std::atomic<std::int64_t> m_written{0};
-    alignas(64) std::atomic<std::int64_t> m_consumed{0};
+    alignas(64) std::atomic<std::int64_t> m_written{ 0 };
+    alignas(64) std::atomic<std::int64_t> m_consumed{ 0 };
 };
 
 }  // namespace quillet

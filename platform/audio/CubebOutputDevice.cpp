@@ -30,9 +30,9 @@ struct CubebOutputDevice::Stream {
     int sampleRate = 0;
     OutputCallback* callback = nullptr;
     WakeSemaphore* died = nullptr;
-    std::atomic<bool> alive{true};
+    std::atomic<bool> alive{ true };
     bool priorityRaised = false;
-    std::atomic<std::int64_t> framesHandedOver{0};
+    std::atomic<std::int64_t> framesHandedOver{ 0 };
     std::unique_ptr<cubeb, ContextDeleter> context;
     std::unique_ptr<cubeb_stream, StreamDeleter> stream;
 
@@ -41,7 +41,7 @@ struct CubebOutputDevice::Stream {
         auto* self = static_cast<Stream*>(user);
         if (!std::exchange(self->priorityRaised, true))
             raiseThreadPriority();
-        self->callback->render({static_cast<float*>(output), static_cast<std::size_t>(2 * frames)});
+        self->callback->render({ static_cast<float*>(output), static_cast<std::size_t>(2 * frames) });
         self->framesHandedOver.fetch_add(frames, std::memory_order_relaxed);
         return frames;
     }
@@ -84,8 +84,8 @@ std::expected<void, OutputError> CubebOutputDevice::open(int sampleRate, OutputC
         latencyFrames = static_cast<std::uint32_t>(usualLatencySeconds * sampleRate);
 
     cubeb_stream* handle = nullptr;
-    if (cubeb_stream_init(context, &handle, "Playback", nullptr, nullptr, nullptr, &parameters, latencyFrames,
-                          &Stream::provide, &Stream::stateChanged, stream.get())
+    if (cubeb_stream_init(context, &handle, "Playback", nullptr, nullptr, nullptr, &parameters, latencyFrames, &Stream::provide,
+                          &Stream::stateChanged, stream.get())
         != CUBEB_OK)
         return std::unexpected(OutputError::refused);
     stream->stream.reset(handle);

@@ -15,9 +15,9 @@ constexpr double idleSeconds = 3600;
 }  // namespace
 
 DeviceOutput::DeviceOutput(std::unique_ptr<OutputDevice> device, std::unique_ptr<OutputDevice> substitute, Scheduler& scheduler)
-    : m_device(std::move(device))
-    , m_substitute(std::move(substitute))
-    , m_scheduler(scheduler)
+    : m_device(std::move(device)),
+      m_substitute(std::move(substitute)),
+      m_scheduler(scheduler)
 {
 }
 
@@ -28,7 +28,7 @@ void DeviceOutput::start(int sampleRate, OutputCallback& callback, std::function
     stop();
     m_callback = &callback;
     m_changed = std::move(changed);
-    m_wish = {sampleRate, true};
+    m_wish = { sampleRate, true };
     m_keeper = std::jthread([this](const std::stop_token& stopped) { run(stopped); });
 }
 

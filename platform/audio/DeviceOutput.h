@@ -1,6 +1,6 @@
-// Plays to the machine's device, and while there is none (never was, server killed, headphones pulled) to a substitute that takes
-// the same time; it tries the device again every 250 ms. Playback never stops for it.
-// Threads: main thread outside; a thread of its own opens, closes and watches the devices, since a server may be slow to answer.
+// Plays to the machine's device, and while there is none (never was, server killed, headphones pulled) to a substitute that
+// takes the same time; it tries the device again every 250 ms. Playback never stops for it. Threads: main thread outside; a
+// thread of its own opens, closes and watches the devices, since a server may be slow to answer.
 #pragma once
 
 #include "platform/audio/AudioOutput.h"
@@ -59,7 +59,7 @@ private:
     std::mutex m_lock;
     Wish m_wish;
 
-    std::atomic<double> m_latencySeconds{0.025};
+    std::atomic<double> m_latencySeconds{ 0.025 };
 
     std::optional<State> m_open, m_told;
     std::jthread m_keeper;

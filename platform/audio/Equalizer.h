@@ -1,6 +1,6 @@
-// The equaliser's signal path: five state-variable bells in series whose gains glide, so that no change clicks. At 0 dB in every band
-// it is left out and the samples pass bit for bit.
-// Threads: `setGains` on the main thread, the rest on the thread of the device callback; neither side waits for the other.
+// The equaliser's signal path: five state-variable bells in series whose gains glide, so that no change clicks. At 0 dB in
+// every band it is left out and the samples pass bit for bit. Threads: `setGains` on the main thread, the rest on the thread of
+// the device callback; neither side waits for the other.
 #pragma once
 
 #include "platform/audio/EqualizerCurve.h"
@@ -18,7 +18,8 @@ class Equalizer {
 public:
     // ---- Main thread ----
 
-    /// The gains in dB that the single bands glide to (separatedGains gives them), and the sample rate in Hz they were made for.
+    /// The gains in dB that the single bands glide to (separatedGains gives them), and the sample rate in Hz they were made
+    /// for.
     void setGains(const BandGains& gainsDb, double sampleRate);
 
     // ---- Audio thread ----
@@ -29,7 +30,8 @@ public:
     [[nodiscard]] bool isActive() const QUILLET_REALTIME;
 
 private:
-    /// A bell as a trapezoidal state-variable filter (A. Simper, "Linear trapezoidal integrated SVF"): stable while its gain moves.
+    /// A bell as a trapezoidal state-variable filter (A. Simper, "Linear trapezoidal integrated SVF"): stable while its gain
+    /// moves.
     struct Bell {
         EqualizerBand band;
         double gainDb = 0;
@@ -44,7 +46,7 @@ private:
     bool glide(Bell& bell, double targetDb, std::size_t frames) QUILLET_REALTIME;
 
     std::array<std::atomic<double>, EqualizerNode::bandCount> m_targetDb{};
-    std::atomic<double> m_wantedSampleRate{0};
+    std::atomic<double> m_wantedSampleRate{ 0 };
 
     double m_sampleRate = 0;
     std::array<Bell, EqualizerNode::bandCount> m_bells;

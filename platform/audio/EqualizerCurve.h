@@ -29,7 +29,8 @@ struct EqualizerBand {
 /// The gain in dB of `band` set to `gainDb`, at `frequencyHz`.
 [[nodiscard]] double bandResponseDb(const EqualizerBand& band, double gainDb, double frequencyHz, double sampleRate);
 
-/// The gains to give to the single bands so that the whole equaliser has `wantedDb` at each active band's centre, within 0.01 dB.
+/// The gains to give to the single bands so that the whole equaliser has `wantedDb` at each active band's centre, within 0.01
+/// dB.
 [[nodiscard]] BandGains separatedGains(const BandGains& wantedDb, double sampleRate);
 
 }  // namespace quillet

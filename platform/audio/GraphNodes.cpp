@@ -15,7 +15,7 @@ void GraphPlayer::scheduleSegment(std::shared_ptr<AudioFile> file, FrameRange se
 {
     REQUIRE(file != nullptr && segment.start >= 0 && segment.count > 0 && segment.start < file->length());
     segment.count = std::min(segment.count, file->length() - segment.start);
-    m_schedule = Schedule{std::move(file), segment, std::move(playedBack)};
+    m_schedule = Schedule{ std::move(file), segment, std::move(playedBack) };
     m_hint.reset();
     m_restart = true;
     m_graph.playerChanged(*this);

@@ -32,8 +32,8 @@ void Limiter::process(std::span<float> stereo, bool engaged) QUILLET_REALTIME
     }
 }
 
-/// The gain for the frame that leaves the delay now, given the peak of the frame that enters it. A peak sets a slope that reaches
-/// its gain just in time; the steepest slope wins, and the gain stays down until the last peak has left.
+/// The gain for the frame that leaves the delay now, given the peak of the frame that enters it. A peak sets a slope that
+/// reaches its gain just in time; the steepest slope wins, and the gain stays down until the last peak has left.
 float Limiter::nextGain(float peak) QUILLET_REALTIME
 {
     if (peak > fullScale) {

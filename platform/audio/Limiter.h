@@ -16,8 +16,8 @@ public:
     /// The constant delay, and the time in which the gain falls ahead of a peak: 1.5 ms at 44.1 kHz.
     static constexpr int delayFrames = 64;
 
-    /// Limits interleaved stereo frames in place, delayed by delayFrames. While not `engaged` it only delays (and lets a gain that
-    /// is still reduced recover).
+    /// Limits interleaved stereo frames in place, delayed by delayFrames. While not `engaged` it only delays (and lets a gain
+    /// that is still reduced recover).
     void process(std::span<float> stereo, bool engaged) QUILLET_REALTIME;
 
 private:

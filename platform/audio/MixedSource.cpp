@@ -39,7 +39,7 @@ std::int64_t MixedSource::fetch(std::int64_t frame)
         // Read before the ends: an end is pushed before the frames around it, so none is overlooked.
         const std::int64_t available = m_take->ring.available();
         takeEnds();
-        std::int64_t count = std::min({frame - m_fetched, available, blockFrames});
+        std::int64_t count = std::min({ frame - m_fetched, available, blockFrames });
         if (m_end)
             count = std::min(count, *m_end - m_fetched);
         if (count <= 0)
@@ -87,7 +87,8 @@ void MixedSource::mixGliding(std::int64_t first, std::span<float> stereo, Gains&
     for (std::size_t i = 0; i < stereo.size(); i += 2) {
         for (std::size_t source = 0; source < gains.size(); ++source) {
             const float target = m_targets[source];
-            gains[source] = gains[source] < target ? std::min(target, gains[source] + step) : std::max(target, gains[source] - step);
+            gains[source] =
+                gains[source] < target ? std::min(target, gains[source] + step) : std::max(target, gains[source] - step);
         }
         mixSteady(first + static_cast<std::int64_t>(i / 2), stereo.subspan(i, 2), gains);
     }

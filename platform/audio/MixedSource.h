@@ -1,6 +1,6 @@
-// The take as one stereo stream: the sum of its files, each through its mixers' gains, addressed by frames since the take's start.
-// It remembers the files' last half second apart from each other, so that the renderer can look back when it changes over between
-// stretching and not, or when a gain has changed and must not wait for what the stretcher has swallowed already.
+// The take as one stereo stream: the sum of its files, each through its mixers' gains, addressed by frames since the take's
+// start. It remembers the files' last half second apart from each other, so that the renderer can look back when it changes
+// over between stretching and not, or when a gain has changed and must not wait for what the stretcher has swallowed already.
 // Threads: the render thread.
 #pragma once
 
@@ -30,8 +30,8 @@ public:
     using Gains = std::vector<float>;
     /// Where the mixers are now.
     void readGains(Gains& gains) const;
-    /// The sum of the files from frame `first` on: silence before the take and behind its end, else what was fetched within the last half
-    /// second. `gains` move on to where the mixers are now over a few milliseconds.
+    /// The sum of the files from frame `first` on: silence before the take and behind its end, else what was fetched within the
+    /// last half second. `gains` move on to where the mixers are now over a few milliseconds.
     void mixGliding(std::int64_t first, std::span<float> stereo, Gains& gains) const;
     /// The same with gains that stay.
     void mixSteady(std::int64_t first, std::span<float> stereo, const Gains& gains) const;

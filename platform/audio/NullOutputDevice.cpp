@@ -27,7 +27,8 @@ void consume(const std::stop_token& stopped, int sampleRate, OutputCallback& cal
 
 std::expected<void, OutputError> NullOutputDevice::open(int sampleRate, OutputCallback& callback, WakeSemaphore&)
 {
-    m_worker = std::jthread([sampleRate, &callback](const std::stop_token& stopped) { consume(stopped, sampleRate, callback); });
+    m_worker =
+        std::jthread([sampleRate, &callback](const std::stop_token& stopped) { consume(stopped, sampleRate, callback); });
     return {};
 }
 

@@ -27,9 +27,10 @@ class OutputDevice {
 public:
     virtual ~OutputDevice() = default;
 
-    /// Begins to call `callback` for frames at `sampleRate` Hz, until `close`. `died` is woken when the stream dies by itself; both
-    /// must outlive the stream.
-    [[nodiscard]] virtual std::expected<void, OutputError> open(int sampleRate, OutputCallback& callback, WakeSemaphore& died) = 0;
+    /// Begins to call `callback` for frames at `sampleRate` Hz, until `close`. `died` is woken when the stream dies by itself;
+    /// both must outlive the stream.
+    [[nodiscard]] virtual std::expected<void, OutputError> open(int sampleRate, OutputCallback& callback,
+                                                                WakeSemaphore& died) = 0;
     /// Ends the stream; after it the callback is not called any more. Harmless when none is open.
     virtual void close() = 0;
     /// False once the open stream has died (the server went away, the device was pulled). Any thread.

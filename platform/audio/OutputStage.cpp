@@ -61,7 +61,8 @@ std::int64_t OutputStage::copySound(std::span<float> stereo) QUILLET_REALTIME
         if (m_waiting && !hasStarted())
             break;
         const std::int64_t most = silenced ? frames - at : std::min(frames - at, untilCut - m_level);
-        const std::int64_t copied = copyBlock(stereo.subspan(static_cast<std::size_t>(2 * at)).first(static_cast<std::size_t>(2 * most)), silenced);
+        const std::int64_t copied =
+            copyBlock(stereo.subspan(static_cast<std::size_t>(2 * at)).first(static_cast<std::size_t>(2 * most)), silenced);
         at += copied;
         if (copied > 0)
             continue;
@@ -82,7 +83,8 @@ const OutputMark* OutputStage::findCut() const QUILLET_REALTIME
         return nullptr;
     for (std::size_t i = 0;; ++i) {
         const OutputMark* mark = m_marks.peek(i);
-        const bool ends = mark != nullptr && (mark->kind == OutputMark::Kind::passEnd || mark->kind == OutputMark::Kind::takeEnd);
+        const bool ends =
+            mark != nullptr && (mark->kind == OutputMark::Kind::passEnd || mark->kind == OutputMark::Kind::takeEnd);
         if (mark == nullptr || (ends && mark->epoch == m_epoch))
             return mark;
     }
@@ -191,8 +193,8 @@ void OutputStage::reportProgress(bool moving) QUILLET_REALTIME
 {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     const double played = static_cast<double>(m_ring.consumed() - m_markedOutput);
-    m_report.write({m_epoch, m_passesEnded, m_ended, m_markedSource + played * m_slope, moving && !m_ended ? m_slope : 0,
-                    std::chrono::duration_cast<std::chrono::nanoseconds>(now).count()});
+    m_report.write({ m_epoch, m_passesEnded, m_ended, m_markedSource + played * m_slope, moving && !m_ended ? m_slope : 0,
+                     std::chrono::duration_cast<std::chrono::nanoseconds>(now).count() });
     if (m_endingPassed) {
         m_endingPassed = false;
         m_endings.raise();
@@ -214,8 +216,7 @@ bool OutputStage::isReady(std::int64_t frames) const QUILLET_REALTIME
         begin = mark->outputFrame;
         needed = mark->framesNeeded;
     }
-    return findMark(OutputMark::Kind::takeEnd, epoch) != nullptr
-        || m_ring.written() - begin >= std::max(frames, needed);
+    return findMark(OutputMark::Kind::takeEnd, epoch) != nullptr || m_ring.written() - begin >= std::max(frames, needed);
 }
 
 }  // namespace quillet

@@ -1,7 +1,7 @@
-// The end of the sound's road, run by the device callback: copies rendered frames out of the ring, fades where the sound stops or
-// is held, drops what belongs to an older take, equalises, limits, counts, and tells the main thread what has been heard.
-// It decodes and stretches nothing.
-// Threads: three sides, divided by banners; the audio side neither allocates nor locks nor waits.
+// The end of the sound's road, run by the device callback: copies rendered frames out of the ring, fades where the sound stops
+// or is held, drops what belongs to an older take, equalises, limits, counts, and tells the main thread what has been heard. It
+// decodes and stretches nothing. Threads: three sides, divided by banners; the audio side neither allocates nor locks nor
+// waits.
 #pragma once
 
 #include "platform/audio/AudioRing.h"
@@ -87,7 +87,7 @@ private:
     void reportProgress(bool moving) QUILLET_REALTIME;
 
     WakeSemaphore& m_renderer;
-    AudioRing m_ring{ringFrames, 2};
+    AudioRing m_ring{ ringFrames, 2 };
     OutputMarks m_marks;
     TripleBuffer<OutputReport> m_report;
     WakeDescriptor m_endings;
@@ -96,11 +96,11 @@ private:
     std::array<float, fadeFrames + 1> m_fade{};
 
     /// The wanted epoch, shifted up by one bit; the lowest bit says whether it has a take.
-    std::atomic<std::int64_t> m_wanted{0};
-    std::atomic<std::int64_t> m_closedEpoch{0};
-    std::atomic<std::int64_t> m_pausedEpoch{0};
-    std::atomic<bool> m_limiting{false};
-    std::atomic<std::int64_t> m_underruns{0};
+    std::atomic<std::int64_t> m_wanted{ 0 };
+    std::atomic<std::int64_t> m_closedEpoch{ 0 };
+    std::atomic<std::int64_t> m_pausedEpoch{ 0 };
+    std::atomic<bool> m_limiting{ false };
+    std::atomic<std::int64_t> m_underruns{ 0 };
 
     // Audio thread.
     std::int64_t m_epoch = 0;

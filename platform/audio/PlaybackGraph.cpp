@@ -21,13 +21,13 @@ double secondsSince(std::int64_t steadyNanoseconds)
 }  // namespace
 
 PlaybackGraph::PlaybackGraph(AudioOutput& output, Scheduler& scheduler)
-    : m_output(output)
-    , m_scheduler(scheduler)
-    , m_timePitch([this] { settingsChanged(); })
-    , m_equalizer([this] { settingsChanged(); })
-    , m_renderer(m_stage, [this] { m_source.wake(); })
-    , m_source([this] { m_renderWake.wake(); })
-    , m_render(m_renderer, m_renderWake, [this] { m_output.framesReady(); })
+    : m_output(output),
+      m_scheduler(scheduler),
+      m_timePitch([this] { settingsChanged(); }),
+      m_equalizer([this] { settingsChanged(); }),
+      m_renderer(m_stage, [this] { m_source.wake(); }),
+      m_source([this] { m_renderWake.wake(); }),
+      m_render(m_renderer, m_renderWake, [this] { m_output.framesReady(); })
 {
     settingsChanged();
 }
@@ -72,7 +72,7 @@ void PlaybackGraph::remove(AudioNode& node)
 {
     if (std::ranges::find(m_sounding, &node) != m_sounding.end())
         endTake();
-    std::vector<AudioNode*> reached{&m_timePitch};
+    std::vector<AudioNode*> reached{ &m_timePitch };
     while (!reached.empty()) {
         auto& nodes = inputsOf(*reached.back()).nodes;
         reached.pop_back();
@@ -88,7 +88,7 @@ void PlaybackGraph::collectVoices(AudioNode& node, std::vector<std::shared_ptr<c
 {
     if (auto* player = dynamic_cast<GraphPlayer*>(&node)) {
         if (player->schedule() && player->state() != GraphPlayer::State::stopped)
-            voices.push_back({player, std::move(gains)});
+            voices.push_back({ player, std::move(gains) });
         return;
     }
     if (auto* mixer = dynamic_cast<GraphMixer*>(&node))
@@ -175,7 +175,7 @@ void PlaybackGraph::startTake(const std::vector<Voice>& voices)
     std::vector<TakeSource> sources;
     m_sounding.clear();
     for (const Voice& voice : voices) {
-        sources.push_back({voice.player->schedule()->file, voice.gains});
+        sources.push_back({ voice.player->schedule()->file, voice.gains });
         m_sounding.push_back(voice.player);
     }
     ++m_epoch;

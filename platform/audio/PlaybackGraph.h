@@ -1,6 +1,6 @@
-// The audio graph that really sounds: turns what the nodes were told into takes, hands them to the source and render threads, and
-// brings ends and positions back to the main thread. The output it plays into is given to it.
-// Threads: main thread; it owns the threads that do the work.
+// The audio graph that really sounds: turns what the nodes were told into takes, hands them to the source and render threads,
+// and brings ends and positions back to the main thread. The output it plays into is given to it. Threads: main thread; it owns
+// the threads that do the work.
 #pragma once
 
 #include "platform/audio/AudioOutput.h"
@@ -87,7 +87,7 @@ private:
     std::int64_t m_pass = 0;
 
     WakeSemaphore m_renderWake;
-    OutputStage m_stage{m_renderWake};
+    OutputStage m_stage{ m_renderWake };
     Renderer m_renderer;
     SourceThread m_source;
     RenderThread m_render;

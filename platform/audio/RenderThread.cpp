@@ -7,10 +7,10 @@
 namespace quillet {
 
 RenderThread::RenderThread(Renderer& renderer, WakeSemaphore& wake, std::function<void()> rendered)
-    : m_renderer(renderer)
-    , m_wake(wake)
-    , m_rendered(std::move(rendered))
-    , m_worker([this](const std::stop_token& stopped) { run(stopped); })
+    : m_renderer(renderer),
+      m_wake(wake),
+      m_rendered(std::move(rendered)),
+      m_worker([this](const std::stop_token& stopped) { run(stopped); })
 {
 }
 

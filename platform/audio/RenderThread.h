@@ -1,6 +1,5 @@
-// Drives the renderer: wakes when the device took frames, when the source delivered, or when there is a new take, and renders until
-// the output ring is full again.
-// Threads: owns one worker; its functions may be called from any other thread.
+// Drives the renderer: wakes when the device took frames, when the source delivered, or when there is a new take, and renders
+// until the output ring is full again. Threads: owns one worker; its functions may be called from any other thread.
 #pragma once
 
 #include "platform/audio/Renderer.h"
@@ -15,7 +14,8 @@ namespace quillet {
 
 class RenderThread {
 public:
-    /// `wake` is the semaphore that everyone with news for the renderer wakes; `rendered` is called on the worker after each step.
+    /// `wake` is the semaphore that everyone with news for the renderer wakes; `rendered` is called on the worker after each
+    /// step.
     RenderThread(Renderer& renderer, WakeSemaphore& wake, std::function<void()> rendered);
     ~RenderThread();
 

@@ -33,11 +33,11 @@ constexpr double highSpeed = 1.5;
 }  // namespace
 
 Renderer::Renderer(OutputStage& output, std::function<void()> sourceConsumed)
-    : m_output(output)
-    , m_source(std::move(sourceConsumed))
-    , m_block(2 * stepFrames)
-    , m_other(2 * stepFrames)
-    , m_feed(2 * TimeStretcher::maximumBlock)
+    : m_output(output),
+      m_source(std::move(sourceConsumed)),
+      m_block(2 * stepFrames),
+      m_other(2 * stepFrames),
+      m_feed(2 * TimeStretcher::maximumBlock)
 {
 }
 
@@ -65,7 +65,8 @@ std::int64_t Renderer::scaled(double framesAt44100) const
     return std::max<std::int64_t>(1, std::llround(framesAt44100 * m_source.take()->sampleRate / 44100));
 }
 
-/// How many frames the output ring is to hold: more where the stretcher's bursts are dear, and for a while after one came too late.
+/// How many frames the output ring is to hold: more where the stretcher's bursts are dear, and for a while after one came too
+/// late.
 std::int64_t Renderer::fillTarget()
 {
     if (m_output.underruns() != m_seenUnderruns) {
@@ -361,7 +362,7 @@ void Renderer::emit(std::span<float> stereo, double position)
 bool Renderer::pushMark(OutputMark::Kind kind, std::int64_t outputFrame, double position, std::int64_t cutFrame)
 {
     const double needed = m_mode == Mode::dry ? dryStartFrames : wetStartFrames;
-    if (!m_output.marks().push({kind, outputFrame, m_source.take()->epoch, scaled(needed), cutFrame, position, m_slope}))
+    if (!m_output.marks().push({ kind, outputFrame, m_source.take()->epoch, scaled(needed), cutFrame, position, m_slope }))
         return false;
     m_lastMark = outputFrame;
     m_markedSlope = m_slope;

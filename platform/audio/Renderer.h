@@ -1,7 +1,7 @@
 // Turns the present take into what the device gets: stretched and transposed, or untouched, in small steps that keep the output
-// ring filled just far enough. It maps output frames to source frames, marks beginnings and ends, and ramps the take's two edges.
-// It does not decode, and it never runs in the device callback: one of the stretcher's bursts is longer than a device period.
-// Threads: `setRate` and `setPitch` on the main thread, the rest on the render thread.
+// ring filled just far enough. It maps output frames to source frames, marks beginnings and ends, and ramps the take's two
+// edges. It does not decode, and it never runs in the device callback: one of the stretcher's bursts is longer than a device
+// period. Threads: `setRate` and `setPitch` on the main thread, the rest on the render thread.
 #pragma once
 
 #include "platform/audio/MixedSource.h"
@@ -29,7 +29,8 @@ public:
 
     // ---- Render thread ----
 
-    /// How much the thread may count on its turn: with real-time scheduling the ring is kept shorter, and changes are heard sooner.
+    /// How much the thread may count on its turn: with real-time scheduling the ring is kept shorter, and changes are heard
+    /// sooner.
     void setPriority(ThreadPriority priority) { m_priority = priority; }
     /// Renders `take` from now on; null ends the sound.
     void begin(std::shared_ptr<Take> take);
@@ -62,8 +63,8 @@ private:
 
     OutputStage& m_output;
     MixedSource m_source;
-    std::atomic<double> m_rate{1};
-    std::atomic<double> m_pitchCents{0};
+    std::atomic<double> m_rate{ 1 };
+    std::atomic<double> m_pitchCents{ 0 };
 
     std::unique_ptr<TimeStretcher> m_stretcher, m_spare;
     int m_stretcherRate = 0;

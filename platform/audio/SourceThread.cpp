@@ -23,8 +23,8 @@ std::int64_t frames(double seconds, int sampleRate) { return static_cast<std::in
 }  // namespace
 
 SourceThread::SourceThread(std::function<void()> delivered)
-    : m_delivered(std::move(delivered))
-    , m_worker([this](const std::stop_token& stopped) { run(stopped); })
+    : m_delivered(std::move(delivered)),
+      m_worker([this](const std::stop_token& stopped) { run(stopped); })
 {
 }
 
@@ -107,7 +107,7 @@ void SourceThread::endPass()
     const std::int64_t end = m_streamFrames + rest;
     const auto next = m_take->beginNextPass(end, frames(shortestLoopSeconds, m_take->sampleRate));
     // The ring holds far fewer of the shortest passes than the queue holds ends.
-    REQUIRE(m_take->passEnds.push({end, next ? rest : 0, !next}));
+    REQUIRE(m_take->passEnds.push({ end, next ? rest : 0, !next }));
     if (!next) {
         readStep(rest);
         m_ended = true;

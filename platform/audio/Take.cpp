@@ -18,11 +18,11 @@ constexpr std::size_t keptPasses = 512;
 }  // namespace
 
 Take::Take(std::int64_t takeEpoch, int rate, std::vector<TakeSource> takeSources, FrameRange segment)
-    : epoch(takeEpoch)
-    , sampleRate(rate)
-    , sources(std::move(takeSources))
-    , ring(ringFrames(rate), 2 * static_cast<int>(sources.size()))
-    , m_passes{{segment, 0}}
+    : epoch(takeEpoch),
+      sampleRate(rate),
+      sources(std::move(takeSources)),
+      ring(ringFrames(rate), 2 * static_cast<int>(sources.size())),
+      m_passes{ { segment, 0 } }
 {
 }
 
@@ -47,7 +47,8 @@ std::int64_t Take::passCount() const
 Pass Take::pass(std::int64_t number) const
 {
     const std::scoped_lock lock(m_lock);
-    const std::int64_t index = std::clamp<std::int64_t>(number - m_forgotten, 0, static_cast<std::int64_t>(m_passes.size()) - 1);
+    const std::int64_t index =
+        std::clamp<std::int64_t>(number - m_forgotten, 0, static_cast<std::int64_t>(m_passes.size()) - 1);
     return m_passes[static_cast<std::size_t>(index)];
 }
 
@@ -60,7 +61,7 @@ std::optional<FrameRange> Take::beginNextPass(std::int64_t startFrame, std::int6
         m_passes.erase(m_passes.begin(), m_passes.begin() + keptPasses / 2);
         m_forgotten += keptPasses / 2;
     }
-    m_passes.push_back({*m_next, startFrame});
+    m_passes.push_back({ *m_next, startFrame });
     return m_next;
 }
 

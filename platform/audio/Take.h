@@ -1,5 +1,5 @@
-// One uninterrupted run of sound: a segment of one or several files in step (the stems), and the passes that follow it without a
-// gap while they are wanted. The source thread fills its ring, the renderer empties it; a new `play` makes a new take, so
+// One uninterrupted run of sound: a segment of one or several files in step (the stems), and the passes that follow it without
+// a gap while they are wanted. The source thread fills its ring, the renderer empties it; a new `play` makes a new take, so
 // nothing stale has to be searched for in a ring.
 // Threads: shared by the main, source and render threads; each member says who touches it.
 #pragma once
@@ -19,7 +19,7 @@ namespace quillet {
 
 /// A linear factor shared by a mixer (main thread) and the renderer.
 struct SharedGain {
-    std::atomic<float> factor{1};
+    std::atomic<float> factor{ 1 };
 };
 
 /// One file of a take, with the mixers on its way.
@@ -59,7 +59,7 @@ public:
     SpscQueue<PassEnd, 256> passEnds;
 
     /// Raised on the main thread, for good: no further end of a pass may be crossed, what was written behind it is not heard.
-    std::atomic<bool> closed{false};
+    std::atomic<bool> closed{ false };
 
     // ---- Main and source thread, under the lock ----
 

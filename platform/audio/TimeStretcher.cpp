@@ -21,9 +21,9 @@ constexpr RubberBandStretcher::Options stretcherOptions = RubberBandStretcher::O
 
 struct TimeStretcher::Engine {
     explicit Engine(int sampleRate)
-        : stretcher(static_cast<std::size_t>(sampleRate), 2, stretcherOptions)
-        , left(static_cast<std::size_t>(maximumBlock))
-        , right(static_cast<std::size_t>(maximumBlock))
+        : stretcher(static_cast<std::size_t>(sampleRate), 2, stretcherOptions),
+          left(static_cast<std::size_t>(maximumBlock)),
+          right(static_cast<std::size_t>(maximumBlock))
     {
         stretcher.setMaxProcessSize(static_cast<std::size_t>(maximumBlock));
     }
@@ -72,7 +72,7 @@ void TimeStretcher::feed(std::span<const float> stereo)
         m_engine->left[i] = stereo[2 * i];
         m_engine->right[i] = stereo[2 * i + 1];
     }
-    const std::array<const float*, 2> channels{m_engine->left.data(), m_engine->right.data()};
+    const std::array<const float*, 2> channels{ m_engine->left.data(), m_engine->right.data() };
     m_engine->stretcher.process(channels.data(), frames, false);
 }
 
@@ -82,9 +82,9 @@ std::int64_t TimeStretcher::retrieve(std::span<float> stereo)
     const std::int64_t frames = std::min<std::int64_t>(wanted, m_engine->stretcher.available());
     if (frames <= 0)
         return 0;
-    const std::array<float*, 2> channels{m_engine->left.data(), m_engine->right.data()};
-    const auto count = static_cast<std::size_t>(
-        m_engine->stretcher.retrieve(channels.data(), static_cast<std::size_t>(frames)));
+    const std::array<float*, 2> channels{ m_engine->left.data(), m_engine->right.data() };
+    const auto count =
+        static_cast<std::size_t>(m_engine->stretcher.retrieve(channels.data(), static_cast<std::size_t>(frames)));
     for (std::size_t i = 0; i < count; ++i) {
         stereo[2 * i] = m_engine->left[i];
         stereo[2 * i + 1] = m_engine->right[i];

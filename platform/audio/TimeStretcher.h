@@ -1,6 +1,7 @@
 // Changes speed and pitch independently: Rubber Band's finer engine in real-time mode, fed and read in interleaved stereo. It
 // counts nothing and knows no segments; Renderer maps its output to source frames.
-// Threads: one worker thread; `reset`, a change of pitch and the constructor allocate, so none of it belongs in a device callback.
+// Threads: one worker thread; `reset`, a change of pitch and the constructor allocate, so none of it belongs in a device
+// callback.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +23,8 @@ public:
     /// Forgets all it was fed.
     void reset();
 
-    /// Frames to feed ahead of the first frame (silence, or what comes before it) at the present pitch, and the frames of output to drop
-    /// then, so that what follows begins with the first frame.
+    /// Frames to feed ahead of the first frame (silence, or what comes before it) at the present pitch, and the frames of
+    /// output to drop then, so that what follows begins with the first frame.
     [[nodiscard]] std::int64_t startPad() const;
     [[nodiscard]] std::int64_t startDelay() const;
 

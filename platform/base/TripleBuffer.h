@@ -10,8 +10,7 @@
 
 namespace quillet {
 
-template <typename T>
-class TripleBuffer {
+template <typename T> class TripleBuffer {
     static_assert(std::is_trivially_copyable_v<T>);
     static_assert(std::atomic<std::uint8_t>::is_always_lock_free);
 
@@ -36,7 +35,7 @@ private:
     static constexpr std::uint8_t fresh = 4;
 
     std::array<T, 3> m_slots{};
-    std::atomic<std::uint8_t> m_shared{1};
+    std::atomic<std::uint8_t> m_shared{ 1 };
     std::uint8_t m_writing = 0;
     std::uint8_t m_reading = 2;
 };

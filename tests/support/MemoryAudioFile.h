@@ -16,8 +16,8 @@ class MemoryAudioFile final : public AudioFile {
 public:
     /// `stereo` holds interleaved frames.
     MemoryAudioFile(int sampleRate, std::vector<float> stereo)
-        : m_sampleRate(sampleRate)
-        , m_stereo(std::move(stereo))
+        : m_sampleRate(sampleRate),
+          m_stereo(std::move(stereo))
     {
     }
 
@@ -28,7 +28,7 @@ public:
         m_stereo.reserve(static_cast<std::size_t>(2 * frames));
         for (std::int64_t i = 0; i < frames; ++i) {
             const auto value = static_cast<float>(signal(static_cast<double>(i) / sampleRate));
-            m_stereo.insert(m_stereo.end(), {value, value});
+            m_stereo.insert(m_stereo.end(), { value, value });
         }
     }
 

@@ -22,7 +22,7 @@ struct Render : testing::Test {
     /// An audio file made by ffmpeg from one of its signal sources.
     std::string make(const std::string& name, const std::string& source, std::vector<std::string> options = {})
     {
-        std::vector<std::string> command{"ffmpeg", "-v", "error", "-f", "lavfi", "-i", source};
+        std::vector<std::string> command{ "ffmpeg", "-v", "error", "-f", "lavfi", "-i", source };
         command.insert(command.end(), options.begin(), options.end());
         command.push_back(path(name));
         const CommandResult made = runCommand(command);
@@ -40,7 +40,7 @@ struct Render : testing::Test {
     std::vector<float> render(std::vector<std::string> arguments)
     {
         arguments.insert(arguments.begin(), "render");
-        arguments.insert(arguments.end(), {"-o", path("out.wav")});
+        arguments.insert(arguments.end(), { "-o", path("out.wav") });
         const CommandResult result = quillet(arguments);
         EXPECT_EQ(result.status, 0) << result.errorOutput;
         EXPECT_EQ(result.errorOutput, "");
@@ -73,21 +73,21 @@ TEST_F(Render, EveryFormatHasTheLengthAndPitchAskedFor)
         std::vector<std::string> options;
     };
     const Case cases[] = {
-        {"44100-2-s16.wav", 44100, {"-ac", "2"}},
-        {"8000-1-u8.wav", 8000, {"-ar", "8000", "-c:a", "pcm_u8"}},
-        {"192000-2-f32.wav", 192000, {"-ar", "192000", "-c:a", "pcm_f32le"}},
-        {"48000-6-s24.wav", 48000, {"-ar", "48000", "-ac", "6", "-c:a", "pcm_s24le"}},
-        {"22050-1-s16.aiff", 22050, {"-ar", "22050"}},
-        {"96000-2.flac", 96000, {"-ar", "96000", "-ac", "2"}},
-        {"cbr.mp3", 44100, {"-b:a", "128k"}},
-        {"vbr-no-xing.mp3", 44100, {"-q:a", "4", "-write_xing", "0"}},
-        {"aac.m4a", 44100, {}},
-        {"vorbis.ogg", 44100, {}},
-        {"opus.opus", 48000, {}},
+        { "44100-2-s16.wav", 44100, { "-ac", "2" } },
+        { "8000-1-u8.wav", 8000, { "-ar", "8000", "-c:a", "pcm_u8" } },
+        { "192000-2-f32.wav", 192000, { "-ar", "192000", "-c:a", "pcm_f32le" } },
+        { "48000-6-s24.wav", 48000, { "-ar", "48000", "-ac", "6", "-c:a", "pcm_s24le" } },
+        { "22050-1-s16.aiff", 22050, { "-ar", "22050" } },
+        { "96000-2.flac", 96000, { "-ar", "96000", "-ac", "2" } },
+        { "cbr.mp3", 44100, { "-b:a", "128k" } },
+        { "vbr-no-xing.mp3", 44100, { "-q:a", "4", "-write_xing", "0" } },
+        { "aac.m4a", 44100, {} },
+        { "vorbis.ogg", 44100, {} },
+        { "opus.opus", 48000, {} },
     };
     for (const Case& format : cases) {
         const std::string file = make(format.name, "sine=frequency=441:duration=3:sample_rate=44100", format.options);
-        const auto heard = render({file, "--from", "0.5", "--to", "2.5", "--speed", "80"});
+        const auto heard = render({ file, "--from", "0.5", "--to", "2.5", "--speed", "80" });
         EXPECT_NEAR(seconds(heard, format.sampleRate), 2.5, 0.005) << format.name;
         // Zero crossings count the periods of a clean tone.
         const auto first = heard.begin() + std::ssize(heard) / 5;
@@ -103,7 +103,7 @@ TEST_F(Render, AtNormalSpeedTheFileComesOutUnchanged)
 {
     const std::string file = make("noise.flac", "anoisesrc=duration=2:sample_rate=44100:seed=5:amplitude=0.9");
     const auto source = left(file);
-    const auto heard = render({file, "--from", "0.25", "--to", "1.75"});
+    const auto heard = render({ file, "--from", "0.25", "--to", "1.75" });
     ASSERT_NEAR(seconds(heard, 44100), 1.5, 0.005);
     for (std::size_t i = 300; i < 66150 - 300; ++i)
         ASSERT_EQ(heard[i], source[11025 + i]) << i;
@@ -112,8 +112,8 @@ TEST_F(Render, AtNormalSpeedTheFileComesOutUnchanged)
 TEST_F(Render, ExtremeSpeedsKeepTheLength)
 {
     const std::string file = make("tone.wav", "sine=frequency=300:duration=4");
-    for (const double speed : {5.0, 33.3, 100.0, 150.0, 300.0}) {
-        const auto heard = render({file, "--from", "1", "--to", "2", "--speed", std::to_string(speed)});
+    for (const double speed : { 5.0, 33.3, 100.0, 150.0, 300.0 }) {
+        const auto heard = render({ file, "--from", "1", "--to", "2", "--speed", std::to_string(speed) });
         EXPECT_NEAR(seconds(heard, 44100), 100 / speed, 0.005) << speed;
     }
 }
@@ -121,23 +121,24 @@ TEST_F(Render, ExtremeSpeedsKeepTheLength)
 TEST_F(Render, SlowedClicksAreWhereTheStretcherPutsThemOffline)
 {
     const std::string file = make("clicks.wav", "aevalsrc='0.9*lt(mod(t+0.3,0.7),0.001)':duration=3:sample_rate=44100");
-    const auto heard = render({file, "--speed", "25"});
-    ASSERT_EQ(runCommand({"rubberband", "-q", "-3", "-t", "4", file, path("reference.wav")}).status, 0);
+    const auto heard = render({ file, "--speed", "25" });
+    ASSERT_EQ(runCommand({ "rubberband", "-q", "-3", "-t", "4", file, path("reference.wav") }).status, 0);
     const auto reference = left(path("reference.wav"));
     const auto loudest = [](const std::vector<float>& samples, double around) {
         const auto first = samples.begin() + static_cast<std::int64_t>((around - 0.2) * 44100);
         return std::ranges::max_element(first, first + 17640, {}, [](float v) { return std::abs(v); }) - samples.begin();
     };
-    for (const double click : {0.4, 1.1, 1.8, 2.5})
-        EXPECT_NEAR(static_cast<double>(loudest(heard, 4 * click)), static_cast<double>(loudest(reference, 4 * click)), 220) << click;
+    for (const double click : { 0.4, 1.1, 1.8, 2.5 })
+        EXPECT_NEAR(static_cast<double>(loudest(heard, 4 * click)), static_cast<double>(loudest(reference, 4 * click)), 220)
+            << click;
 }
 
 TEST_F(Render, PassesPausesAndHold)
 {
     const std::string file = make("tone.wav", "sine=frequency=441:duration=2");
-    EXPECT_NEAR(seconds(render({file, "--to", "1", "--passes", "3"}), 44100), 3, 0.01);
-    EXPECT_NEAR(seconds(render({file, "--hold", "1", "--passes", "5"}), 44100), 0.4, 0.01);
-    const auto paused = render({file, "--to", "1", "--passes", "2", "--delay", "0.75"});
+    EXPECT_NEAR(seconds(render({ file, "--to", "1", "--passes", "3" }), 44100), 3, 0.01);
+    EXPECT_NEAR(seconds(render({ file, "--hold", "1", "--passes", "5" }), 44100), 0.4, 0.01);
+    const auto paused = render({ file, "--to", "1", "--passes", "2", "--delay", "0.75" });
     EXPECT_NEAR(seconds(paused, 44100), 2.75, 0.03);
     const auto silent = [](float sample) { return sample == 0; };
     EXPECT_TRUE(std::all_of(paused.begin() + 44100 + 64, paused.begin() + 44100 + 33000, silent));
@@ -149,7 +150,7 @@ TEST_F(Render, BadInputIsOneSentenceAndLeavesNothing)
     const std::string song = make("song.wav", "sine=duration=1");
     std::ofstream(path("text.mp3")) << "this is no music\n";
     std::ofstream(path("empty.mp3")).flush();
-    make("header.wav", "sine=duration=1", {"-t", "0"});
+    make("header.wav", "sine=duration=1", { "-t", "0" });
     make("silent.mp4", "testsrc=duration=0.2:size=64x64");
     std::filesystem::create_directory(folder / "folder");
     struct Case {
@@ -157,29 +158,29 @@ TEST_F(Render, BadInputIsOneSentenceAndLeavesNothing)
         int status;
     };
     const Case cases[] = {
-        {{path("missing.mp3")}, 1},
-        {{path("folder")}, 1},
-        {{path("empty.mp3")}, 1},
-        {{path("text.mp3")}, 1},
-        {{path("header.wav")}, 1},
-        {{path("silent.mp4")}, 1},
-        {{"/dev/zero"}, 1},
-        {{song, "--from", "1"}, 1},
-        {{song, "--hold", "7"}, 1},
-        {{song, "--from", "0.5", "--to", "0.5"}, 2},
-        {{song, "--speed", "zwölf"}, 2},
+        { { path("missing.mp3") }, 1 },
+        { { path("folder") }, 1 },
+        { { path("empty.mp3") }, 1 },
+        { { path("text.mp3") }, 1 },
+        { { path("header.wav") }, 1 },
+        { { path("silent.mp4") }, 1 },
+        { { "/dev/zero" }, 1 },
+        { { song, "--from", "1" }, 1 },
+        { { song, "--hold", "7" }, 1 },
+        { { song, "--from", "0.5", "--to", "0.5" }, 2 },
+        { { song, "--speed", "zwölf" }, 2 },
     };
     for (Case entry : cases) {
         entry.arguments.insert(entry.arguments.begin(), "render");
-        entry.arguments.insert(entry.arguments.end(), {"-o", path("out.wav")});
+        entry.arguments.insert(entry.arguments.end(), { "-o", path("out.wav") });
         const CommandResult result = quillet(entry.arguments);
         EXPECT_EQ(result.status, entry.status) << entry.arguments[1] << ": " << result.errorOutput;
         EXPECT_EQ(std::ranges::count(result.errorOutput, '\n'), 1) << result.errorOutput;
         EXPECT_EQ(result.output, "");
         EXPECT_FALSE(std::filesystem::exists(folder / "out.wav")) << entry.arguments[1];
     }
-    for (const std::string& output : {path("nowhere/out.wav"), path("folder"), song, std::string("/dev/full")}) {
-        const CommandResult result = quillet({"render", song, "-o", output});
+    for (const std::string& output : { path("nowhere/out.wav"), path("folder"), song, std::string("/dev/full") }) {
+        const CommandResult result = quillet({ "render", song, "-o", output });
         EXPECT_EQ(result.status, 1) << output;
         EXPECT_EQ(std::ranges::count(result.errorOutput, '\n'), 1) << result.errorOutput;
     }
@@ -188,10 +189,10 @@ TEST_F(Render, BadInputIsOneSentenceAndLeavesNothing)
 
 TEST_F(Render, ADamagedFileRendersWhatCanBeDecoded)
 {
-    const std::string whole = make("whole.mp3", "sine=frequency=441:duration=4", {"-b:a", "128k"});
+    const std::string whole = make("whole.mp3", "sine=frequency=441:duration=4", { "-b:a", "128k" });
     const auto size = std::filesystem::file_size(whole);
     std::filesystem::resize_file(whole, size / 2);
-    EXPECT_NEAR(seconds(render({whole}), 44100), 2, 0.1);
+    EXPECT_NEAR(seconds(render({ whole }), 44100), 2, 0.1);
 }
 
 TEST_F(Render, InterruptionAndAFullDiskLeaveNoFile)
@@ -203,21 +204,23 @@ TEST_F(Render, InterruptionAndAFullDiskLeaveNoFile)
             found.push_back(entry.path().filename());
         return found;
     };
-    const CommandResult stopped = runCommand({"timeout", "-s", "INT", "0.4", QUILLET_PROGRAM, "render", song, "-o", path("out.wav"), "--speed", "50"});
+    const CommandResult stopped =
+        runCommand({ "timeout", "-s", "INT", "0.4", QUILLET_PROGRAM, "render", song, "-o", path("out.wav"), "--speed", "50" });
     EXPECT_EQ(stopped.status, 124) << stopped.errorOutput;
-    EXPECT_EQ(names(), std::vector<std::string>{"song.wav"});
-    const CommandResult full = runCommand({"bash", "-c", "ulimit -f 1000; trap '' XFSZ; exec \"$@\"", "-", QUILLET_PROGRAM, "render", song, "-o", path("out.wav")});
+    EXPECT_EQ(names(), std::vector<std::string>{ "song.wav" });
+    const CommandResult full = runCommand({ "bash", "-c", "ulimit -f 1000; trap '' XFSZ; exec \"$@\"", "-", QUILLET_PROGRAM,
+                                            "render", song, "-o", path("out.wav") });
     EXPECT_EQ(full.status, 1);
     EXPECT_EQ(std::ranges::count(full.errorOutput, '\n'), 1) << full.errorOutput;
-    EXPECT_EQ(names(), std::vector<std::string>{"song.wav"});
+    EXPECT_EQ(names(), std::vector<std::string>{ "song.wav" });
 }
 
 TEST_F(Render, AnyByteMayStandInAName)
 {
     const std::string song = make("song.wav", "sine=duration=0.2");
-    for (const std::string name : {"\xff\xfe\n\"'\xc3.wav", "-o.wav", "http:x.wav", "concat:a|b.wav"}) {
+    for (const std::string name : { "\xff\xfe\n\"'\xc3.wav", "-o.wav", "http:x.wav", "concat:a|b.wav" }) {
         std::filesystem::copy_file(song, folder / name);
-        EXPECT_NEAR(seconds(render({path(name)}), 44100), 0.2, 0.005) << name;
+        EXPECT_NEAR(seconds(render({ path(name) }), 44100), 0.2, 0.005) << name;
     }
 }
 

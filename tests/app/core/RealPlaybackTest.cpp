@@ -234,9 +234,10 @@ TEST_F(RealPlayback, AnInterruptionEndsTheCommandSoon)
 {
     const TemporaryFolder folder;
     const std::string song = (folder / "song.wav").native();
-    ASSERT_EQ(runCommand({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=duration=60", song}).status, 0);
+    ASSERT_EQ(runCommand({ "ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=duration=60", song }).status, 0);
     const TestSoundServer server;
-    const CommandResult played = runCommand({"timeout", "--preserve-status", "-k", "10", "-s", "INT", "1", QUILLET_PROGRAM, "play", song});
+    const CommandResult played =
+        runCommand({ "timeout", "--preserve-status", "-k", "10", "-s", "INT", "1", QUILLET_PROGRAM, "play", song });
     EXPECT_EQ(played.status, 130);
 }
 

@@ -35,9 +35,9 @@ struct Bench {
 class BenchDevice final : public OutputDevice {
 public:
     BenchDevice(Bench& bench, int Bench::* openCount, bool isReal)
-        : m_bench(bench)
-        , m_openCount(openCount)
-        , m_isReal(isReal)
+        : m_bench(bench),
+          m_openCount(openCount),
+          m_isReal(isReal)
     {
     }
 
@@ -92,8 +92,8 @@ struct DeviceOutputTest : testing::Test {
     Silence callback;
     VirtualScheduler scheduler;
     std::vector<AudioOutput::State> told;
-    DeviceOutput output{std::make_unique<BenchDevice>(bench, &Bench::openDevices, true),
-                        std::make_unique<BenchDevice>(bench, &Bench::openSubstitutes, false), scheduler};
+    DeviceOutput output{ std::make_unique<BenchDevice>(bench, &Bench::openDevices, true),
+                         std::make_unique<BenchDevice>(bench, &Bench::openSubstitutes, false), scheduler };
 
     void start()
     {
@@ -123,13 +123,13 @@ using State = AudioOutput::State;
 TEST_F(DeviceOutputTest, ALostDeviceIsReplacedAndTakenBackWhenItReturns)
 {
     start();
-    EXPECT_EQ(news(1), std::vector{State::device});
+    EXPECT_EQ(news(1), std::vector{ State::device });
     setDeviceExists(false);
     EXPECT_TRUE(bench.waitFor([this] { return bench.openSubstitutes == 1 && bench.openDevices == 0; }));
-    EXPECT_EQ(news(2), (std::vector{State::device, State::substitute}));
+    EXPECT_EQ(news(2), (std::vector{ State::device, State::substitute }));
     setDeviceExists(true);
     EXPECT_TRUE(bench.waitFor([this] { return bench.openDevices == 1 && bench.openSubstitutes == 0; }));
-    EXPECT_EQ(news(3), (std::vector{State::device, State::substitute, State::device}));
+    EXPECT_EQ(news(3), (std::vector{ State::device, State::substitute, State::device }));
     output.stop();
     EXPECT_EQ(bench.openDevices + bench.openSubstitutes, 0);
 }
@@ -141,7 +141,7 @@ TEST_F(DeviceOutputTest, AMachineWithoutADeviceIsToldOnce)
     EXPECT_TRUE(bench.waitFor([this] { return bench.openSubstitutes == 1; }));
     output.setSampleRate(48000);
     EXPECT_TRUE(bench.waitFor([this] { return bench.openSubstitutes == 1 && bench.sampleRate == 48000; }));
-    EXPECT_EQ(news(1), std::vector{State::substitute});
+    EXPECT_EQ(news(1), std::vector{ State::substitute });
 }
 
 TEST_F(DeviceOutputTest, RestingClosesTheDeviceAndAnotherRateReopensIt)

@@ -1,5 +1,5 @@
-// The playing graph on an output that is pulled, with virtual time that passes as frames are pulled: the whole road of the samples,
-// deterministic and faster than real time.
+// The playing graph on an output that is pulled, with virtual time that passes as frames are pulled: the whole road of the
+// samples, deterministic and faster than real time.
 #pragma once
 
 #include "platform/audio/OfflineOutput.h"
@@ -19,7 +19,7 @@ namespace quillet {
 struct GraphRig {
     VirtualScheduler scheduler;
     OfflineOutput output;
-    PlaybackGraph graph{output, scheduler};
+    PlaybackGraph graph{ output, scheduler };
     std::unique_ptr<PlayerNode> player = graph.makePlayer();
     int sampleRate;
     int completions = 0;
@@ -57,7 +57,8 @@ struct GraphRig {
         std::vector<float> left;
         std::vector<float> buffer(static_cast<std::size_t>(2 * block));
         while (std::ssize(left) < frames) {
-            const auto stereo = std::span(buffer).first(static_cast<std::size_t>(2 * std::min(block, frames - std::ssize(left))));
+            const auto stereo =
+                std::span(buffer).first(static_cast<std::size_t>(2 * std::min(block, frames - std::ssize(left))));
             output.pull(stereo);
             for (std::size_t i = 0; i < stereo.size(); i += 2)
                 left.push_back(stereo[i]);

@@ -30,7 +30,8 @@ std::shared_ptr<MemoryAudioFile> sine(int sampleRate, std::int64_t frames, doubl
                                              [=](double t) { return level * std::sin(2 * pi * hertz * t); });
 }
 
-/// Frequency by the phase advance of a windowed projection between two places; exact to far below a cent for a clean tone near `hint`.
+/// Frequency by the phase advance of a windowed projection between two places; exact to far below a cent for a clean tone near
+/// `hint`.
 double frequency(const std::vector<float>& samples, int sampleRate, double hint)
 {
     const auto length = static_cast<std::int64_t>(samples.size());
@@ -64,16 +65,17 @@ double level(const std::vector<float>& samples, std::int64_t first, std::int64_t
 
 TEST(GraphSound, NormalSpeedIsBitIdenticalBetweenTheEdges)
 {
-    for (const int rate : {8000, 44100, 192000})
-        for (const std::int64_t block : {1, 64, 282, 1000}) {
+    for (const int rate : { 8000, 44100, 192000 })
+        for (const std::int64_t block : { 1, 64, 282, 1000 }) {
             GraphRig rig(rate);
             const auto file = noise(rate, rate);
-            const FrameRange segment{rate / 7, rate / 2};
+            const FrameRange segment{ rate / 7, rate / 2 };
             rig.play(file, segment);
             const auto heard = rig.pull(segment.count + 500, block);
             const std::int64_t edge = rate / 200;
             for (std::int64_t i = edge; i < segment.count - edge; ++i)
-                ASSERT_EQ(heard[static_cast<std::size_t>(i)], file->left(segment.start + i)) << rate << " " << block << " " << i;
+                ASSERT_EQ(heard[static_cast<std::size_t>(i)], file->left(segment.start + i))
+                    << rate << " " << block << " " << i;
             for (std::int64_t i = segment.count; i < std::ssize(heard); ++i)
                 ASSERT_EQ(heard[static_cast<std::size_t>(i)], 0) << i;
         }
@@ -82,12 +84,12 @@ TEST(GraphSound, NormalSpeedIsBitIdenticalBetweenTheEdges)
 TEST(GraphSound, LengthIsTheSegmentOverTheRate)
 {
     const auto file = sine(44100, 44100 * 2, 441);
-    for (const double rate : {0.05, 0.25, 0.5, 0.99, 1.0, 1.5, 3.0})
-        for (const double pitch : {-1200.0, 0.0, 700.0}) {
+    for (const double rate : { 0.05, 0.25, 0.5, 0.99, 1.0, 1.5, 3.0 })
+        for (const double pitch : { -1200.0, 0.0, 700.0 }) {
             GraphRig rig;
             rig.graph.timePitch().setRate(rate);
             rig.graph.timePitch().setPitch(pitch);
-            const FrameRange segment{10000, 22050};
+            const FrameRange segment{ 10000, 22050 };
             rig.play(file, segment);
             const auto heard = rig.pullToEnd();
             EXPECT_EQ(rig.completions, 1);
@@ -101,11 +103,12 @@ TEST(GraphSound, PitchAndSpeedAreIndependent)
     struct Case {
         double rate, pitchCents;
     };
-    for (const auto& [rate, pitch] : {Case{0.25, 0}, Case{0.5, 300}, Case{1, -1200}, Case{1, 1200}, Case{2, 0}, Case{3, -50}}) {
+    for (const auto& [rate, pitch] :
+         { Case{ 0.25, 0 }, Case{ 0.5, 300 }, Case{ 1, -1200 }, Case{ 1, 1200 }, Case{ 2, 0 }, Case{ 3, -50 } }) {
         GraphRig rig;
         rig.graph.timePitch().setRate(rate);
         rig.graph.timePitch().setPitch(pitch);
-        rig.play(file, {0, file->length()});
+        rig.play(file, { 0, file->length() });
         rig.pull(22050);
         const auto heard = rig.pull(44100);
         const double expected = 441 * std::exp2(pitch / 1200);
@@ -118,10 +121,10 @@ TEST(GraphSound, StretchedClickIsAtItsPlaceAndNothingComesBefore)
 {
     const auto click = [](double t) { return std::abs(t - 0.5) < 0.0005 ? 0.9 : 0.0; };
     const auto file = std::make_shared<MemoryAudioFile>(44100, 44100, click);
-    for (const double rate : {0.25, 0.5, 2.0}) {
+    for (const double rate : { 0.25, 0.5, 2.0 }) {
         GraphRig rig;
         rig.graph.timePitch().setRate(rate);
-        rig.play(file, {0, 44100});
+        rig.play(file, { 0, 44100 });
         const auto heard = rig.pullToEnd();
         const auto peak = std::ranges::max_element(heard, {}, [](float v) { return std::abs(v); }) - heard.begin();
         // The stretcher brings onsets a constant 5.7 ms (half speed) to 21 ms (quarter speed) early.
@@ -133,8 +136,8 @@ TEST(GraphSound, StretchedClickIsAtItsPlaceAndNothingComesBefore)
 TEST(GraphSound, LoopJoinsWithoutAGapAndIsTakenOver)
 {
     const auto file = sine(44100, 44100 * 4, 441, 0.5);
-    const FrameRange region{44100, 22000};
-    for (const double rate : {1.0, 0.5, 3.0}) {
+    const FrameRange region{ 44100, 22000 };
+    for (const double rate : { 1.0, 0.5, 3.0 }) {
         GraphRig rig;
         rig.graph.timePitch().setRate(rate);
         rig.play(file, region, region);
@@ -162,8 +165,8 @@ TEST(GraphSound, WithdrawnHintIsNotHeard)
 {
     // The region rises, what follows the region start is loud: a second pass would be obvious.
     const auto file = std::make_shared<MemoryAudioFile>(44100, 44100 * 2, [](double t) { return t < 1 ? 0.8 : 0.01; });
-    const FrameRange region{22050, 44100};
-    for (const std::int64_t withdrawAt : {1000, 30000, 42000, 43700}) {
+    const FrameRange region{ 22050, 44100 };
+    for (const std::int64_t withdrawAt : { 1000, 30000, 42000, 43700 }) {
         GraphRig rig;
         rig.play(file, region, region);
         rig.pull(withdrawAt);
@@ -183,9 +186,9 @@ TEST(GraphSound, ANewSegmentReplacesTheOldOneAtOnceAndWithoutAClick)
 {
     const auto low = sine(44100, 44100 * 4, 50, 0.9);
     GraphRig rig;
-    rig.play(low, {441, 44100 * 3});
+    rig.play(low, { 441, 44100 * 3 });
     auto heard = rig.pull(10000);
-    rig.play(low, {44100, 1000});
+    rig.play(low, { 44100, 1000 });
     for (const float sample : rig.pull(5000))
         heard.push_back(sample);
     const double step = 2 * pi * 50 / 44100 * 0.9;
@@ -198,9 +201,10 @@ TEST(GraphSound, SpeedChangesWhilePlayingWithoutAStep)
 {
     const auto file = sine(44100, 44100 * 20, 441, 0.5);
     GraphRig rig;
-    rig.play(file, {0, file->length()});
+    rig.play(file, { 0, file->length() });
     std::vector<float> heard = rig.pull(20000);
-    for (const auto& [rate, pitch] : {std::pair{0.5, 0.0}, {1.0, 0.0}, {2.0, 100.0}, {0.3, 0.0}, {1.0, 0.0}, {1.0, 200.0}, {1.0, 0.0}}) {
+    for (const auto& [rate, pitch] :
+         { std::pair{ 0.5, 0.0 }, { 1.0, 0.0 }, { 2.0, 100.0 }, { 0.3, 0.0 }, { 1.0, 0.0 }, { 1.0, 200.0 }, { 1.0, 0.0 } }) {
         rig.graph.timePitch().setRate(rate);
         rig.graph.timePitch().setPitch(pitch);
         for (const float sample : rig.pull(20000))
@@ -217,7 +221,7 @@ TEST(GraphSound, PauseHoldsThePlace)
 {
     const auto file = noise(44100, 44100);
     GraphRig rig;
-    rig.play(file, {0, 44100});
+    rig.play(file, { 0, 44100 });
     const auto before = rig.pull(5000);
     rig.player->pause();
     const auto pause = rig.pull(5000);
@@ -244,14 +248,14 @@ TEST(GraphSound, StemsInStepSumToTheMixAndMuteAlone)
     };
     std::vector<Stem> parts;
     for (int i = 0; i < stems; ++i) {
-        parts.push_back({rig.graph.makePlayer(), rig.graph.makeMixer(), sine(44100, 44100 * 2, 100.0 * (i + 1), 0.1)});
+        parts.push_back({ rig.graph.makePlayer(), rig.graph.makeMixer(), sine(44100, 44100 * 2, 100.0 * (i + 1), 0.1) });
         rig.graph.connect(*parts.back().player, *parts.back().gain);
         rig.graph.connect(*parts.back().gain, *sum);
     }
     {
         const GraphChange change(rig.graph);
         for (auto& part : parts)
-            part.player->scheduleSegment(part.file, {4410, 44100}, nullptr);
+            part.player->scheduleSegment(part.file, { 4410, 44100 }, nullptr);
         for (auto& part : parts)
             part.player->play();
     }
@@ -275,26 +279,26 @@ TEST(GraphSound, StemsInStepSumToTheMixAndMuteAlone)
 
 TEST(GraphSound, MuteIsHeardSoonAtAnySpeed)
 {
-    for (const double rate : {0.1, 0.5, 1.0}) {
+    for (const double rate : { 0.1, 0.5, 1.0 }) {
         GraphRig rig;
         rig.player.reset();
         auto sum = rig.graph.makeMixer();
         rig.graph.connect(*sum, rig.graph.timePitch());
         rig.graph.timePitch().setRate(rate);
-        std::unique_ptr<PlayerNode> players[] = {rig.graph.makePlayer(), rig.graph.makePlayer()};
-        std::unique_ptr<MixerNode> gains[] = {rig.graph.makeMixer(), rig.graph.makeMixer()};
+        std::unique_ptr<PlayerNode> players[] = { rig.graph.makePlayer(), rig.graph.makePlayer() };
+        std::unique_ptr<MixerNode> gains[] = { rig.graph.makeMixer(), rig.graph.makeMixer() };
         {
             const GraphChange change(rig.graph);
             for (int i = 0; i < 2; ++i) {
                 rig.graph.connect(*players[i], *gains[i]);
                 rig.graph.connect(*gains[i], *sum);
-                players[i]->scheduleSegment(sine(44100, 441000, 441, 0.3), {0, 441000}, nullptr);
+                players[i]->scheduleSegment(sine(44100, 441000, 441, 0.3), { 0, 441000 }, nullptr);
             }
             for (auto& player : players)
                 player->play();
         }
         std::vector<float> heard = rig.pull(20000);
-        for (const double volume : {0.0, 1.0, 0.0}) {
+        for (const double volume : { 0.0, 1.0, 0.0 }) {
             gains[1]->setOutputVolume(volume);
             for (const float sample : rig.pull(2048 + 256 + 400))
                 heard.push_back(sample);
@@ -308,8 +312,8 @@ TEST(GraphSound, MuteIsHeardSoonAtAnySpeed)
 
 TEST(GraphSound, EqualizerHasTheSetGainAtEachCentreWhateverTheOthersDo)
 {
-    const float settings[][5] = {{12, 0, 0, 0, 0}, {0, -12, 0, 0, 0}, {0, 0, 7.5F, 0, 0}, {0, 0, 0, 12, 0}, {0, 0, 0, 0, -6},
-                                 {12, 12, 12, 12, 12}, {-12, 12, -12, 12, -12}};
+    const float settings[][5] = { { 12, 0, 0, 0, 0 }, { 0, -12, 0, 0, 0 },    { 0, 0, 7.5F, 0, 0 },     { 0, 0, 0, 12, 0 },
+                                  { 0, 0, 0, 0, -6 }, { 12, 12, 12, 12, 12 }, { -12, 12, -12, 12, -12 } };
     for (const auto& gains : settings)
         for (int band = 0; band < EqualizerNode::bandCount; ++band) {
             const auto file = sine(44100, 44100, EqualizerNode::frequenciesHz[band], 0.1);
@@ -317,7 +321,7 @@ TEST(GraphSound, EqualizerHasTheSetGainAtEachCentreWhateverTheOthersDo)
             for (int i = 0; i < EqualizerNode::bandCount; ++i)
                 rig.graph.equalizer().setGain(i, gains[i]);
             rig.graph.equalizer().setBypass(false);
-            rig.play(file, {0, 44100});
+            rig.play(file, { 0, 44100 });
             const auto heard = rig.pull(44100);
             const double gainDb = 20 * std::log10(level(heard, 22050, 22050 + 11025) / (0.1 / std::numbers::sqrt2));
             EXPECT_NEAR(gainDb, static_cast<double>(gains[band]), 0.1) << band;
@@ -330,7 +334,7 @@ TEST(GraphSound, BoostIsLimitedToFullScaleAndBypassIsTransparentAgain)
     GraphRig rig;
     rig.graph.equalizer().setGain(2, 12);
     rig.graph.equalizer().setBypass(false);
-    rig.play(file, {0, file->length()});
+    rig.play(file, { 0, file->length() });
     const auto boosted = rig.pull(44100);
     EXPECT_LE(*std::ranges::max_element(boosted), 1.0F);
     EXPECT_GT(level(boosted, 22050, 44100), 0.65);
@@ -347,7 +351,7 @@ TEST(GraphSound, AFileThatBreaksOffIsSilentToItsEnd)
     const auto file = sine(44100, 44100, 441);
     file->breakAt(20000);
     GraphRig rig;
-    rig.play(file, {0, 44100});
+    rig.play(file, { 0, 44100 });
     const auto heard = rig.pullToEnd();
     EXPECT_EQ(rig.completions, 1);
     EXPECT_NEAR(static_cast<double>(soundingLength(heard)), 20000, 200);
