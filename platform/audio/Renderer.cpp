@@ -160,16 +160,21 @@ void Renderer::renewStretcher()
     startStretcher(m_dryPosition);
 }
 
+void Renderer::makeStretchers(int sampleRate)
+{
+    m_stretcherRate = sampleRate;
+    m_stretcher = std::make_unique<TimeStretcher>(sampleRate);
+    m_spare = std::make_unique<TimeStretcher>(sampleRate);
+    m_spareIsReset = true;
+}
+
 void Renderer::prepareSpare(int sampleRate)
 {
     if (m_stretcherRate != sampleRate) {
         // While a take sounds its stretchers stay; a take of another rate comes with a new beginning.
         if (!m_ended && m_source.take()->sampleRate != sampleRate)
             return;
-        m_stretcherRate = sampleRate;
-        m_stretcher = std::make_unique<TimeStretcher>(sampleRate);
-        m_spare = std::make_unique<TimeStretcher>(sampleRate);
-        m_spareIsReset = true;
+        makeStretchers(sampleRate);
     }
     m_spare->setPitch(m_pitchCents.load(std::memory_order_relaxed));
     m_spare->setRate(m_rate.load(std::memory_order_relaxed));
@@ -181,11 +186,8 @@ void Renderer::prepareSpare(int sampleRate)
 /// Puts the spare stretcher to work so that its first frame of output is the source frame `position`.
 void Renderer::startStretcher(std::int64_t position)
 {
-    if (m_stretcherRate != m_source.take()->sampleRate) {
-        m_ended = true;
-        prepareSpare(m_source.take()->sampleRate);
-        m_ended = false;
-    }
+    if (m_stretcherRate != m_source.take()->sampleRate)
+        makeStretchers(m_source.take()->sampleRate);
     if (!m_spareIsReset)
         m_spare->reset();
     std::swap(m_stretcher, m_spare);

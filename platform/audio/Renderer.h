@@ -49,6 +49,7 @@ private:
     void followSettings();
     void beginBlend(Mode mode, double framesAt44100);
     void renewStretcher();
+    void makeStretchers(int sampleRate);
     void startStretcher(std::int64_t position);
     std::int64_t renderBlock(std::span<float> stereo);
     std::int64_t renderDry(std::span<float> stereo);
