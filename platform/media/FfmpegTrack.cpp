@@ -4,26 +4,14 @@
 #include "platform/media/EntryRecipe.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
-#include <string>
+#include <utility>
 
 namespace quillet {
 namespace {
 
 /// A container that reports errors without ever coming to an end is given up after so many in a row.
 constexpr int maximalErrorsInARow = 10'000;
-
-int refuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) { return AVERROR(EPERM); }
-
-/// A harmless name with the file's extension: some formats are told by it alone.
-std::string probeName(const FilePath& path)
-{
-    const std::string extension = path.extension().native();
-    const bool plain = extension.size() > 1 && extension.size() <= 8
-        && std::all_of(extension.begin() + 1, extension.end(), [](unsigned char c) { return std::isalnum(c) != 0; });
-    return plain ? "audio" + extension : "audio";
-}
 
 bool isKnown(const AVCodecParameters& parameters)
 {
@@ -96,11 +84,11 @@ std::optional<AudioFileError> FfmpegTrack::openContainer(const FilePath& path)
     REQUIRE(format != nullptr);
     format->pb = m_input->context();
     format->flags |= AVFMT_FLAG_CUSTOM_IO;
-    format->io_open = refuseToOpen;
-    // Some playlist formats open their parts with contexts of their own: those may use no protocol at all.
+    // The bytes come from `m_input`; the name is there for formats that are told by its extension alone. What the file itself
+    // names (playlists do) would need a protocol: none is allowed.
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "none", 0);
-    const int opened = avformat_open_input(&format, probeName(path).c_str(), nullptr, &options);
+    const int opened = avformat_open_input(&format, path.c_str(), nullptr, &options);
     av_dict_free(&options);
     if (opened < 0)
         return m_input->hasFailed() ? AudioFileError::unreadable : AudioFileError::notAudio;

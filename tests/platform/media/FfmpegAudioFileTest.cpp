@@ -61,7 +61,7 @@ std::vector<Format> formats()
         { "44100-2-cbr.mp3", 44100, 2, { "-b:a", "128k" } },
         { "48000-1-vbr.mp3", 48000, 1, { "-q:a", "6" } },
         { "44100-2-vbr-no-xing.mp3", 44100, 2, { "-q:a", "4", "-write_xing", "0" }, 1105 },
-        { "22050-2-8k.mp3", 22050, 2, { "-b:a", "8k" }, 0, tooCoarseToTell },
+        { "24000-2-8k.mp3", 24000, 2, { "-b:a", "8k" }, 0, tooCoarseToTell },
         { "44100-2.m4a", 44100, 2, aac },
         { "48000-6.m4a", 48000, 6, aac },
         { "8000-1.m4a", 8000, 1, { "-c:a", "aac", "-aac_pns", "0" } },
@@ -263,6 +263,17 @@ TEST(DamageTest, TruncatedFileIsAsLongAsWhatDecodes)
             expectJumpsToAgree(*file, inOrder);
         }
     }
+}
+
+// An index of minutes, and sound for one: the end is found by search, far from where the index has it.
+TEST(DamageTest, EndOfAMuchTruncatedFileIsFound)
+{
+    const TemporaryFolder folder;
+    const FilePath path = folder / "8000-1.m4a";
+    encodeAudio(livelySignal(8000, 1, 150), path, { "-c:a", "aac", "-aac_pns", "0", "-movflags", "+faststart" });
+    const std::string bytes = readBytes(path);
+    writeBytes(path, std::string_view(bytes).substr(0, bytes.size() / 3));
+    EXPECT_EQ(opened(path)->length(), static_cast<std::int64_t>(decodeWithFfmpeg(path).size()));
 }
 
 TEST(DamageTest, SamplesThatAreNoNumbersReadAsSilence)
