@@ -23,9 +23,9 @@ constexpr double progressSeconds = 0.1;
 
 std::string clockText(double seconds)
 {
+    const int minutes = static_cast<int>(seconds) / 60;
     char text[48];
-    std::snprintf(text, sizeof text, "%d:%04.1f", static_cast<int>(seconds) / 60,
-                  seconds - 60 * (static_cast<int>(seconds) / 60));
+    std::snprintf(text, sizeof text, "%d:%04.1f", minutes, seconds - 60.0 * minutes);
     return text;
 }
 

@@ -15,6 +15,8 @@ class CubebOutputDevice final : public OutputDevice {
 public:
     CubebOutputDevice();
     ~CubebOutputDevice() override;
+    CubebOutputDevice(const CubebOutputDevice&) = delete;
+    CubebOutputDevice& operator=(const CubebOutputDevice&) = delete;
 
     [[nodiscard]] std::expected<void, OutputError> open(int sampleRate, OutputCallback& callback, WakeSemaphore& died) override;
     void close() override;

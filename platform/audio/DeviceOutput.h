@@ -19,6 +19,8 @@ class DeviceOutput final : public AudioOutput {
 public:
     DeviceOutput(std::unique_ptr<OutputDevice> device, std::unique_ptr<OutputDevice> substitute, Scheduler& scheduler);
     ~DeviceOutput() override;
+    DeviceOutput(const DeviceOutput&) = delete;
+    DeviceOutput& operator=(const DeviceOutput&) = delete;
 
     void start(int sampleRate, OutputCallback& callback, std::function<void(State)> changed) override;
     void stop() override;

@@ -28,6 +28,8 @@ public:
     {
     }
     ~GraphPlayer() override;
+    GraphPlayer(const GraphPlayer&) = delete;
+    GraphPlayer& operator=(const GraphPlayer&) = delete;
 
     void scheduleSegment(std::shared_ptr<AudioFile> file, FrameRange segment, CompletionHandler playedBack) override;
     void hintNextSegment(std::optional<FrameRange> segment) override;
@@ -67,6 +69,8 @@ public:
     {
     }
     ~GraphMixer() override;
+    GraphMixer(const GraphMixer&) = delete;
+    GraphMixer& operator=(const GraphMixer&) = delete;
 
     void setOutputVolume(double factor) override;
     [[nodiscard]] double outputVolume() const override { return m_volume; }

@@ -23,6 +23,8 @@ class PlaybackGraph final : public AudioGraph {
 public:
     PlaybackGraph(AudioOutput& output, Scheduler& scheduler);
     ~PlaybackGraph() override;
+    PlaybackGraph(const PlaybackGraph&) = delete;
+    PlaybackGraph& operator=(const PlaybackGraph&) = delete;
 
     [[nodiscard]] std::unique_ptr<PlayerNode> makePlayer() override;
     [[nodiscard]] std::unique_ptr<MixerNode> makeMixer() override;

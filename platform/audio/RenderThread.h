@@ -18,6 +18,8 @@ public:
     /// step.
     RenderThread(Renderer& renderer, WakeSemaphore& wake, std::function<void()> rendered);
     ~RenderThread();
+    RenderThread(const RenderThread&) = delete;
+    RenderThread& operator=(const RenderThread&) = delete;
 
     /// Renders `take` from now on, in place of the one before; null ends the sound.
     void play(std::shared_ptr<Take> take);

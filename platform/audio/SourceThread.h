@@ -20,6 +20,8 @@ public:
     /// `delivered` is called on the worker whenever there is something new in the take's ring.
     explicit SourceThread(std::function<void()> delivered);
     ~SourceThread();
+    SourceThread(const SourceThread&) = delete;
+    SourceThread& operator=(const SourceThread&) = delete;
 
     /// Works for `take` from now on, in place of the one before.
     void play(std::shared_ptr<Take> take);

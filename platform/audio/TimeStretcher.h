@@ -14,6 +14,8 @@ class TimeStretcher {
 public:
     explicit TimeStretcher(int sampleRate);
     ~TimeStretcher();
+    TimeStretcher(const TimeStretcher&) = delete;
+    TimeStretcher& operator=(const TimeStretcher&) = delete;
 
     /// Source seconds per second of output, 0.05 to 3; may change between any two blocks.
     void setRate(double rate);

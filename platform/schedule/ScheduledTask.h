@@ -27,6 +27,8 @@ public:
         }
         return *this;
     }
+    ScheduledTask(const ScheduledTask&) = delete;
+    ScheduledTask& operator=(const ScheduledTask&) = delete;
     ~ScheduledTask() { cancel(); }
 
     /// Ends the task; harmless when it already ran or was cancelled. May be called from within the action itself.
