@@ -37,7 +37,7 @@ EntryRecipe entryRecipe(AVCodecID codec, int sampleRate, std::int64_t blockFrame
     // Single time stamps are off by half a block where the block size changes. Encoders' smallest block of 256 makes a step
     // of 64.
     case AV_CODEC_ID_VORBIS:
-        return { sampleRate, 12, 64 };
+        return { 8192, 12, 64 };
     case AV_CODEC_ID_OPUS:
         return { sampleRate, 1 };
     default:

@@ -1,5 +1,6 @@
 #include "platform/media/StampScale.h"
 
+#include "platform/base/Require.h"
 #include "platform/media/TimelineAligner.h"
 
 #include <algorithm>
@@ -44,24 +45,25 @@ StampScale::StampScale(const StreamClock& clock, std::span<const StampedBlock> s
     : m_frames(std::int64_t{ clock.sampleRate } * clock.tickNumerator),
       m_ticks(clock.tickDenominator)
 {
+    REQUIRE(clock.sampleRate > 0 && clock.tickNumerator > 0 && clock.tickDenominator > 0);
+    const std::int64_t error = clock.isExact() ? 0 : m_frames / clock.tickDenominator + 1;
     if (!clock.isExact()) {
         const std::int64_t frames = clock.blockStep > 0 ? clock.blockStep : commonBlockFrames(start);
         const std::int64_t step = commonTickStep(start);
         if (frames > 0 && step > 0 && clock.accumulatesRounding) {
             m_frames = start[1].frames;
             m_ticks = step;
-        } else if (frames > m_frames / m_ticks) {
+        } else if (frames > 0 && frames >= error) {
             m_grid = frames;
             m_gridPhase = start[0].frames % frames;
         } else {
-            m_tolerance = m_frames / m_ticks + 1;
+            m_tolerance = error;
         }
     }
     std::vector<StampedPosition> blocks;
     for (const StampedBlock& block : start)
         blocks.push_back({ block.ticks ? std::optional(unshifted(*block.ticks)) : std::nullopt, block.frames });
-    const std::int64_t error = m_grid > 0 ? m_frames / m_ticks + 1 : m_tolerance;
-    m_origin = votedStart(blocks, error).value_or(0);
+    m_origin = votedStart(blocks, m_grid > 0 ? error : m_tolerance).value_or(0);
 }
 
 std::int64_t StampScale::unshifted(std::int64_t ticks) const

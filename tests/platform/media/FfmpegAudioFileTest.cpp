@@ -34,7 +34,7 @@ struct Format {
     std::vector<std::string> decoderArguments = {};
 };
 
-void PrintTo(const Format& format, std::ostream* out) { *out << format.name; }
+std::ostream& operator<<(std::ostream& out, const Format& format) { return out << format.name; }
 
 std::vector<Format> formats()
 {
@@ -185,16 +185,16 @@ INSTANTIATE_TEST_SUITE_P(Formats, EveryFormat, testing::ValuesIn(formats()), nam
 TEST(ChannelsTest, SurroundIsMixedToItsSidesWithoutClipping)
 {
     const TemporaryFolder folder;
-    constexpr int channels = 6;
-    constexpr int framesEach = 2000;
+    constexpr std::int64_t channels = 6;
+    constexpr std::int64_t framesEach = 2000;
     TestSignal source{ 48'000, channels, std::vector<float>(channels * (channels + 1) * framesEach) };
-    for (int frame = 0; frame < (channels + 1) * framesEach; ++frame)
-        for (int channel = 0; channel < channels; ++channel)
+    for (std::int64_t frame = 0; frame < (channels + 1) * framesEach; ++frame)
+        for (std::int64_t channel = 0; channel < channels; ++channel)
             if (frame / framesEach == channel || frame / framesEach == channels)
-                source.samples[static_cast<std::size_t>(frame * channels + channel)] = 1;
+                source.samples.at(frame * channels + channel) = 1;
     writeBytes(folder / "48000-6.wav", wavBytes(source, WavSamples::float32));
     const auto file = opened(folder / "48000-6.wav");
-    const auto levels = [&](int channel) {
+    const auto levels = [&](std::int64_t channel) {
         const auto stereo = readFrames(*file, channel * framesEach + framesEach / 2, 1);
         return std::pair(stereo[0], stereo[1]);
     };
