@@ -84,6 +84,9 @@ std::optional<AudioFileError> FfmpegTrack::openContainer(const FilePath& path)
     REQUIRE(format != nullptr);
     format->pb = m_input->context();
     format->flags |= AVFMT_FLAG_CUSTOM_IO;
+    // For telling whether the PCM of a WAV file is something else in disguise: the usual thousands take longer than all the
+    // rest.
+    format->max_probe_packets = 4;
     // The bytes come from `m_input`; the name is there for formats that are told by its extension alone. What the file itself
     // names (playlists do) would need a protocol: none is allowed.
     AVDictionary* options = nullptr;
