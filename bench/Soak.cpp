@@ -11,7 +11,7 @@
 
 #include <QCoreApplication>
 
-#include <signal.h>
+#include <csignal>
 #include <sys/prctl.h>
 #include <unistd.h>
 
