@@ -2,6 +2,7 @@
 
 #include "tests/platform/audio/GraphRig.h"
 #include "tests/support/MemoryAudioFile.h"
+#include "tests/support/SignalAnalysis.h"
 
 #include <gtest/gtest.h>
 
@@ -30,37 +31,10 @@ std::shared_ptr<MemoryAudioFile> sine(int sampleRate, std::int64_t frames, doubl
                                              [=](double t) { return level * std::sin(2 * pi * hertz * t); });
 }
 
-/// Frequency by the phase advance of a windowed projection between two places; exact to far below a cent for a clean tone near
-/// `hint`.
-double frequency(const std::vector<float>& samples, int sampleRate, double hint)
-{
-    const auto length = static_cast<std::int64_t>(samples.size());
-    const std::int64_t window = length / 2;
-    const auto phaseAt = [&](std::int64_t first) {
-        double re = 0, im = 0;
-        for (std::int64_t i = 0; i < window; ++i) {
-            const double weight = 0.5 - 0.5 * std::cos(2 * pi * (static_cast<double>(i) + 0.5) / static_cast<double>(window));
-            const double angle = 2 * pi * hint * static_cast<double>(first + i) / sampleRate;
-            const double value = static_cast<double>(samples[static_cast<std::size_t>(first + i)]) * weight;
-            re += value * std::cos(angle);
-            im -= value * std::sin(angle);
-        }
-        return std::atan2(im, re);
-    };
-    const std::int64_t hop = sampleRate / 50;
-    double advance = phaseAt(hop) - phaseAt(0);
-    advance = std::remainder(advance, 2 * pi);
-    return hint + advance / (2 * pi) * sampleRate / static_cast<double>(hop);
-}
-
-double cents(double hertz, double reference) { return 1200 * std::log2(hertz / reference); }
-
+/// Root mean square of the frames [first, last).
 double level(const std::vector<float>& samples, std::int64_t first, std::int64_t last)
 {
-    double sum = 0;
-    for (std::int64_t i = first; i < last; ++i)
-        sum += std::pow(static_cast<double>(samples[static_cast<std::size_t>(i)]), 2);
-    return std::sqrt(sum / static_cast<double>(last - first));
+    return rms(std::span(samples).subspan(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first)));
 }
 
 TEST(GraphSound, NormalSpeedIsBitIdenticalBetweenTheEdges)
@@ -112,7 +86,7 @@ TEST(GraphSound, PitchAndSpeedAreIndependent)
         rig.pull(22050);
         const auto heard = rig.pull(44100);
         const double expected = 441 * std::exp2(pitch / 1200);
-        EXPECT_NEAR(cents(frequency(heard, 44100, expected), expected), 0, 0.5) << rate << " " << pitch;
+        EXPECT_NEAR(centsBetween(toneFrequencyHz(heard, 44100), expected), 0, 0.5) << rate << " " << pitch;
         EXPECT_NEAR(level(heard, 0, 44100), 0.5 / std::numbers::sqrt2, 0.03) << rate << " " << pitch;
     }
 }
