@@ -67,6 +67,7 @@ void AlignedDecoder::jump()
 {
     const std::int64_t target = m_wanted - m_recipe.prerollFrames - m_earlier;
     m_aligner.restart(std::max<std::int64_t>(target, 0));
+    m_sounds.clear();
     m_isPlaced = false;
     m_atEnd = false;
     m_entryFailed = !m_track->seek(m_scale.ticks(target));
@@ -87,18 +88,19 @@ bool AlignedDecoder::jumpEarlier()
 std::optional<AlignedBlock> AlignedDecoder::next()
 {
     for (;;) {
-        if (auto block = m_aligner.pop()) {
-            const bool tooLate = block->position > std::max<std::int64_t>(m_wanted - m_recipe.prerollFrames / 2, 0);
+        if (const auto placed = m_aligner.pop()) {
+            const bool tooLate = placed->position > std::max<std::int64_t>(m_wanted - m_recipe.prerollFrames / 2, 0);
             if (!m_isPlaced && tooLate && jumpEarlier())
                 continue;
             m_isPlaced = true;
+            AlignedBlock block{ placed->position, placed->frames, std::move(m_sounds.front()) };
+            m_sounds.pop_front();
             return block;
         }
         if (m_atEnd)
             return std::nullopt;
         if (!m_entryFailed && m_track->decode()) {
-            const auto ticks = m_track->frameTicks();
-            m_aligner.push(ticks ? std::optional(m_scale.position(*ticks)) : std::nullopt, stereoOf(m_track->frame()));
+            takeBlock();
         } else {
             m_atEnd = true;
             m_aligner.finish();
@@ -108,13 +110,18 @@ std::optional<AlignedBlock> AlignedDecoder::next()
     }
 }
 
-std::vector<float> AlignedDecoder::stereoOf(const AVFrame& frame)
+void AlignedDecoder::takeBlock()
 {
-    if (frame.sample_rate == m_sampleRate)
-        return m_converter->convert(frame);
-    // Damage, or a stream that changes its rate midway: keep its time, as silence.
-    const std::int64_t frames = av_rescale(frame.nb_samples, m_sampleRate, std::max(frame.sample_rate, 1));
-    return std::vector<float>(2 * static_cast<std::size_t>(frames));
+    const auto ticks = m_track->frameTicks();
+    auto sound = m_track->takeFrame();
+    std::int64_t frames = sound->nb_samples;
+    if (sound->sample_rate != m_sampleRate) {
+        // Damage, or a stream that changes its rate midway: keep its time, as silence.
+        frames = av_rescale(frames, m_sampleRate, std::max(sound->sample_rate, 1));
+        sound.reset();
+    }
+    m_aligner.push({ ticks ? std::optional(m_scale.position(*ticks)) : std::nullopt, frames });
+    m_sounds.push_back(std::move(sound));
 }
 
 std::optional<std::int64_t> AlignedDecoder::lastPacketPosition()

@@ -1,21 +1,28 @@
-// Decodes a file into stereo blocks with their exact places on its timeline, from any frame on: it enters ahead of the wanted
-// frame by what the encoding needs, and lets what comes out be checked against the time stamps. It makes no silence for gaps
-// and does not remember what it gave.
+// Decodes a file into blocks with their exact places on its timeline, from any frame on: it enters ahead of the wanted frame by
+// what the encoding needs, and lets what comes out be checked against the time stamps. Blocks keep the decoder's own sample
+// format. It makes no silence for gaps and does not remember what it gave.
 // Threads: confined to one thread at a time.
 #pragma once
 
 #include "platform/media/EntryRecipe.h"
 #include "platform/media/FfmpegTrack.h"
 #include "platform/media/StampScale.h"
-#include "platform/media/StereoConverter.h"
 #include "platform/media/TimelineAligner.h"
 
 #include <cstdint>
+#include <deque>
 #include <expected>
 #include <memory>
 #include <optional>
 
 namespace quillet {
+
+struct AlignedBlock {
+    std::int64_t position;
+    std::int64_t frames;
+    /// In any sample format, with the file's sample rate; null where the stream has changed its rate: silence.
+    FfmpegHandle<AVFrame> sound;
+};
 
 class AlignedDecoder {
 public:
@@ -31,6 +38,8 @@ public:
     [[nodiscard]] int channelCount() const { return m_channelCount; }
     /// Frames that `enter` decodes before the wanted one.
     [[nodiscard]] std::int64_t prerollFrames() const { return m_recipe.prerollFrames; }
+    /// Whether `enter` has to decode all that comes before.
+    [[nodiscard]] bool decodesFromTheStart() const { return m_recipe.prerollFrames == EntryRecipe::everythingBefore; }
 
     /// The start of the last packet, if the file tells without being decoded. Indexes a bare stream. `enter` has to follow.
     [[nodiscard]] std::optional<std::int64_t> lastPacketPosition();
@@ -42,15 +51,16 @@ private:
                    const StampScale& scale);
     void jump();
     [[nodiscard]] bool jumpEarlier();
-    [[nodiscard]] std::vector<float> stereoOf(const AVFrame& frame);
+    void takeBlock();
 
     std::unique_ptr<FfmpegTrack> m_track;
-    std::unique_ptr<StereoConverter> m_converter = std::make_unique<StereoConverter>();
     int m_sampleRate;
     int m_channelCount;
     EntryRecipe m_recipe;
     StampScale m_scale;
     TimelineAligner m_aligner;
+    /// The sound of the blocks that the aligner has, in their order.
+    std::deque<FfmpegHandle<AVFrame>> m_sounds;
     std::int64_t m_wanted = 0;
     /// How much further ahead of the wanted frame than usual the file had to be entered.
     std::int64_t m_earlier = 0;

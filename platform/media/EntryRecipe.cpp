@@ -7,9 +7,6 @@ bool isPcm(AVCodecID codec) { return codec >= AV_CODEC_ID_FIRST_AUDIO && codec <
 
 bool isAdpcm(AVCodecID codec) { return codec >= AV_CODEC_ID_ADPCM_IMA_QT && codec < AV_CODEC_ID_AMR_NB; }
 
-/// Decode from the start: containers find the place in such streams by a byte rate from the header, which is rounded or wrong.
-constexpr std::int64_t everythingBefore = std::int64_t{ 1 } << 60;
-
 }  // namespace
 
 EntryRecipe entryRecipe(AVCodecID codec, int sampleRate, std::int64_t blockFrames)
@@ -17,7 +14,7 @@ EntryRecipe entryRecipe(AVCodecID codec, int sampleRate, std::int64_t blockFrame
     if (isPcm(codec))
         return { 0, 1 };
     if (isAdpcm(codec))
-        return { everythingBefore, 1 };
+        return { EntryRecipe::everythingBefore, 1 };
     switch (codec) {
     // Every packet stands for itself.
     case AV_CODEC_ID_FLAC:

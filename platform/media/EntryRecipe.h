@@ -13,6 +13,10 @@ extern "C" {
 namespace quillet {
 
 struct EntryRecipe {
+    /// Decode from the start: containers find the place in such streams by a byte rate from the header, which is rounded or
+    /// wrong.
+    static constexpr std::int64_t everythingBefore = std::int64_t{ 1 } << 60;
+
     std::int64_t prerollFrames;
     /// Blocks, at least 1.
     int lookahead;

@@ -2,16 +2,24 @@
 
 #include "platform/base/Require.h"
 #include "platform/media/EntryRecipe.h"
+#include "platform/media/MpegFrameWalk.h"
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 #include <utility>
+#include <vector>
 
 namespace quillet {
 namespace {
 
 /// A container that reports errors without ever coming to an end is given up after so many in a row.
 constexpr int maximalErrorsInARow = 10'000;
+
+/// Packets whose places two ways of finding them have to agree on.
+constexpr int packetsToCompare = 16;
+/// An index of so many is kept whole (three hours of MP3, 10 MB); longer ones are thinned.
+constexpr std::size_t mostIndexEntries = 420'000;
 
 bool isKnown(const AVCodecParameters& parameters)
 {
@@ -87,6 +95,7 @@ std::optional<AudioFileError> FfmpegTrack::openContainer(const FilePath& path)
     // For telling whether the PCM of a WAV file is something else in disguise: the usual thousands take longer than all the
     // rest.
     format->max_probe_packets = 4;
+    format->max_index_size = static_cast<unsigned>(mostIndexEntries * sizeof(AVIndexEntry)) + 4096;
     // The bytes come from `m_input`; the name is there for formats that are told by its extension alone. What the file itself
     // names (playlists do) would need a protocol: none is allowed.
     AVDictionary* options = nullptr;
@@ -193,6 +202,14 @@ bool FfmpegTrack::decode()
     }
 }
 
+FfmpegHandle<AVFrame> FfmpegTrack::takeFrame()
+{
+    FfmpegHandle<AVFrame> taken(av_frame_alloc());
+    REQUIRE(taken != nullptr);
+    std::swap(taken, m_frame);
+    return taken;
+}
+
 std::optional<std::int64_t> FfmpegTrack::frameTicks() const
 {
     const std::int64_t ticks = m_frame->pts;
@@ -220,6 +237,8 @@ bool FfmpegTrack::seek(std::int64_t ticks)
 
 std::optional<std::int64_t> FfmpegTrack::lastPacketTicks()
 {
+    if (const auto ticks = walkToLastPacket())
+        return ticks;
     // A hundred hours: behind the end, and far from any overflow.
     const std::int64_t far = av_rescale_q(360'000, { 1, 1 }, m_stream->time_base);
     if (!seek(far))
@@ -230,6 +249,34 @@ std::optional<std::int64_t> FfmpegTrack::lastPacketTicks()
         if (const auto ticks = stampOf(*m_packet))
             last = std::max(last.value_or(*ticks), *ticks);
     return last;
+}
+
+/// Indexes a stream of MPEG audio by its headers alone, if that agrees with what has been read of it so far and no damage is
+/// in sight.
+std::optional<std::int64_t> FfmpegTrack::walkToLastPacket()
+{
+    if (std::strcmp(m_format->iformat->name, "mp3") != 0)
+        return std::nullopt;
+    std::vector<AVIndexEntry> known;
+    for (int i = 0; i < std::min(avformat_index_get_entries_count(m_stream), packetsToCompare); ++i)
+        known.push_back(*avformat_index_get_entry(m_stream, i));
+    if (known.size() < 2)
+        return std::nullopt;
+    const std::int64_t step = known[1].timestamp - known[0].timestamp;
+    const auto bytesAt = [this](std::int64_t offset, std::span<unsigned char> bytes) { return m_input->readAt(offset, bytes); };
+    const auto [offsets, reachesTheEnd] = walkMpegFrames(bytesAt, known[0].pos);
+    if (!reachesTheEnd || offsets.size() < known.size() || step <= 0)
+        return std::nullopt;
+    for (std::size_t i = 0; i < known.size(); ++i)
+        if (known[i].pos != offsets[i] || known[i].timestamp != known[0].timestamp + static_cast<std::int64_t>(i) * step)
+            return std::nullopt;
+    const std::size_t stride = offsets.size() / mostIndexEntries + 1;
+    for (std::size_t i = 0; i < offsets.size(); i += stride) {
+        const std::int64_t ticks = known[0].timestamp + static_cast<std::int64_t>(i) * step;
+        if (av_add_index_entry(m_stream, offsets[i], ticks, 0, 0, AVINDEX_KEYFRAME) < 0)
+            return std::nullopt;
+    }
+    return known[0].timestamp + static_cast<std::int64_t>(offsets.size() - 1) * step;
 }
 
 std::optional<std::int64_t> FfmpegTrack::claimedTicks() const

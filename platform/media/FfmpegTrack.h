@@ -24,6 +24,8 @@ public:
     [[nodiscard]] bool decode();
     /// The block of the last `decode` that was true; valid until the next call.
     [[nodiscard]] const AVFrame& frame() const { return *m_frame; }
+    /// That block, given away: `frame` holds nothing from then on.
+    [[nodiscard]] FfmpegHandle<AVFrame> takeFrame();
     /// The start of `frame`; nothing if the stream does not say.
     [[nodiscard]] std::optional<std::int64_t> frameTicks() const;
 
@@ -50,6 +52,7 @@ private:
     [[nodiscard]] std::optional<AudioFileError> openDecoder();
     [[nodiscard]] bool readPacket();
     [[nodiscard]] bool isBeforeEntry() const;
+    [[nodiscard]] std::optional<std::int64_t> walkToLastPacket();
 
     std::unique_ptr<FileInput> m_input;
     FfmpegHandle<AVFormatContext> m_format;

@@ -69,6 +69,21 @@ FileInput::FileInput(int descriptor, std::int64_t size)
 
 FileInput::~FileInput() { ::close(m_descriptor); }
 
+std::size_t FileInput::readAt(std::int64_t offset, std::span<unsigned char> bytes) const
+{
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t got =
+            ::pread(m_descriptor, bytes.data() + done, bytes.size() - done, offset + static_cast<std::int64_t>(done));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            break;
+        done += static_cast<std::size_t>(got);
+    }
+    return done;
+}
+
 int FileInput::readCallback(void* self, std::uint8_t* bytes, int count)
 {
     auto& input = *static_cast<FileInput*>(self);

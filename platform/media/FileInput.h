@@ -7,9 +7,11 @@
 #include "platform/media/AudioFile.h"
 #include "platform/media/FfmpegHandles.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <memory>
+#include <span>
 
 namespace quillet {
 
@@ -23,6 +25,9 @@ public:
 
     /// For AVFormatContext::pb; owned by this object, which must outlive the format context.
     [[nodiscard]] AVIOContext* context() const { return m_context.get(); }
+    /// Reads past the context, from byte `offset` on. Returns how many: fewer than asked only where the file ends, 0 there and
+    /// when the disk refuses.
+    [[nodiscard]] std::size_t readAt(std::int64_t offset, std::span<unsigned char> bytes) const;
     /// Whether the disk ever refused to give bytes.
     [[nodiscard]] bool hasFailed() const { return m_failed; }
 

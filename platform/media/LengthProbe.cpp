@@ -11,7 +11,7 @@ std::int64_t decodeToEnd(AlignedDecoder& decoder, std::int64_t from)
     std::int64_t end = 0;
     decoder.enter(from);
     while (const auto block = decoder.next())
-        end = std::max(end, block->position + block->frames());
+        end = std::max(end, block->position + block->frames);
     return end;
 }
 

@@ -68,12 +68,12 @@ bool StereoConverter::prepare(const AVFrame& frame)
     return m_resampler != nullptr;
 }
 
-std::vector<float> StereoConverter::convert(const AVFrame& frame)
+void StereoConverter::convert(const AVFrame& frame, std::vector<float>& stereo)
 {
     const auto frames = static_cast<std::size_t>(frame.nb_samples);
-    std::vector<float> stereo(2 * frames);
+    stereo.assign(2 * frames, 0.0F);
     if (!prepare(frame))
-        return stereo;
+        return;
     const bool mono = frame.ch_layout.nb_channels == 1;
     // Mono is written into the second half and spread from there, front to back.
     float* out = mono ? stereo.data() + frames : stereo.data();
@@ -82,7 +82,7 @@ std::vector<float> StereoConverter::convert(const AVFrame& frame)
                                  const_cast<const std::uint8_t**>(frame.extended_data), frame.nb_samples);
     if (done != frame.nb_samples) {
         std::ranges::fill(stereo, 0.0F);
-        return stereo;
+        return;
     }
     if (mono)
         for (std::size_t i = 0; i < frames; ++i)
@@ -91,7 +91,6 @@ std::vector<float> StereoConverter::convert(const AVFrame& frame)
     for (float& sample : stereo)
         if (!(std::abs(sample) <= loudestSample))
             sample = 0.0F;
-    return stereo;
 }
 
 }  // namespace quillet

@@ -16,9 +16,9 @@ public:
     StereoConverter(const StereoConverter&) = delete;
     StereoConverter& operator=(const StereoConverter&) = delete;
 
-    /// As many frames as `frame` has; silence if its channels cannot be mixed. Samples that are no numbers, or absurd, become
-    /// 0.
-    [[nodiscard]] std::vector<float> convert(const AVFrame& frame);
+    /// As many frames as `frame` has, in place of what `stereo` holds; silence if its channels cannot be mixed. Samples that
+    /// are no numbers, or absurd, become 0.
+    void convert(const AVFrame& frame, std::vector<float>& stereo);
 
 private:
     [[nodiscard]] bool prepare(const AVFrame& frame);

@@ -4,8 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <iterator>
-#include <utility>
+#include <vector>
 
 namespace quillet {
 namespace {
@@ -56,18 +55,12 @@ void TimelineAligner::restart(std::int64_t guess)
     m_finished = false;
 }
 
-void TimelineAligner::push(std::optional<std::int64_t> stamp, std::vector<float> stereo)
-{
-    const auto frames = static_cast<std::int64_t>(stereo.size() / 2);
-    m_pending.push_back({ { stamp, frames }, std::move(stereo) });
-}
-
 bool TimelineAligner::supports(std::int64_t start) const
 {
-    for (const Pending& pending : m_pending) {
-        if (pending.block.stamp && std::abs(*pending.block.stamp - start) <= m_tolerance)
+    for (const StampedPosition& block : m_pending) {
+        if (block.stamp && std::abs(*block.stamp - start) <= m_tolerance)
             return true;
-        start += pending.block.frames;
+        start += block.frames;
     }
     return false;
 }
@@ -75,7 +68,7 @@ bool TimelineAligner::supports(std::int64_t start) const
 bool TimelineAligner::isGuessing() const
 {
     return !m_nextIsKnown
-        && std::ranges::none_of(m_pending, [](const Pending& pending) { return pending.block.stamp.has_value(); });
+        && std::ranges::none_of(m_pending, [](const StampedPosition& block) { return block.stamp.has_value(); });
 }
 
 bool TimelineAligner::canVote() const
@@ -83,26 +76,24 @@ bool TimelineAligner::canVote() const
     if (m_finished || m_pending.size() >= patienceBlocks)
         return true;
     const auto stamped = static_cast<std::size_t>(
-        std::ranges::count_if(m_pending, [](const Pending& pending) { return pending.block.stamp.has_value(); }));
+        std::ranges::count_if(m_pending, [](const StampedPosition& block) { return block.stamp.has_value(); }));
     return stamped >= m_lookahead || (stamped == 0 && m_nextIsKnown);
 }
 
-std::optional<AlignedBlock> TimelineAligner::pop()
+std::optional<PlacedBlock> TimelineAligner::pop()
 {
     if (m_pending.empty())
         return std::nullopt;
     if (!m_nextIsKnown || !supports(m_next)) {
         if (!canVote())
             return std::nullopt;
-        std::vector<StampedPosition> blocks;
-        std::ranges::transform(m_pending, std::back_inserter(blocks), &Pending::block);
+        const std::vector<StampedPosition> blocks(m_pending.begin(), m_pending.end());
         m_next = votedStart(blocks, m_tolerance).value_or(m_next);
         m_nextIsKnown = true;
     }
-    Pending front = std::move(m_pending.front());
+    const PlacedBlock block{ m_next, m_pending.front().frames };
     m_pending.pop_front();
-    AlignedBlock block{ m_next, std::move(front.stereo) };
-    m_next += front.block.frames;
+    m_next += block.frames;
     return block;
 }
 

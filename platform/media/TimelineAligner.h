@@ -1,15 +1,14 @@
 // Gives every decoded block its place on the file's timeline. Blocks follow each other without a gap as long as the time stamps
 // of some block in sight agree; where none does (after a jump, or behind damage) the place is found by a vote among the blocks
 // in sight. So single wrong stamps do no harm, and a decode from the start and one that was entered behind damage agree. It
-// holds only the blocks it still waits to judge, and makes no silence: gaps and overlaps are its reader's business. Threads:
-// confined to one thread at a time.
+// knows where blocks are, not how they sound, and makes no silence: gaps and overlaps are its reader's business.
+// Threads: confined to one thread at a time.
 #pragma once
 
 #include <cstdint>
 #include <deque>
 #include <optional>
 #include <span>
-#include <vector>
 
 namespace quillet {
 
@@ -23,12 +22,10 @@ struct StampedPosition {
 /// agree (the middle one of those that agree is the answer). Nothing if none is stamped.
 std::optional<std::int64_t> votedStart(std::span<const StampedPosition> blocks, std::int64_t tolerance);
 
-struct AlignedBlock {
+/// The frames [position, position + frames) of the file.
+struct PlacedBlock {
     std::int64_t position;
-    /// Interleaved left and right.
-    std::vector<float> stereo;
-
-    [[nodiscard]] std::int64_t frames() const { return static_cast<std::int64_t>(stereo.size() / 2); }
+    std::int64_t frames;
 };
 
 class TimelineAligner {
@@ -39,27 +36,24 @@ public:
     /// Forgets everything. The next block is placed by the stamps; at `guess` if there are none.
     void restart(std::int64_t guess);
 
-    void push(std::optional<std::int64_t> stamp, std::vector<float> stereo);
+    void push(const StampedPosition& block) { m_pending.push_back(block); }
     /// No more blocks will come: judge by those that are here.
     void finish() { m_finished = true; }
 
     /// Whether nothing is known of where the blocks that wait are.
     [[nodiscard]] bool isGuessing() const;
 
-    /// The next block with its place; nothing while more blocks are needed to tell, or none is left.
-    [[nodiscard]] std::optional<AlignedBlock> pop();
+    /// The place of the next block, in the order in which they came; nothing while more blocks are needed to tell, or none is
+    /// left.
+    [[nodiscard]] std::optional<PlacedBlock> pop();
 
 private:
-    struct Pending {
-        StampedPosition block;
-        std::vector<float> stereo;
-    };
     [[nodiscard]] bool supports(std::int64_t start) const;
     [[nodiscard]] bool canVote() const;
 
     std::size_t m_lookahead;
     std::int64_t m_tolerance;
-    std::deque<Pending> m_pending;
+    std::deque<StampedPosition> m_pending;
     std::int64_t m_next = 0;
     bool m_nextIsKnown = false;
     bool m_finished = false;

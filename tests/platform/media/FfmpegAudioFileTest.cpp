@@ -1,6 +1,7 @@
 #include "platform/media/FfmpegAudioFile.h"
 
 #include "platform/base/Require.h"
+#include "platform/media/FfmpegAmplitudeReader.h"
 #include "tests/support/AudioFixtures.h"
 #include "tests/support/SignalAnalysis.h"
 #include "tests/support/TemporaryFolder.h"
@@ -177,6 +178,39 @@ std::string nameOf(const testing::TestParamInfo<Format>& info)
     std::string name = info.param.name;
     std::ranges::replace_if(name, [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
     return name;
+}
+
+TEST_P(EveryFormat, AmplitudesAreThoseOfTheSoundWhereverEntered)
+{
+    const Format& format = GetParam();
+    const FilePath path = m_folder / format.name;
+    encodeAudio(livelySignal(format.sampleRate, format.channels, 4), path, format.arguments);
+    const std::vector<float> inOrder = readInOrder(*opened(path));
+    const auto opening = FfmpegAmplitudeReaderOpener().open(path);
+    ASSERT_TRUE(opening);
+    AmplitudeReader& reader = **opening;
+    ASSERT_EQ(2 * reader.length(), static_cast<std::int64_t>(inOrder.size()));
+
+    const auto expectSums = [&](std::int64_t first, std::int64_t step) {
+        reader.enter(first);
+        for (std::int64_t begin = first; begin < reader.length(); begin += step) {
+            const std::int64_t frames = std::min(step, reader.length() - begin);
+            double expected = 0;
+            for (std::int64_t i = 2 * begin; i < 2 * (begin + frames); i += 2)
+                expected += std::abs(inOrder[static_cast<std::size_t>(i)] + inOrder[static_cast<std::size_t>(i + 1)]) / 2;
+            // What is left out when floats become integers.
+            ASSERT_NEAR(reader.sum(frames), expected, static_cast<double>(frames) * 0x1p-23 + 1e-9) << "from " << begin;
+        }
+    };
+    expectSums(0, 3001);
+    expectSums(reader.length() / 2 + 13, 10'000);
+    if (reader.entersAnywhere()) {
+        reader.enter(reader.length() / 3);
+        const double whole = reader.sum(9000);
+        reader.enter(reader.length() / 3);
+        const double first = reader.sum(4999);
+        EXPECT_EQ(first + reader.sum(4001), whole);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, EveryFormat, testing::ValuesIn(formats()), nameOf);

@@ -29,7 +29,7 @@ std::vector<std::int64_t> positionsOf(const Case& test)
             positions.push_back(block->position);
     };
     for (const Stamp stamp : test.stamps) {
-        aligner.push(stamp, std::vector<float>(200));
+        aligner.push({ stamp, 100 });
         drain();
     }
     aligner.finish();
@@ -62,9 +62,9 @@ TEST(TimelineAlignerTest, KnowsWhenItWouldGuess)
 {
     TimelineAligner aligner(1, 0);
     aligner.restart(0);
-    aligner.push({}, std::vector<float>(200));
+    aligner.push({ {}, 100 });
     EXPECT_TRUE(aligner.isGuessing());
-    aligner.push(300, std::vector<float>(200));
+    aligner.push({ 300, 100 });
     EXPECT_FALSE(aligner.isGuessing());
 }
 

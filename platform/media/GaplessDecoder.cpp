@@ -1,0 +1,76 @@
+#include "platform/media/GaplessDecoder.h"
+
+#include "platform/base/Require.h"
+#include "platform/media/LengthProbe.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quillet {
+
+std::expected<GaplessDecoder, AudioFileError> GaplessDecoder::open(const FilePath& path)
+{
+    auto decoder = AlignedDecoder::open(path);
+    if (!decoder)
+        return std::unexpected(decoder.error());
+    const std::int64_t length = exactLength(*decoder);
+    if (length <= 0)
+        return std::unexpected(AudioFileError::empty);
+    return GaplessDecoder(std::move(*decoder), length);
+}
+
+GaplessDecoder::GaplessDecoder(AlignedDecoder decoder, std::int64_t length)
+    : m_decoder(std::move(decoder)),
+      m_length(length)
+{
+}
+
+void GaplessDecoder::enter(std::int64_t position)
+{
+    REQUIRE(position >= 0);
+    m_decoder.enter(position);
+    m_position = position;
+    m_block.reset();
+    m_silentFromHere = false;
+}
+
+std::optional<SoundPiece> GaplessDecoder::next()
+{
+    if (m_position >= m_length)
+        return std::nullopt;
+    findBlock();
+    SoundPiece piece{ m_position, m_length - m_position, nullptr, 0 };
+    if (!m_silentFromHere && m_block->position > m_position) {
+        piece.frames = std::min(piece.frames, m_block->position - m_position);
+    } else if (!m_silentFromHere) {
+        piece.firstInSound = m_position - m_block->position;
+        piece.frames = std::min(piece.frames, m_block->frames - piece.firstInSound);
+        piece.sound = m_block->sound.get();
+    }
+    m_position += piece.frames;
+    return piece;
+}
+
+/// Leaves a block that ends behind the present position, if there is one.
+void GaplessDecoder::findBlock()
+{
+    while (!m_silentFromHere && (!m_block || m_block->position + m_block->frames <= m_position)) {
+        m_block = m_decoder.next();
+        if (!m_block)
+            skipUndecodable();
+    }
+}
+
+/// The decoder gave up before the end: looks for sound further on, in growing steps.
+void GaplessDecoder::skipUndecodable()
+{
+    for (std::int64_t step = sampleRate() / 4; m_position + step < m_length; step *= 2) {
+        m_decoder.enter(m_position + step);
+        while ((m_block = m_decoder.next()))
+            if (m_block->position + m_block->frames > m_position)
+                return;
+    }
+    m_silentFromHere = true;
+}
+
+}  // namespace quillet
