@@ -5,8 +5,8 @@
 //
 // The files are made in FOLDER once (some 2 GB, a few minutes) and used again later.
 
+#include "bench/SongFiles.h"
 #include "platform/media/FfmpegAudioFile.h"
-#include "tests/support/AudioFixtures.h"
 
 #include <benchmark/benchmark.h>
 #include <sndfile.h>
@@ -24,48 +24,6 @@ namespace {
 
 using namespace quillet;
 using Clock = std::chrono::steady_clock;
-
-struct Format {
-    const char* extension;
-    std::vector<std::string> arguments;
-    bool peerReadsIt;
-};
-
-const std::vector<Format>& formats()
-{
-    static const std::vector<Format> all{
-        { "wav", { "-c:a", "copy" }, true },
-        { "flac", {}, true },
-        { "cbr.mp3", { "-b:a", "192k" }, true },
-        { "vbr.mp3", { "-q:a", "2" }, true },
-        { "m4a", { "-b:a", "160k", "-aac_pns", "0" }, false },
-        { "ogg", { "-c:a", "libvorbis", "-q:a", "5" }, true },
-        { "opus", { "-c:a", "libopus", "-b:a", "128k" }, true },
-    };
-    return all;
-}
-
-FilePath madeFile(const FilePath& folder, int minutes, const Format& format)
-{
-    const FilePath source = folder / (std::to_string(minutes) + ".source.wav");
-    const FilePath target = folder / (std::to_string(minutes) + "." + format.extension);
-    if (std::filesystem::exists(target))
-        return target;
-    std::printf("Making %s\n", target.c_str());
-    if (!std::filesystem::exists(source)) {
-        const FilePath minute = folder / "minute.wav";
-        writeBytes(minute, wavBytes(livelySignal(44'100, 2, 60), WavSamples::signed16));
-        runFfmpeg({ "-stream_loop", std::to_string(minutes - 1), "-i", minute, "-c:a", "copy", source });
-    }
-    std::vector<std::string> command{ "-i", source };
-    command.insert(command.end(), format.arguments.begin(), format.arguments.end());
-    // Under another name until it is whole: a run may be called off.
-    const FilePath part = folder / (std::string("part.") + format.extension);
-    command.push_back(part);
-    runFfmpeg(command);
-    std::filesystem::rename(part, target);
-    return target;
-}
 
 std::unique_ptr<AudioFile> opened(const FilePath& path)
 {
@@ -166,15 +124,14 @@ int main(int argc, char** argv)
         std::fputs("usage: QUILLET_BENCH_FILES=FOLDER quillet-bench-seek [--benchmark_filter=...]\n", stderr);
         return 2;
     }
-    std::filesystem::create_directories(folder);
     for (const int minutes : { 5, 60 })
-        for (const Format& format : formats()) {
-            const FilePath path = madeFile(folder, minutes, format);
+        for (const SongFormat& format : songFormats()) {
+            const FilePath path = madeSong(folder, minutes, format);
             const std::string name = std::to_string(minutes) + "min." + format.extension;
             registerOne("open", name, path, benchOpen);
             registerOne("jump", name, path, benchJump);
             registerOne("hold-again", name, path, benchHoldAgain);
-            if (format.peerReadsIt)
+            if (format.sndfileReadsIt)
                 registerOne("libsndfile-jump", name, path, benchPeerJump);
         }
     benchmark::RunSpecifiedBenchmarks();

@@ -42,9 +42,8 @@ double loopDelay(const PlaybackState& state)
 
 }  // namespace
 
-AudioEngine::AudioEngine(AudioGraph& graph, AudioFileOpener& opener, Scheduler& scheduler)
+AudioEngine::AudioEngine(AudioGraph& graph, Scheduler& scheduler)
     : m_graph(graph),
-      m_opener(opener),
       m_scheduler(scheduler),
       m_player(graph.makePlayer()),
       m_self(std::make_shared<AudioEngine*>(this))
@@ -261,27 +260,23 @@ void AudioEngine::nextSegmentDidChange()
 
 // ---- Stems ----
 
-void AudioEngine::enterStemMode(std::span<const StemSession::Stem> stems)
+void AudioEngine::enterStemMode(std::vector<StemFile> stems)
 {
     exitStemMode();
+    if (stems.empty())
+        return;
     const GraphChange atOnce(m_graph);
     m_stemMixer = m_graph.makeMixer();
     m_graph.disconnectInput(m_graph.timePitch());
     m_graph.connect(*m_stemMixer, m_graph.timePitch());
-    for (const StemSession::Stem& stem : stems) {
-        auto file = m_opener.open(stem.fileURL);
-        if (!file)
-            continue;
-        StemNode node{ stem.key, m_graph.makePlayer(), m_graph.makeMixer(), std::move(*file) };
+    for (StemFile& stem : stems) {
+        StemNode node{ std::move(stem.stem.key), m_graph.makePlayer(), m_graph.makeMixer(), std::move(stem.file) };
         m_graph.connect(*node.player, *node.gain);
         m_graph.connect(*node.gain, *m_stemMixer);
-        node.gain->setOutputVolume(stem.isMuted ? 0 : 1);
+        node.gain->setOutputVolume(stem.stem.isMuted ? 0 : 1);
         m_stemNodes.push_back(std::move(node));
     }
-    if (m_stemNodes.empty())
-        connectMainPlayer();
-    else
-        m_transport = Transport::idle;
+    m_transport = Transport::idle;
 }
 
 void AudioEngine::exitStemMode()

@@ -4,8 +4,8 @@
 // Threads: main thread.
 #pragma once
 
-#include "AppCore/StemSession.h"
 #include "app/playback/PlaybackState.h"
+#include "app/playback/StemFiles.h"
 #include "platform/audio/AudioGraph.h"
 #include "platform/media/AudioFile.h"
 #include "platform/schedule/Scheduler.h"
@@ -14,7 +14,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,8 +22,8 @@ namespace quillet {
 
 class AudioEngine {
 public:
-    /// All three outlive the engine. The equaliser starts bypassed, all gains at 0 dB.
-    AudioEngine(AudioGraph& graph, AudioFileOpener& opener, Scheduler& scheduler);
+    /// Both outlive the engine. The equaliser starts bypassed, all gains at 0 dB.
+    AudioEngine(AudioGraph& graph, Scheduler& scheduler);
     ~AudioEngine();
     AudioEngine(const AudioEngine&) = delete;
     AudioEngine& operator=(const AudioEngine&) = delete;
@@ -60,9 +59,8 @@ public:
     /// `gain` in dB. A band that does not exist is ignored.
     void setEQGain(double gain, int band);
 
-    /// Plays these stems instead of the file from the next `play` on. A stem that cannot be opened is left out; where none
-    /// can be opened, the file goes on being what plays. Opens the files, so it takes as long as the disk does.
-    void enterStemMode(std::span<const StemSession::Stem> stems);
+    /// Plays these stems instead of the file from the next `play` on. Where there are none, the file goes on being what plays.
+    void enterStemMode(std::vector<StemFile> stems);
     /// Returns to the file: stops, and reports so to the state. Does nothing outside stem mode.
     void exitStemMode();
     [[nodiscard]] bool isInStemMode() const { return !m_stemNodes.empty(); }
@@ -98,7 +96,6 @@ private:
     void connectMainPlayer();
 
     AudioGraph& m_graph;
-    AudioFileOpener& m_opener;
     Scheduler& m_scheduler;
     std::unique_ptr<PlayerNode> m_player;
     std::shared_ptr<AudioFile> m_audioFile;

@@ -2,7 +2,6 @@
 
 #include "platform/defaults/MemoryDefaultsDomain.h"
 #include "platform/schedule/VirtualScheduler.h"
-#include "tests/support/FakeAudioFileOpener.h"
 #include "tests/support/FakeAudioGraph.h"
 #include "tests/support/MemoryAudioFile.h"
 
@@ -21,8 +20,7 @@ struct AppStateTest : testing::Test {
     MemoryDefaultsDomain defaults;
     SettingsStore store{ defaults };
     FakeAudioGraph graph;
-    FakeAudioFileOpener opener;
-    AudioEngine engine{ graph, opener, scheduler };
+    AudioEngine engine{ graph, scheduler };
     std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, store, engine);
 
     AppStateTest()

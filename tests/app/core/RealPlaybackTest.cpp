@@ -39,7 +39,7 @@ struct Program {
     SettingsStore settings{ defaults };
     DeviceOutput output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler };
     PlaybackGraph graph{ output, scheduler };
-    AudioEngine engine{ graph, opener, scheduler };
+    AudioEngine engine{ graph, scheduler };
     std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);
     std::vector<State> told;
 

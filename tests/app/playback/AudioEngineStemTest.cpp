@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <span>
 #include <string>
 
 namespace quillet {
@@ -22,13 +23,14 @@ struct StemRig : EngineRig {
         opener.add("/stems/short.wav", 8000, 20000);
     }
 
+    void enter(std::span<const StemSession::Stem> chosen) { engine->enterStemMode(openStemFiles(opener, chosen)); }
     FakeAudioGraph::Node& stem(std::size_t index) { return *graph.players.at(1 + index); }
 };
 
 TEST(AudioEngineStems, TheReadableStemsPlayInStepInsteadOfTheFile)
 {
     StemRig rig;
-    rig.engine->enterStemMode(rig.stems);
+    rig.enter(rig.stems);
     EXPECT_EQ(rig.graph.playersHeard(), (Indices{ 1, 2, 3 }));
     rig.graph.batches.clear();
 
@@ -57,7 +59,7 @@ TEST(AudioEngineStems, TheReadableStemsPlayInStepInsteadOfTheFile)
 TEST(AudioEngineStems, AStemThatHasEndedBeforeTheSegmentStaysSilent)
 {
     StemRig rig;
-    rig.engine->enterStemMode(rig.stems);
+    rig.enter(rig.stems);
     rig.playRegion();
     rig.engine->play(3, 5);
     EXPECT_TRUE(rig.stem(0).isSounding && rig.stem(1).isSounding);
@@ -69,7 +71,7 @@ TEST(AudioEngineStems, AStemThatHasEndedBeforeTheSegmentStaysSilent)
 TEST(AudioEngineStems, MutingActsOnOneStemWithoutRestartingIt)
 {
     StemRig rig;
-    rig.engine->enterStemMode(rig.stems);
+    rig.enter(rig.stems);
     const auto volumes = [&] {
         // The first mixer is the sum.
         return std::vector{ rig.graph.mixers.at(1)->volume, rig.graph.mixers.at(2)->volume, rig.graph.mixers.at(3)->volume };
@@ -87,7 +89,7 @@ TEST(AudioEngineStems, MutingActsOnOneStemWithoutRestartingIt)
 TEST(AudioEngineStems, LeavingThemReturnsToTheFileAndStops)
 {
     StemRig rig;
-    rig.engine->enterStemMode(rig.stems);
+    rig.enter(rig.stems);
     rig.playRegion();
     const auto end = rig.stem(0).completions.back();
     rig.engine->exitStemMode();
@@ -110,9 +112,9 @@ TEST(AudioEngineStems, LeavingThemReturnsToTheFileAndStops)
 TEST(AudioEngineStems, EnteringThemAgainTakesTheNewOnes)
 {
     StemRig rig;
-    rig.engine->enterStemMode(rig.stems);
+    rig.enter(rig.stems);
     rig.playRegion();
-    rig.engine->enterStemMode(std::span(rig.stems).last(1));
+    rig.enter(std::span(rig.stems).last(1));
     EXPECT_FALSE(rig.state->isPlaying);
     EXPECT_EQ(rig.graph.playersHeard(), Indices{ 4 });
 }
@@ -120,7 +122,7 @@ TEST(AudioEngineStems, EnteringThemAgainTakesTheNewOnes)
 TEST(AudioEngineStems, TheFileIsHeardIfNoStemCanBeOpened)
 {
     StemRig rig;
-    rig.engine->enterStemMode(std::span(rig.stems).subspan(1, 1));
+    rig.enter(std::span(rig.stems).subspan(1, 1));
     EXPECT_FALSE(rig.engine->isInStemMode());
     EXPECT_EQ(rig.graph.playersHeard(), Indices{ 0 });
     rig.playRegion();
@@ -131,7 +133,7 @@ TEST(AudioEngineStems, TheEndOfTheFilesSegmentStartsNothingOnceTheStemsAreThere)
 {
     StemRig rig;
     rig.playRegion();
-    rig.engine->enterStemMode(rig.stems);
+    rig.enter(rig.stems);
     rig.complete();
     rig.scheduler.advance(1);
     EXPECT_EQ(rig.stem(0).scheduleCount, 0);

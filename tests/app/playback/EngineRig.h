@@ -47,7 +47,7 @@ struct EngineRig {
 
     EngineRig()
     {
-        engine.emplace(graph, opener, scheduler);
+        engine.emplace(graph, scheduler);
         engine->setAppState(state);
         engine->setAudioFile(file(sampleRate, 10));
     }
