@@ -4,6 +4,20 @@
 
 namespace quillet {
 
+StemSession StemSession::fromSeparation(const std::map<std::string, FilePath>& files)
+{
+    StemSession session;
+    for (const std::string_view key : keys)
+        if (const auto file = files.find(std::string(key)); file != files.end())
+            session.stems.push_back({ file->first, file->second });
+    return session;
+}
+
+bool StemSession::isRestorable(const std::function<bool(const FilePath&)>& exists) const
+{
+    return !stems.empty() && std::ranges::all_of(stems, exists, &Stem::fileURL);
+}
+
 void StemSession::setMuted(bool isMuted, std::string_view key)
 {
     const auto stem = std::find_if(stems.begin(), stems.end(), [&](const Stem& candidate) { return candidate.key == key; });

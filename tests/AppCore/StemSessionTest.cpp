@@ -18,6 +18,23 @@ TEST(StemSession, MutesTheFirstStemOfTheKey)
     EXPECT_FALSE(session.stems.front().isMuted);
 }
 
+TEST(StemSession, ASeparationsFilesComeInTheFixedOrder)
+{
+    const std::map<std::string, FilePath> files{ { "bass", "/b" },  { "drums", "/d" },  { "guitar", "/g" },
+                                                 { "other", "/o" }, { "vocals", "/v" }, { "zither", "/z" } };
+    EXPECT_EQ(
+        StemSession::fromSeparation(files),
+        (StemSession{ { { "vocals", "/v" }, { "drums", "/d" }, { "bass", "/b" }, { "guitar", "/g" }, { "other", "/o" } } }));
+}
+
+TEST(StemSession, ComesBackOnlyWithAllItsFiles)
+{
+    const auto exists = [](const FilePath& file) { return file != "/gone"; };
+    EXPECT_TRUE((StemSession{ { { "drums", "/d" }, { "bass", "/b" } } }).isRestorable(exists));
+    EXPECT_FALSE((StemSession{ { { "drums", "/d" }, { "bass", "/gone" } } }).isRestorable(exists));
+    EXPECT_FALSE(StemSession{}.isRestorable(exists));
+}
+
 TEST(StemSession, ShowsKeysAsCapitalisedWords)
 {
     const std::pair<const char*, const char*> cases[] = {
