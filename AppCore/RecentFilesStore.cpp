@@ -1,9 +1,9 @@
 #include "AppCore/RecentFilesStore.h"
 
 #include "AppCore/SharedInstance.h"
+#include "platform/files/FileExists.h"
 
-#include <filesystem>
-#include <system_error>
+#include <algorithm>
 
 namespace quillet {
 
@@ -11,18 +11,18 @@ RecentFilesStore& RecentFilesStore::shared() { return SharedInstance<RecentFiles
 
 std::vector<FilePath> RecentFilesStore::all()
 {
+    std::vector<std::string> gone = storedPaths();
+    std::erase_if(gone, fileExists);
+    const std::scoped_lock lock(m_mutex);
     std::vector<std::string> paths = storedPaths();
-    const auto isGone = [](const std::string& path) {
-        std::error_code unreadable;
-        return !std::filesystem::exists(path, unreadable);
-    };
-    if (std::erase_if(paths, isGone) > 0)
+    if (std::erase_if(paths, [&](const std::string& path) { return std::ranges::find(gone, path) != gone.end(); }) > 0)
         m_defaults.setStringArray(storeKey, paths);
     return { paths.begin(), paths.end() };
 }
 
 void RecentFilesStore::push(const FilePath& url)
 {
+    const std::scoped_lock lock(m_mutex);
     std::vector<std::string> paths = storedPaths();
     std::erase(paths, url.native());
     paths.insert(paths.begin(), url.native());
@@ -31,7 +31,11 @@ void RecentFilesStore::push(const FilePath& url)
     m_defaults.setStringArray(storeKey, paths);
 }
 
-void RecentFilesStore::clear() { m_defaults.remove(storeKey); }
+void RecentFilesStore::clear()
+{
+    const std::scoped_lock lock(m_mutex);
+    m_defaults.remove(storeKey);
+}
 
 std::vector<std::string> RecentFilesStore::storedPaths() const
 {

@@ -1,12 +1,13 @@
 // Keeps the list of the files opened last in the user's defaults domain. It holds nothing in memory; a stored value that is
 // no list of texts counts as empty.
-// Threads: main thread.
+// Threads: callable from every thread; `all` waits for the disks that the files are on, so not on the main thread.
 #pragma once
 
 #include "platform/base/FilePath.h"
 #include "platform/defaults/DefaultsDomain.h"
 
 #include <cstddef>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +40,8 @@ private:
     [[nodiscard]] std::vector<std::string> storedPaths() const;
 
     DefaultsDomain& m_defaults;
+    /// Held while the stored list is changed, never while a disk is waited for.
+    std::mutex m_mutex;
 };
 
 }  // namespace quillet

@@ -28,11 +28,6 @@ std::optional<FileSettings> SettingsStore::load(const FilePath& url) const
     return json ? decodeFileSettings(*json) : std::nullopt;
 }
 
-void SettingsStore::clearAll()
-{
-    for (const std::string& key : m_defaults.allKeys())
-        if (key.starts_with(keyPrefix))
-            m_defaults.remove(key);
-}
+void SettingsStore::clearAll() { m_defaults.removeAll(m_defaults.keysWithPrefix(keyPrefix)); }
 
 }  // namespace quillet

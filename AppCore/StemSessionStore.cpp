@@ -99,11 +99,6 @@ std::optional<std::vector<Stem>> StemSessionStore::load(const FilePath& track) c
 
 void StemSessionStore::remove(const FilePath& track) { m_defaults.remove(keyOf(track)); }
 
-void StemSessionStore::clearAll()
-{
-    for (const std::string& key : m_defaults.allKeys())
-        if (key.starts_with(keyPrefix))
-            m_defaults.remove(key);
-}
+void StemSessionStore::clearAll() { m_defaults.removeAll(m_defaults.keysWithPrefix(keyPrefix)); }
 
 }  // namespace quillet

@@ -36,6 +36,13 @@ ZoomPan WaveformZoomPan::zoomOut(double current, const Extent& extent, double re
     return placed(std::max(current * 0.5, min), extent, regionStart);
 }
 
+ZoomPan WaveformZoomPan::magnified(ZoomPan current, double magnification, double anchorX, double viewWidth)
+{
+    const double zoom = std::clamp(current.zoom * (1 + magnification), min, max);
+    const double pan = (anchorX + current.pan) / current.zoom * zoom - anchorX;
+    return { zoom, std::clamp(pan, 0.0, largestPan(zoom, viewWidth)) };
+}
+
 std::optional<ZoomPan> WaveformZoomPan::fitRegion(double regionStart, double regionEnd, const Extent& extent)
 {
     const double length = regionEnd - regionStart;

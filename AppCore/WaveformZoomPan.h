@@ -39,6 +39,10 @@ struct Extent {
 [[nodiscard]] ZoomPan zoomIn(double current, const Extent& extent, double regionStart);
 [[nodiscard]] ZoomPan zoomOut(double current, const Extent& extent, double regionStart);
 
+/// The zoom times 1 + `magnification`, with what is seen `anchorX` points from the view's left edge staying there as far as the
+/// bounds of both allow: what a pinch or a wheel asks for.
+[[nodiscard]] ZoomPan magnified(ZoomPan current, double magnification, double anchorX, double viewWidth);
+
 /// The region (seconds) across the view with a margin on each side, as far as the zoom's bounds allow. Nothing for an empty
 /// region or file.
 [[nodiscard]] std::optional<ZoomPan> fitRegion(double regionStart, double regionEnd, const Extent& extent);

@@ -142,6 +142,13 @@ std::expected<Command, UsageError> parseCommandLine(const std::vector<std::strin
     render.addTo(*renderCommand);
     renderCommand->add_option("-o,--output", output, "The WAV file to write (32-bit float, stereo)")->required();
 
+    std::string waveformInput, picture;
+    bool json = false;
+    CLI::App* waveformCommand = program.add_subcommand("waveform", "Print or draw the waveform of an audio file");
+    waveformCommand->add_option("IN", waveformInput, "The audio file")->required();
+    CLI::Option* png = waveformCommand->add_option("--png", picture, "Draw it into this PNG file");
+    waveformCommand->add_flag("--json", json, "Print the amplitudes as JSON (what happens without options)")->excludes(png);
+
     // CLI11 wants the arguments in reverse.
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     try {
@@ -161,6 +168,9 @@ std::expected<Command, UsageError> parseCommandLine(const std::vector<std::strin
         if (!options)
             return std::unexpected(options.error());
         return RenderFile{ { std::move(*options), output } };
+    }
+    if (waveformCommand->parsed()) {
+        return ShowWaveform{ { waveformInput, *png ? std::optional<FilePath>(picture) : std::nullopt } };
     }
     if (playCommand->parsed()) {
         auto options = play.options();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/cli/PlaybackOptions.h"
+#include "app/cli/WaveformCommand.h"
 
 #include <expected>
 #include <string>
@@ -24,12 +25,16 @@ struct RenderFile {
     RenderOptions options;
 };
 
+struct ShowWaveform {
+    WaveformOptions options;
+};
+
 /// Started without a file.
 struct ShowUsage {
     std::string text;
 };
 
-using Command = std::variant<PrintText, ShowUsage, PlayFile, RenderFile>;
+using Command = std::variant<PrintText, ShowUsage, PlayFile, RenderFile, ShowWaveform>;
 
 /// One sentence that says what is wrong with the arguments.
 struct UsageError {

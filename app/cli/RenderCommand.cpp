@@ -38,14 +38,14 @@ public:
 
     void skipBlock() { m_output.pull(m_block); }
 
-    [[nodiscard]] std::expected<void, WavError> writeBlock()
+    [[nodiscard]] std::expected<void, WriteError> writeBlock()
     {
         m_output.pull(m_block);
         m_pending.insert(m_pending.end(), m_block.begin(), m_block.end());
-        return m_pending.size() < samplesPerWrite ? std::expected<void, WavError>() : flush();
+        return m_pending.size() < samplesPerWrite ? std::expected<void, WriteError>() : flush();
     }
 
-    [[nodiscard]] std::expected<void, WavError> flush()
+    [[nodiscard]] std::expected<void, WriteError> flush()
     {
         auto written = m_writer.write(m_pending);
         m_pending.clear();

@@ -3,182 +3,46 @@
 #include "app/cli/WavHeader.h"
 #include "platform/base/Require.h"
 
-#include <cerrno>
-#include <random>
-#include <system_error>
 #include <utility>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 namespace quillet {
-namespace {
 
-constexpr mode_t permissionBits = 0777;
-
-std::string reason(int number)
-{
-    switch (number) {
-    case ENOSPC:
-    case EDQUOT:
-        return "the disk is full";
-    case EFBIG:
-        return "the disk does not take files of that size";
-    case EACCES:
-    case EPERM:
-        return "writing there is not permitted";
-    case EROFS:
-        return "the disk is read-only";
-    case ENOENT:
-    case ENOTDIR:
-        return "its folder does not exist";
-    case EISDIR:
-        return "it is a folder";
-    case ENODEV:
-        return "it is neither a file nor a pipe";
-    case ENAMETOOLONG:
-        return "its name is too long";
-    case EPIPE:
-        return "nothing reads it any more";
-    default:
-        return std::generic_category().message(number);
-    }
-}
-
-/// The name of the unfinished file beside `target`; a long name is cut, so that the suffix still fits what a folder takes.
-FilePath temporaryName(const FilePath& target)
-{
-    constexpr std::size_t keptBytes = 200;
-    std::random_device random;
-    FilePath name = target;
-    name.replace_filename(target.filename().native().substr(0, keptBytes) + ".quillet-" + std::to_string(random()) + ".part");
-    return name;
-}
-
-}  // namespace
-
-std::string describe(const WavError& error)
-{
-    return "“" + displayText(error.path) + "” could not be written: " + reason(error.number) + ".";
-}
-
-WavWriter::WavWriter(FilePath named, int sampleRate)
-    : m_named(std::move(named)),
+WavWriter::WavWriter(std::unique_ptr<OutputFile> file, int sampleRate)
+    : m_file(std::move(file)),
       m_sampleRate(sampleRate)
 {
 }
 
-std::expected<std::unique_ptr<WavWriter>, WavError> WavWriter::create(const FilePath& target, int sampleRate)
+std::expected<std::unique_ptr<WavWriter>, WriteError> WavWriter::create(const FilePath& target, int sampleRate)
 {
     REQUIRE(sampleRate > 0);
-    std::unique_ptr<WavWriter> writer(new WavWriter(target, sampleRate));
-    auto begun = writer->open();
-    if (begun)
-        begun = writer->writeBytes(wavHeader(sampleRate, std::nullopt));
-    if (!begun)
+    auto file = OutputFile::create(target);
+    if (!file)
+        return std::unexpected(std::move(file).error());
+    std::unique_ptr<WavWriter> writer(new WavWriter(std::move(*file), sampleRate));
+    if (auto begun = writer->m_file->write(wavHeader(sampleRate, std::nullopt)); !begun)
         return std::unexpected(std::move(begun).error());
     return writer;
 }
 
-WavWriter::~WavWriter() { discard(); }
-
-std::expected<void, WavError> WavWriter::open()
+std::expected<void, WriteError> WavWriter::write(std::span<const float> stereo)
 {
-    struct stat status{};
-    if (::stat(m_named.c_str(), &status) != 0)
-        return errno == ENOENT && m_named.has_filename() ? openBeside() : failure(errno);
-    if (S_ISCHR(status.st_mode) || S_ISFIFO(status.st_mode))
-        return openDirectly();
-    if (!S_ISREG(status.st_mode))
-        return failure(S_ISDIR(status.st_mode) ? EISDIR : ENODEV);
-    if (::access(m_named.c_str(), W_OK) != 0)
-        return failure(errno);
-    return openBeside();
-}
-
-std::expected<void, WavError> WavWriter::openBeside()
-{
-    std::error_code unresolved;
-    m_target = std::filesystem::canonical(m_named, unresolved);
-    if (unresolved)
-        m_target = m_named;
-    do {
-        m_temporary = temporaryName(m_target);
-        m_descriptor = ::open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    } while (m_descriptor < 0 && errno == EEXIST);
-    if (m_descriptor < 0) {
-        const int number = errno;
-        m_temporary.clear();
-        return failure(number);
-    }
-    struct stat status{};
-    if (::stat(m_target.c_str(), &status) == 0 && ::fchmod(m_descriptor, status.st_mode & permissionBits) != 0)
-        return failure(errno);
-    return {};
-}
-
-std::expected<void, WavError> WavWriter::openDirectly()
-{
-    m_descriptor = ::open(m_named.c_str(), O_WRONLY | O_CLOEXEC);
-    if (m_descriptor < 0)
-        return failure(errno);
-    return {};
-}
-
-std::expected<void, WavError> WavWriter::write(std::span<const float> stereo)
-{
-    REQUIRE(stereo.size() % 2 == 0 && m_descriptor >= 0);
-    auto written = writeBytes(std::as_bytes(stereo));
+    REQUIRE(stereo.size() % 2 == 0);
+    auto written = m_file->write(std::as_bytes(stereo));
     if (written)
         m_frames += static_cast<std::int64_t>(stereo.size() / 2);
     return written;
 }
 
-std::expected<void, WavError> WavWriter::finish()
+std::expected<void, WriteError> WavWriter::finish()
 {
-    REQUIRE(m_descriptor >= 0);
-    if (!m_temporary.empty()) {
-        if (::lseek(m_descriptor, 0, SEEK_SET) != 0)
-            return failure(errno);
-        if (auto written = writeBytes(wavHeader(m_sampleRate, m_frames)); !written)
+    if (m_file->canRewind()) {
+        if (auto rewound = m_file->rewind(); !rewound)
+            return rewound;
+        if (auto written = m_file->write(wavHeader(m_sampleRate, m_frames)); !written)
             return written;
-        if (::fsync(m_descriptor) != 0)
-            return failure(errno);
     }
-    // A network file system may tell only now that it has no more room.
-    if (::close(std::exchange(m_descriptor, -1)) != 0 && errno != EINTR)
-        return failure(errno);
-    if (!m_temporary.empty()) {
-        if (::rename(m_temporary.c_str(), m_target.c_str()) != 0)
-            return failure(errno);
-        m_temporary.clear();
-    }
-    return {};
-}
-
-std::expected<void, WavError> WavWriter::writeBytes(std::span<const std::byte> bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(m_descriptor, bytes.data(), bytes.size());
-        if (written >= 0)
-            bytes = bytes.subspan(static_cast<std::size_t>(written));
-        else if (errno != EINTR)
-            return failure(errno);
-    }
-    return {};
-}
-
-std::unexpected<WavError> WavWriter::failure(int number) const { return std::unexpected(WavError{ m_named, number }); }
-
-void WavWriter::discard()
-{
-    if (m_descriptor >= 0)
-        ::close(std::exchange(m_descriptor, -1));
-    if (!m_temporary.empty()) {
-        ::unlink(m_temporary.c_str());
-        m_temporary.clear();
-    }
+    return m_file->finish();
 }
 
 }  // namespace quillet

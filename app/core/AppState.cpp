@@ -163,6 +163,7 @@ void AppState::applySettings(const FileSettings& settings)
 
 void AppState::resetToDefaults(double durationSeconds)
 {
+    m_settingsURL = m_audioFileURL;
     FileSettings defaults;
     defaults.regionEnd = durationSeconds;
     applySettings(defaults);
@@ -177,10 +178,17 @@ void AppState::resetToDefaults(double durationSeconds)
 
 void AppState::settingsDidChange()
 {
-    if (!m_audioFileURL)
+    const bool belongToAnother = m_loadingState.stage == LoadingState::Stage::loading && m_settingsURL != m_audioFileURL;
+    if (!m_audioFileURL || belongToAnother)
         return;
     m_settingsSaveTask = m_scheduler.after(settingsSaveDelaySeconds,
                                            [this, url = *m_audioFileURL] { m_settingsStore.save(currentSettings(), url); });
+}
+
+void AppState::saveSettingsNow()
+{
+    if (m_audioFileURL && m_loadingState.stage == LoadingState::Stage::loaded)
+        m_settingsStore.save(currentSettings(), *m_audioFileURL);
 }
 
 // ---- Transport ----

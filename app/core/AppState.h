@@ -100,8 +100,10 @@ public:
     /// What a file of this length (seconds) starts with; transport stopped, hold off, no stems. The engine is not told.
     void resetToDefaults(double durationSeconds);
     /// Saves the settings that are current `settingsSaveDelaySeconds` after the last call, for the file that is open now.
-    /// Does nothing without a file.
+    /// Does nothing without a file, nor while one is being opened whose settings these are not yet.
     void settingsDidChange();
+    /// Saves them at once if a file is loaded.
+    void saveSettingsNow();
 
     /// Always starts at the region's start, or the held window's; an empty region does not play.
     void togglePlayPause();
@@ -171,6 +173,8 @@ private:
     bool m_isShowingHelp = false;
     std::optional<StemSession> m_stemSession;
     ScheduledTask m_settingsSaveTask;
+    /// The file that was last reset for: while another one is being opened, the settings are still its.
+    std::optional<FilePath> m_settingsURL;
 };
 
 }  // namespace quillet

@@ -3,6 +3,7 @@
 #include "app/cli/CommandLine.h"
 #include "app/cli/PlayCommand.h"
 #include "app/cli/RenderCommand.h"
+#include "app/cli/WaveformCommand.h"
 
 #include <QCoreApplication>
 
@@ -35,6 +36,8 @@ int run(const quillet::Command& command)
     }
     if (const auto* render = std::get_if<quillet::RenderFile>(&command))
         return report(quillet::renderFile(render->options));
+    if (const auto* waveform = std::get_if<quillet::ShowWaveform>(&command))
+        return report(quillet::showWaveform(waveform->options));
     return report(quillet::playFile(std::get<quillet::PlayFile>(command).options));
 }
 

@@ -5,13 +5,32 @@
 // Threads: callable from every thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace quillet {
+
+/// Of all values under a family of keys.
+struct DefaultsSize {
+    std::int64_t keys = 0;
+    /// Of the values that are data; others count nothing.
+    std::int64_t dataBytes = 0;
+
+    bool operator==(const DefaultsSize&) const = default;
+};
+
+/// The beginning of a data value.
+struct DefaultsHead {
+    std::string key;
+    std::string head;
+    /// Of the whole value.
+    std::int64_t byteCount = 0;
+};
 
 class DefaultsDomain {
 public:
@@ -37,8 +56,19 @@ public:
     /// Removes the key, whatever it holds; harmless when it is missing.
     virtual void remove(std::string_view key) = 0;
 
+    /// Removes the keys all at once; those that are missing are no matter.
+    virtual void removeAll(std::span<const std::string> keys) = 0;
+
     /// Every key of the domain, in no particular order.
     virtual std::vector<std::string> allKeys() const = 0;
+
+    // What follows concerns the keys that begin with `prefix`, byte for byte, and costs by their number: it does not read
+    // the values.
+
+    virtual std::vector<std::string> keysWithPrefix(std::string_view prefix) const = 0;
+    virtual DefaultsSize sizeOfPrefix(std::string_view prefix) const = 0;
+    /// Up to `headBytes` of each value that is data, in no particular order.
+    virtual std::vector<DefaultsHead> dataHeads(std::string_view prefix, std::size_t headBytes) const = 0;
 };
 
 }  // namespace quillet

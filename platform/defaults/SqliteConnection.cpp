@@ -2,6 +2,7 @@
 
 #include "platform/base/Require.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -25,6 +26,19 @@ std::string bytesAt(sqlite3_stmt* statement, int column)
 {
     const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement, column));
     return bytes != nullptr ? std::string(bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))) : "";
+}
+
+/// The keys from `prefix` (?1) to the first one that begins otherwise (?2; NULL where there is none).
+int bindPrefix(sqlite3_stmt* statement, std::string_view prefix)
+{
+    std::string end(prefix);
+    while (!end.empty() && end.back() == '\xFF')
+        end.pop_back();
+    const int code = bindBytes(statement, 1, prefix);
+    if (end.empty())
+        return code | sqlite3_bind_null(statement, 2);
+    ++end.back();
+    return code | bindBytes(statement, 2, end);
 }
 
 struct ValueBinder {
@@ -135,7 +149,14 @@ auto SqliteConnection::prepareDatabase() -> Result<void>
           "INSERT INTO defaults (key, type, value) VALUES (?1, ?2, ?3)"
           " ON CONFLICT (key) DO UPDATE SET type = excluded.type, value = excluded.value" },
         { &m_remove, "DELETE FROM defaults WHERE key = ?1" },
-        { &m_allKeys, "SELECT key FROM defaults" },
+        { &m_keysWithPrefix, "SELECT key FROM defaults WHERE key >= ?1 AND (?2 IS NULL OR key < ?2)" },
+        { &m_sizeOfPrefix,
+          "SELECT count(*), total(CASE WHEN type = 0 THEN length(value) ELSE 0 END) FROM defaults"
+          " WHERE key >= ?1 AND (?2 IS NULL OR key < ?2)" },
+        // A blob's length is in the row; the rest of a large value lies elsewhere and is not touched.
+        { &m_dataOfPrefix,
+          "SELECT rowid, key, length(value) FROM defaults"
+          " WHERE type = 0 AND typeof(value) = 'blob' AND key >= ?1 AND (?2 IS NULL OR key < ?2)" },
     };
     for (const auto& [statement, text] : statements) {
         auto prepared = prepare(text);
@@ -194,9 +215,25 @@ auto SqliteConnection::remove(std::string_view key) -> Result<void>
     return finish(statement);
 }
 
-auto SqliteConnection::allKeys() -> Result<std::vector<std::string>>
+auto SqliteConnection::removeAll(std::span<const std::string> keys) -> Result<void>
 {
-    const Use statement(m_allKeys);
+    auto done = execute("BEGIN IMMEDIATE");
+    if (!done)
+        return done;
+    for (auto key = keys.begin(); done && key != keys.end(); ++key)
+        done = remove(*key);
+    if (done)
+        done = execute("COMMIT");
+    if (!done) [[maybe_unused]]
+        const auto undone = execute("ROLLBACK");
+    return done;
+}
+
+auto SqliteConnection::keysWithPrefix(std::string_view prefix) -> Result<std::vector<std::string>>
+{
+    const Use statement(m_keysWithPrefix);
+    if (const int code = bindPrefix(statement, prefix); code != SQLITE_OK)
+        return error(code);
     std::vector<std::string> keys;
     int code = SQLITE_OK;
     while ((code = sqlite3_step(statement)) == SQLITE_ROW)
@@ -204,6 +241,57 @@ auto SqliteConnection::allKeys() -> Result<std::vector<std::string>>
     if (code != SQLITE_DONE)
         return error(code);
     return keys;
+}
+
+auto SqliteConnection::sizeOfPrefix(std::string_view prefix) -> Result<DefaultsSize>
+{
+    const Use statement(m_sizeOfPrefix);
+    int code = bindPrefix(statement, prefix);
+    if (code == SQLITE_OK)
+        code = sqlite3_step(statement);
+    if (code != SQLITE_ROW)
+        return error(code);
+    return DefaultsSize{ sqlite3_column_int64(statement, 0), static_cast<std::int64_t>(sqlite3_column_double(statement, 1)) };
+}
+
+auto SqliteConnection::dataHeads(std::string_view prefix, std::size_t headBytes) -> Result<std::vector<DefaultsHead>>
+{
+    const Use statement(m_dataOfPrefix);
+    if (const int code = bindPrefix(statement, prefix); code != SQLITE_OK)
+        return error(code);
+    std::vector<DefaultsHead> heads;
+    std::unique_ptr<sqlite3_blob, Closer> blob;
+    int code = SQLITE_OK;
+    while ((code = sqlite3_step(statement)) == SQLITE_ROW) {
+        const std::int64_t bytes = sqlite3_column_int64(statement, 2);
+        const auto wanted = static_cast<int>(std::min<std::int64_t>(bytes, static_cast<std::int64_t>(headBytes)));
+        auto head = readHead(blob, sqlite3_column_int64(statement, 0), wanted);
+        if (!head)
+            return std::unexpected(head.error());
+        heads.push_back({ bytesAt(statement, 1), std::move(*head), bytes });
+    }
+    if (code != SQLITE_DONE)
+        return error(code);
+    return heads;
+}
+
+/// The first bytes of the value in `row`, which is a blob. `blob` is kept from row to row: moving it is cheap.
+auto SqliteConnection::readHead(std::unique_ptr<sqlite3_blob, Closer>& blob, std::int64_t row, int bytes) -> Result<std::string>
+{
+    std::string head(static_cast<std::size_t>(bytes), '\0');
+    int code = SQLITE_OK;
+    if (blob != nullptr) {
+        code = sqlite3_blob_reopen(blob.get(), row);
+    } else {
+        sqlite3_blob* opened = nullptr;
+        code = sqlite3_blob_open(m_database.get(), "main", "defaults", "value", row, 0, &opened);
+        blob.reset(opened);
+    }
+    if (code == SQLITE_OK)
+        code = sqlite3_blob_read(blob.get(), head.data(), bytes, 0);
+    if (code != SQLITE_OK)
+        return error(code);
+    return head;
 }
 
 bool SqliteConnection::isSound()

@@ -4,13 +4,17 @@
 #pragma once
 
 #include "platform/base/FilePath.h"
+#include "platform/defaults/DefaultsDomain.h"
 #include "platform/defaults/DefaultsValue.h"
 
 #include <sqlite3.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <expected>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,7 +42,13 @@ public:
     /// When it answers without an error, the value outlives this process however it ends.
     Result<void> write(std::string_view key, const DefaultsValue& value);
     Result<void> remove(std::string_view key);
-    Result<std::vector<std::string>> allKeys();
+    /// All or, after an error, none.
+    Result<void> removeAll(std::span<const std::string> keys);
+
+    // Of the keys that begin with `prefix` ("": all of them).
+    Result<std::vector<std::string>> keysWithPrefix(std::string_view prefix);
+    Result<DefaultsSize> sizeOfPrefix(std::string_view prefix);
+    Result<std::vector<DefaultsHead>> dataHeads(std::string_view prefix, std::size_t headBytes);
 
     /// Reads the whole file and tells whether it is in order.
     [[nodiscard]] bool isSound();
@@ -47,6 +57,7 @@ private:
     struct Closer {
         void operator()(sqlite3* database) const { sqlite3_close(database); }
         void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+        void operator()(sqlite3_blob* blob) const { sqlite3_blob_close(blob); }
     };
     using Statement = std::unique_ptr<sqlite3_stmt, Closer>;
 
@@ -59,13 +70,16 @@ private:
     Result<void> execute(const char* text);
     Result<Statement> prepare(std::string_view text);
     Result<void> finish(sqlite3_stmt* statement);
+    Result<std::string> readHead(std::unique_ptr<sqlite3_blob, Closer>& blob, std::int64_t row, int bytes);
     [[nodiscard]] std::unexpected<DatabaseError> error(int code);
 
     std::unique_ptr<sqlite3, Closer> m_database;
     Statement m_read;
     Statement m_write;
     Statement m_remove;
-    Statement m_allKeys;
+    Statement m_keysWithPrefix;
+    Statement m_sizeOfPrefix;
+    Statement m_dataOfPrefix;
 };
 
 }  // namespace quillet

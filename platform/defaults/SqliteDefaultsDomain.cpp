@@ -113,9 +113,28 @@ void SqliteDefaultsDomain::remove(std::string_view key)
     static_cast<void>(perform([&](SqliteConnection& connection) { return connection.remove(key); }));
 }
 
-std::vector<std::string> SqliteDefaultsDomain::allKeys() const
+std::vector<std::string> SqliteDefaultsDomain::allKeys() const { return keysWithPrefix(""); }
+
+void SqliteDefaultsDomain::removeAll(std::span<const std::string> keys)
 {
-    return perform([](SqliteConnection& connection) { return connection.allKeys(); }).value_or(std::vector<std::string>{});
+    static_cast<void>(perform([&](SqliteConnection& connection) { return connection.removeAll(keys); }));
+}
+
+std::vector<std::string> SqliteDefaultsDomain::keysWithPrefix(std::string_view prefix) const
+{
+    return perform([&](SqliteConnection& connection) { return connection.keysWithPrefix(prefix); })
+        .value_or(std::vector<std::string>{});
+}
+
+DefaultsSize SqliteDefaultsDomain::sizeOfPrefix(std::string_view prefix) const
+{
+    return perform([&](SqliteConnection& connection) { return connection.sizeOfPrefix(prefix); }).value_or(DefaultsSize{});
+}
+
+std::vector<DefaultsHead> SqliteDefaultsDomain::dataHeads(std::string_view prefix, std::size_t headBytes) const
+{
+    return perform([&](SqliteConnection& connection) { return connection.dataHeads(prefix, headBytes); })
+        .value_or(std::vector<DefaultsHead>{});
 }
 
 std::optional<DefaultsValue> SqliteDefaultsDomain::read(std::string_view key) const

@@ -24,7 +24,11 @@ public:
     ~SqliteDefaultsDomain() override;
 
     void remove(std::string_view key) override;
+    void removeAll(std::span<const std::string> keys) override;
     std::vector<std::string> allKeys() const override;
+    std::vector<std::string> keysWithPrefix(std::string_view prefix) const override;
+    DefaultsSize sizeOfPrefix(std::string_view prefix) const override;
+    std::vector<DefaultsHead> dataHeads(std::string_view prefix, std::size_t headBytes) const override;
 
 protected:
     [[nodiscard]] std::optional<DefaultsValue> read(std::string_view key) const override;

@@ -1,7 +1,11 @@
+#include "AppCore/TimeRuler.h"
 #include "AppCore/WaveformCoordinates.h"
 #include "AppCore/WaveformZoomPan.h"
 
 #include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 namespace quillet {
 namespace {
@@ -75,6 +79,50 @@ TEST(WaveformGeometry, PanningStopsAtTheWaveformsEnds)
     EXPECT_EQ(panRight({ 2, 900 }, 1000), 1000);
     EXPECT_EQ(panRight({ 3, 900 }, 1000), 1400);
     EXPECT_EQ(panRight({ 1, 0 }, 1000), 0);
+}
+
+TEST(WaveformGeometry, MagnifyingKeepsWhatIsUnderTheAnchor)
+{
+    const ZoomPan wide = magnified({ 4, 1500 }, 0.5, 300, 1000);
+    EXPECT_EQ(wide.zoom, 6);
+    EXPECT_DOUBLE_EQ((WaveformCoordinates{ 100, 1000, 6, wide.pan }.xToTime(300)),
+                     (WaveformCoordinates{ 100, 1000, 4, 1500 }.xToTime(300)));
+    EXPECT_EQ(magnified({ 40, 0 }, 0.5, 500, 1000).zoom, 50);
+    EXPECT_EQ(magnified({ 1.5, 200 }, -0.9, 500, 1000), (ZoomPan{ 1, 0 }));
+    EXPECT_EQ(magnified({ 2, 1000 }, 0.5, 0, 1000).pan, 1500);
+    EXPECT_EQ(magnified({ 2, 0 }, 0.5, 0, 1000).pan, 0);
+}
+
+TEST(WaveformGeometry, RulerCountsInStepsThatCanBeReadAtEveryZoom)
+{
+    struct Case {
+        WaveformCoordinates view;
+        std::vector<std::string> labels;
+    };
+    const std::vector<Case> cases{
+        { { 165, 1000, 1, 0 }, { "0:00", "0:20", "0:40", "1:00", "1:20", "1:40", "2:00", "2:20", "2:40" } },
+        { { 59999.999, 1000, 1, 0 },
+          { "0:00", "120:00", "240:00", "360:00", "480:00", "600:00", "720:00", "840:00", "960:00" } },
+        { { 100, 1000, 50, 30'000 },
+          { "1:00.0", "1:00.2", "1:00.4", "1:00.6", "1:00.8", "1:01.0", "1:01.2", "1:01.4", "1:01.6", "1:01.8", "1:02.0" } },
+        { { 0.5, 1000, 1, 0 },
+          { "0:00.00", "0:00.05", "0:00.10", "0:00.15", "0:00.20", "0:00.25", "0:00.30", "0:00.35", "0:00.40", "0:00.45",
+            "0:00.50" } },
+        { { 0, 1000, 1, 0 }, {} },
+        { { 10, 0, 1, 0 }, {} },
+    };
+    for (const Case& test : cases) {
+        std::vector<std::string> labels;
+        double previous = -1;
+        for (const RulerTick& tick : rulerTicks(test.view, 90)) {
+            EXPECT_GT(tick.x, previous);
+            previous = tick.x;
+            if (!tick.label.empty())
+                labels.push_back(tick.label);
+        }
+        EXPECT_EQ(labels, test.labels);
+        EXPECT_LE(previous, 1000.001);
+    }
 }
 
 }  // namespace

@@ -156,6 +156,31 @@ TYPED_TEST(DefaultsContract, KeysAreBytesAndEachHoldsItsLastValue)
     EXPECT_THAT(domain.allKeys(), UnorderedElementsAre(keys[0], keys[2], keys[3], keys[4]));
 }
 
+TYPED_TEST(DefaultsContract, FamiliesOfKeysAreToldByTheirFirstBytes)
+{
+    DefaultsDomain& domain = this->m_domain;
+    const std::string large(50'000, 'x');
+    domain.setData("wave.a", "1234");
+    domain.setData("wave.\xFF\xFF", large);
+    domain.setString("wave.b", "no data");
+    for (const char* other : { "wave", "wave/a", "waveSettings.a", "Wave.a", "wav%.a", "" })
+        domain.setData(other, "12");
+    EXPECT_THAT(domain.keysWithPrefix("wave."), UnorderedElementsAre("wave.a", "wave.b", "wave.\xFF\xFF"));
+    EXPECT_EQ(domain.sizeOfPrefix("wave."), (DefaultsSize{ 3, 50'004 }));
+    EXPECT_EQ(domain.sizeOfPrefix("none."), (DefaultsSize{}));
+    EXPECT_EQ(domain.keysWithPrefix("wave.\xFF"), Texts{ "wave.\xFF\xFF" });
+    EXPECT_EQ(domain.keysWithPrefix("").size(), 9);
+
+    Texts heads;
+    for (const DefaultsHead& head : domain.dataHeads("wave.", 6))
+        heads.push_back(head.key + ' ' + head.head + ' ' + std::to_string(head.byteCount));
+    EXPECT_THAT(heads, UnorderedElementsAre("wave.a 1234 4", "wave.\xFF\xFF xxxxxx 50000"));
+
+    domain.removeAll(Texts{ "wave.a", "missing", "wave.b" });
+    EXPECT_EQ(domain.keysWithPrefix("wave."), Texts{ "wave.\xFF\xFF" });
+    EXPECT_EQ(domain.allKeys().size(), 7);
+}
+
 TYPED_TEST(DefaultsContract, ServesSeveralThreadsAtOnce)
 {
     constexpr int threadCount = 4;

@@ -1,0 +1,84 @@
+// Opens an audio file for the user: the one road by which every file gets into the program. It reads the file, finds its
+// waveform (kept or computed) and its stems off the main thread, then puts everything into the state and the engine at once. It
+// asks the user nothing and shows nothing: the state carries the progress, `onError` the failure.
+// Threads: main thread.
+#pragma once
+
+#include "AppCore/RecentFilesStore.h"
+#include "AppCore/SettingsStore.h"
+#include "AppCore/StemSessionStore.h"
+#include "AppCore/WaveformCache.h"
+#include "app/core/AppState.h"
+#include "app/playback/AudioEngine.h"
+#include "app/waveform/WaveformGenerator.h"
+#include "platform/base/FilePath.h"
+#include "platform/media/AudioFile.h"
+#include "platform/schedule/BackgroundRunner.h"
+#include "platform/schedule/Scheduler.h"
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace quillet {
+
+/// Whether a file starts with what it was left with, or with the defaults.
+enum class RestoreSettings { no, yes };
+
+class FileLoader {
+public:
+    /// Outlive the loader, and the background's jobs that it has started. All but the state and the engine are used on
+    /// threads of the background too.
+    struct Services {
+        AppState& state;
+        AudioEngine& engine;
+        Scheduler& scheduler;
+        BackgroundRunner& background;
+        AudioFileOpener& opener;
+        WaveformGenerator::Resources waveforms;
+        WaveformCache& waveformCache;
+        SettingsStore& settings;
+        StemSessionStore& stemSessions;
+        RecentFilesStore& recentFiles;
+    };
+
+    explicit FileLoader(Services services);
+    ~FileLoader();
+    FileLoader(const FileLoader&) = delete;
+    FileLoader& operator=(const FileLoader&) = delete;
+
+    /// Opens `url` in place of what is open or being opened; the last call wins, whichever file is ready first. A file that
+    /// cannot be opened leaves none open.
+    void loadFile(const FilePath& url, RestoreSettings restoreSettings);
+
+    /// Puts the list of recent files that exist into the state, a moment later.
+    void refreshRecentFiles();
+
+    /// `report` is given the sentence to show for every file that cannot be opened.
+    void onError(std::function<void(const std::string& message)> report) { m_report = std::move(report); }
+
+private:
+    struct Request;
+    struct LoadedFile;
+    class Job;
+
+    /// Runs `action` on the main thread if `loadID` is current then.
+    using Deliver = std::function<void(std::function<void(FileLoader&)> action)>;
+
+    void finish(const Request& request, LoadedFile file);
+    void fail(const std::string& message);
+    void pushValuesToEngine();
+    [[nodiscard]] Deliver delivery(std::int64_t loadID) const;
+
+    Services m_services;
+    /// The request whose results count; shared with the threads that work for it.
+    std::shared_ptr<std::atomic<std::int64_t>> m_currentLoadID = std::make_shared<std::atomic<std::int64_t>>(0);
+    std::function<void(const std::string& message)> m_report;
+    /// Expires with the loader.
+    std::shared_ptr<FileLoader*> m_self;
+    std::int64_t m_recentFilesRequests = 0;
+};
+
+}  // namespace quillet

@@ -1,0 +1,68 @@
+// The program's colours and measures: a fixed palette, and what follows the appearance (light or dark). Every view takes them
+// from here; no colour stands anywhere else.
+// Threads: a value, no shared state.
+#pragma once
+
+#include <QColor>
+
+namespace quillet {
+
+enum class Appearance { light, dark };
+
+struct AppTheme {
+    /// What is the same in both appearances.
+    static constexpr QColor cream{ 250, 242, 228 };
+    static constexpr QColor navy{ 19, 8, 56 };
+    static constexpr QColor accentPurple{ 124, 58, 237 };
+    static constexpr QColor waveformSelected{ accentPurple };
+    static constexpr QColor waveformRegionStart{ 249, 115, 22 };
+    static constexpr QColor waveformRegionEnd{ waveformRegionStart };
+    static constexpr QColor waveformPlayhead{ 16, 185, 129 };
+    /// Destructive actions and refusals.
+    static constexpr QColor red{ 220, 38, 38 };
+    /// On `accentPurple` and `navy`.
+    static constexpr QColor onAccent{ 255, 255, 255 };
+    static constexpr QColor onToolbar{ cream };
+
+    /// Points. Everything stands on a grid of 4.
+    static constexpr int windowMargin = 20;
+    static constexpr int cardSpacing = 16;
+    static constexpr int cardPadding = 16;
+    static constexpr int cardRadius = 12;
+    static constexpr int controlRadius = 8;
+    static constexpr int controlHeight = 30;
+    static constexpr int widestContent = 1200;
+    /// Of the letters of titles, controls and what is secondary, pixels.
+    static constexpr int titlePixels = 14;
+    static constexpr int controlPixels = 13;
+    static constexpr int secondaryPixels = 12;
+    /// What is left of a disabled control's colours.
+    static constexpr double disabledOpacity = 0.38;
+    static constexpr int focusRingWidth = 2;
+
+    explicit AppTheme(Appearance appearance);
+
+    Appearance appearance;
+    QColor window;
+    QColor card;
+    QColor cardLine;
+    QColor field;
+    QColor fieldLine;
+    /// Under the pointer, and pressed.
+    QColor fieldHover;
+    QColor fieldPressed;
+    QColor text;
+    QColor secondaryText;
+    /// The accent as text or as a thin line.
+    QColor accentText;
+    /// The track of switches that are off, and of sliders.
+    QColor track;
+    QColor waveformUnselected;
+    /// Red as text.
+    QColor redText;
+};
+
+/// `color` with that part of its opacity, 0 to 1.
+[[nodiscard]] QColor withOpacity(QColor color, double opacity);
+
+}  // namespace quillet

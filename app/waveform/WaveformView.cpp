@@ -1,0 +1,445 @@
+#include "app/waveform/WaveformView.h"
+
+#include "AppCore/RegionClamp.h"
+#include "AppCore/TimeRuler.h"
+#include "AppCore/WaveformZoomPan.h"
+
+#include <QFontDatabase>
+#include <QGestureEvent>
+#include <QMouseEvent>
+#include <QNativeGestureEvent>
+#include <QPainter>
+#include <QPinchGesture>
+#include <QStyle>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace quillet {
+namespace {
+
+constexpr double labelSpacing = 90;
+constexpr int frameMilliseconds = 16;
+/// Farther than this from where it should be the play head jumps; nearer it glides.
+constexpr double jumpSeconds = 0.12;
+constexpr double glidePerFrame = 0.1;
+/// Points that one notch of a wheel (120 eighths of a degree) stands for.
+constexpr double pointsPerNotch = 40;
+constexpr double notch = 120;
+constexpr double zoomPerNotch = 0.2;
+/// What one point of a touch pad's scrolling zooms with Ctrl held.
+constexpr double zoomPerPoint = 0.005;
+constexpr double fineStep = 0.01;
+constexpr double coarseStep = 1;
+constexpr int handleFocusWidth = 18;
+constexpr int smallTickHeight = 4;
+constexpr int tickHeight = 8;
+constexpr int rulerFontPixels = 11;
+
+}  // namespace
+
+WaveformView::WaveformView(QWidget* parent)
+    : QWidget(parent),
+      m_startHandle(new RegionHandle(RegionHandle::Side::start, this)),
+      m_endHandle(new RegionHandle(RegionHandle::Side::end, this))
+{
+    setAccessibleName(tr("Waveform"));
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    grabGesture(Qt::PinchGesture);
+    for (RegionHandle* handle : { m_startHandle, m_endHandle }) {
+        handle->onMove([this, handle](RegionHandle::Move move) { moveHandle(handle->side(), move); });
+        handle->onMoveEnded([this] {
+            if (m_onDragEnded)
+                m_onDragEnded();
+        });
+    }
+}
+
+WaveformView::~WaveformView() = default;
+
+QSize WaveformView::sizeHint() const { return { 900, 220 }; }
+
+QSize WaveformView::minimumSizeHint() const { return { 200, 150 }; }
+
+WaveformCoordinates WaveformView::coordinates() const
+{
+    return { m_duration, static_cast<double>(width()), m_zoomLevel, m_panOffset };
+}
+
+// ---- What is shown ----
+
+void WaveformView::setColors(const WaveformViewColors& colors)
+{
+    m_colors = colors;
+    m_startHandle->setFocusColor(colors.focus);
+    m_endHandle->setFocusColor(colors.focus);
+    invalidateBars();
+}
+
+void WaveformView::setSamples(std::vector<float> samples)
+{
+    m_samples = std::move(samples);
+    invalidateBars();
+}
+
+void WaveformView::setDuration(double seconds)
+{
+    if (std::exchange(m_duration, seconds) != seconds)
+        invalidateBars();
+}
+
+void WaveformView::setRegion(const WaveformRegion& region)
+{
+    if (region.start == m_region.start && region.end == m_region.end)
+        return;
+    m_region = region;
+    invalidateBars();
+}
+
+void WaveformView::setZoomAndPan(double zoomLevel, double panOffset)
+{
+    if (zoomLevel == m_zoomLevel && panOffset == m_panOffset)
+        return;
+    m_zoomLevel = zoomLevel;
+    m_panOffset = panOffset;
+    invalidateBars();
+}
+
+void WaveformView::invalidateBars()
+{
+    m_bars = QPixmap();
+    placeHandles();
+    update();
+}
+
+void WaveformView::placeHandles()
+{
+    for (auto [handle, time] : { std::pair(m_startHandle, m_region.start), std::pair(m_endHandle, m_region.end) }) {
+        handle->setTime(time, m_duration);
+        const int x = static_cast<int>(std::clamp(timeToX(time), 0.0, static_cast<double>(width())));
+        handle->setGeometry(x - handleFocusWidth / 2, rulerHeight, handleFocusWidth, height() - rulerHeight);
+    }
+}
+
+// ---- The play head ----
+
+void WaveformView::setPlaying(bool isPlaying)
+{
+    if (std::exchange(m_isPlaying, isPlaying) == isPlaying)
+        return;
+    m_shownPosition = m_reportedPosition;
+    followPlayback();
+    update();
+}
+
+void WaveformView::setPlaybackRate(double rate) { m_rate = rate; }
+
+void WaveformView::setPlaybackPosition(double seconds)
+{
+    m_reportedPosition = seconds;
+    m_sinceReport.start();
+    if (!m_frames.isActive() && m_isPlaying)
+        advancePlayhead();
+}
+
+/// Frames are drawn only while something moves and can be seen.
+void WaveformView::followPlayback()
+{
+    if (m_isPlaying && isVisible()) {
+        m_sinceReport.start();
+        m_sinceFrame.start();
+        m_frames.start(frameMilliseconds, Qt::PreciseTimer, this);
+    } else {
+        m_frames.stop();
+    }
+}
+
+void WaveformView::showEvent(QShowEvent* event)
+{
+    followPlayback();
+    QWidget::showEvent(event);
+}
+
+void WaveformView::hideEvent(QHideEvent* event)
+{
+    followPlayback();
+    QWidget::hideEvent(event);
+}
+
+void WaveformView::timerEvent(QTimerEvent* event)
+{
+    if (event->timerId() == m_frames.timerId())
+        advancePlayhead();
+    else
+        QWidget::timerEvent(event);
+}
+
+void WaveformView::advancePlayhead()
+{
+    const auto secondsOf = [](QElapsedTimer& timer) {
+        return timer.isValid() ? static_cast<double>(timer.nsecsElapsed()) * 1e-9 : 0;
+    };
+    // Reports come 20 times a second; where none comes any more (a pause between two passes) the head waits.
+    const double since = std::min(secondsOf(m_sinceReport), jumpSeconds);
+    const double target = std::min(m_reportedPosition + since * m_rate, std::max(m_region.end, m_reportedPosition));
+    const double before = m_shownPosition;
+    m_shownPosition += secondsOf(m_sinceFrame) * m_rate;
+    m_sinceFrame.start();
+    const double error = target - m_shownPosition;
+    m_shownPosition = std::abs(error) > jumpSeconds * std::max(m_rate, 0.25) ? target : m_shownPosition + glidePerFrame * error;
+    const QRect old = playheadStrip(before);
+    const QRect now = playheadStrip(m_shownPosition);
+    if (old != now)
+        update(QRegion(old) | now);
+}
+
+QRect WaveformView::playheadStrip(double seconds) const
+{
+    const double x = timeToX(seconds);
+    const int left = static_cast<int>(std::floor(x - playheadLineWidth));
+    return { left, rulerHeight, static_cast<int>(2 * playheadLineWidth) + 1, height() - rulerHeight };
+}
+
+// ---- Drawing ----
+
+void WaveformView::drawBars()
+{
+    const double scale = devicePixelRatioF();
+    const int barsHeight = height() - rulerHeight;
+    m_bars = QPixmap(QSize(static_cast<int>(std::ceil(width() * scale)), static_cast<int>(std::ceil(barsHeight * scale))));
+    m_bars.setDevicePixelRatio(scale);
+    m_bars.fill(m_colors.ground);
+    QPainter painter(&m_bars);
+    paintWaveform(painter, m_samples, coordinates(), barsHeight, m_region, m_colors.bars, 0, width());
+}
+
+void WaveformView::paintEvent(QPaintEvent* event)
+{
+    QPainter painter(this);
+    const QRect exposed = event->rect();
+    if (exposed.top() < rulerHeight)
+        drawRuler(painter, exposed);
+    if (exposed.bottom() < rulerHeight)
+        return;
+    if (m_bars.isNull() || m_bars.devicePixelRatio() != devicePixelRatioF())
+        drawBars();
+    painter.drawPixmap(0, rulerHeight, m_bars);
+    if (m_samples.empty() || m_duration <= 0)
+        return;
+    drawHandle(painter, m_region.start, m_colors.regionStart);
+    drawHandle(painter, m_region.end, m_colors.regionEnd);
+    if (m_isPlaying) {
+        const QRectF line(timeToX(m_shownPosition) - playheadLineWidth / 2, rulerHeight, playheadLineWidth,
+                          height() - rulerHeight);
+        painter.fillRect(line, m_colors.playhead);
+    }
+}
+
+void WaveformView::drawHandle(QPainter& painter, double time, const QColor& color) const
+{
+    const double scale = devicePixelRatioF();
+    // On a whole device pixel, so that the line is sharp.
+    const double x = std::round(timeToX(time) * scale) / scale;
+    if (x < -handlePillWidth || x > width() + handlePillWidth)
+        return;
+    painter.fillRect(QRectF(x - markerLineWidth / 2, rulerHeight, markerLineWidth, height() - rulerHeight), color);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    const double middle = rulerHeight + (height() - rulerHeight) / 2.0;
+    painter.drawRoundedRect(QRectF(x - handlePillWidth / 2, middle - handlePillHeight / 2, handlePillWidth, handlePillHeight),
+                            handlePillCornerRadius, handlePillCornerRadius);
+    painter.restore();
+}
+
+void WaveformView::drawRuler(QPainter& painter, const QRectF& exposed) const
+{
+    painter.fillRect(QRectF(0, 0, width(), rulerHeight), m_colors.ground);
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPixelSize(rulerFontPixels);
+    painter.setFont(font);
+    for (const RulerTick& tick : rulerTicks(coordinates(), labelSpacing)) {
+        const int length = tick.label.empty() ? smallTickHeight : tickHeight;
+        painter.fillRect(QRectF(std::floor(tick.x), rulerHeight - 6 - length, 1, length), m_colors.rulerLine);
+        const QRectF place(tick.x + 4, 0, labelSpacing, rulerHeight - 6);
+        if (tick.label.empty() || !place.intersects(exposed))
+            continue;
+        painter.setPen(m_colors.rulerText);
+        painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, QString::fromStdString(tick.label));
+    }
+}
+
+void WaveformView::resizeEvent(QResizeEvent* event)
+{
+    invalidateBars();
+    QWidget::resizeEvent(event);
+}
+
+// ---- Mouse ----
+
+WaveformView::DragMode WaveformView::handleAt(double x) const
+{
+    const double toStart = std::abs(x - timeToX(m_region.start));
+    const double toEnd = std::abs(x - timeToX(m_region.end));
+    if (toStart <= handleHitRadius && toStart <= toEnd)
+        return DragMode::startHandle;
+    return toEnd <= handleHitRadius ? DragMode::endHandle : DragMode::none;
+}
+
+void WaveformView::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (m_onResignFocus)
+        m_onResignFocus();
+    const double x = event->position().x();
+    m_dragMode = handleAt(x);
+    if (m_dragMode == DragMode::none) {
+        m_dragMode = DragMode::newRegion;
+        m_dragAnchor = x;
+        setCursor(Qt::CrossCursor);
+    } else {
+        setCursor(Qt::SizeHorCursor);
+    }
+}
+
+void WaveformView::mouseMoveEvent(QMouseEvent* event)
+{
+    setMouseTracking(true);
+    const double x = event->position().x();
+    if (m_dragMode == DragMode::none) {
+        const bool overHandle = !m_samples.empty() && handleAt(x) != DragMode::none;
+        setCursor(overHandle ? Qt::SizeHorCursor : Qt::ArrowCursor);
+        return;
+    }
+    dragTo(x);
+}
+
+void WaveformView::dragTo(double x)
+{
+    const double time = xToTime(x);
+    switch (m_dragMode) {
+    case DragMode::newRegion: {
+        const auto region = RegionClamp::clampNewRegion(time, xToTime(m_dragAnchor), m_duration);
+        wishRegion(region.start, region.end);
+        break;
+    }
+    case DragMode::startHandle:
+        wishRegion(RegionClamp::clampStart(time, m_region.end), m_region.end);
+        break;
+    case DragMode::endHandle:
+        wishRegion(m_region.start, RegionClamp::clampEnd(time, m_region.start, m_duration));
+        break;
+    case DragMode::none:
+        break;
+    }
+}
+
+void WaveformView::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton || m_dragMode == DragMode::none)
+        return;
+    m_dragMode = DragMode::none;
+    setCursor(handleAt(event->position().x()) != DragMode::none ? Qt::SizeHorCursor : Qt::ArrowCursor);
+    if (m_onDragEnded)
+        m_onDragEnded();
+}
+
+void WaveformView::wishRegion(double start, double end)
+{
+    if (m_onRegionChange)
+        m_onRegionChange(start, end);
+}
+
+// ---- Keys ----
+
+void WaveformView::moveHandle(RegionHandle::Side side, RegionHandle::Move move)
+{
+    const bool isStart = side == RegionHandle::Side::start;
+    double time = isStart ? m_region.start : m_region.end;
+    switch (move) {
+    case RegionHandle::Move::fineEarlier:
+        time -= fineStep;
+        break;
+    case RegionHandle::Move::fineLater:
+        time += fineStep;
+        break;
+    case RegionHandle::Move::coarseEarlier:
+        time -= coarseStep;
+        break;
+    case RegionHandle::Move::coarseLater:
+        time += coarseStep;
+        break;
+    case RegionHandle::Move::toFirst:
+        time = 0;
+        break;
+    case RegionHandle::Move::toLast:
+        time = m_duration;
+        break;
+    }
+    if (isStart)
+        wishRegion(RegionClamp::clampStart(time, m_region.end), m_region.end);
+    else
+        wishRegion(m_region.start, RegionClamp::clampEnd(time, m_region.start, m_duration));
+}
+
+// ---- Wheel and pinch ----
+
+void WaveformView::wheelEvent(QWheelEvent* event)
+{
+    const QPointF notches = QPointF(event->angleDelta()) / notch;
+    const bool isFine = !event->pixelDelta().isNull();
+    const QPointF points = isFine ? QPointF(event->pixelDelta()) : notches * pointsPerNotch;
+    if ((event->modifiers() & Qt::ControlModifier) != 0) {
+        const double amount = isFine ? points.y() * zoomPerPoint : notches.y() * zoomPerNotch;
+        magnify(amount, event->position().x());
+        event->accept();
+        return;
+    }
+    // A wheel that only turns one way pans with Shift held.
+    const bool isShifted = (event->modifiers() & Qt::ShiftModifier) != 0 && points.x() == 0;
+    const double delta = isShifted ? points.y() : points.x();
+    if (m_zoomLevel <= 1 || delta == 0) {
+        event->ignore();
+        return;
+    }
+    const double pan = std::clamp(m_panOffset - 2 * delta, 0.0, (m_zoomLevel - 1) * width());
+    if (m_onZoomChange)
+        m_onZoomChange(m_zoomLevel, pan);
+    event->accept();
+}
+
+void WaveformView::magnify(double magnification, double anchorX)
+{
+    const auto wish = WaveformZoomPan::magnified({ m_zoomLevel, m_panOffset }, magnification, anchorX, width());
+    if (m_onZoomChange)
+        m_onZoomChange(wish.zoom, wish.pan);
+}
+
+bool WaveformView::event(QEvent* event)
+{
+    const double middle = width() / 2.0;
+    if (event->type() == QEvent::NativeGesture) {
+        const auto* gesture = static_cast<QNativeGestureEvent*>(event);
+        if (gesture->gestureType() == Qt::ZoomNativeGesture) {
+            magnify(gesture->value(), middle);
+            return true;
+        }
+    }
+    if (event->type() == QEvent::Gesture) {
+        auto* gestures = static_cast<QGestureEvent*>(event);
+        if (const auto* pinch = static_cast<QPinchGesture*>(gestures->gesture(Qt::PinchGesture))) {
+            magnify(pinch->scaleFactor() - 1, middle);
+            gestures->accept();
+            return true;
+        }
+    }
+    if (event->type() == QEvent::Enter)
+        setMouseTracking(true);
+    return QWidget::event(event);
+}
+
+}  // namespace quillet

@@ -1,0 +1,144 @@
+// Shows a file's waveform with the selected region, its two handles and the play head, under a ruler of times; and turns
+// mouse, wheel, pinch and keys on it into wishes: another region, another zoom. It owns none of what it shows and changes
+// none of it by itself: whoever hosts it hears of the wish, decides, and sets the new values.
+// Threads: main thread.
+#pragma once
+
+#include "AppCore/WaveformCoordinates.h"
+#include "app/waveform/RegionHandle.h"
+#include "app/waveform/WaveformPainter.h"
+
+#include <QBasicTimer>
+#include <QColor>
+#include <QElapsedTimer>
+#include <QPixmap>
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace quillet {
+
+struct WaveformViewColors {
+    WaveformColors bars;
+    QColor ground;
+    QColor regionStart;
+    QColor regionEnd;
+    QColor playhead;
+    QColor rulerText;
+    QColor rulerLine;
+    QColor focus;
+};
+
+class WaveformView final : public QWidget {
+    Q_OBJECT
+
+public:
+    static constexpr double handleHitRadius = 8;
+    static constexpr double markerLineWidth = 2;
+    static constexpr double playheadLineWidth = 2;
+    static constexpr double handlePillWidth = 10;
+    static constexpr double handlePillHeight = 28;
+    static constexpr double handlePillCornerRadius = 4;
+    /// Points at the top that the ruler takes.
+    static constexpr int rulerHeight = 26;
+
+    explicit WaveformView(QWidget* parent = nullptr);
+    ~WaveformView() override;
+
+    // ---- What is shown ----
+
+    void setColors(const WaveformViewColors& colors);
+    void setSamples(std::vector<float> samples);
+    /// Seconds.
+    void setDuration(double seconds);
+    void setRegion(const WaveformRegion& region);
+    /// Seconds, as reported now and then: in between, the play head moves on by itself at `setPlaybackRate` (file seconds per
+    /// second, 1 is normal).
+    void setPlaybackPosition(double seconds);
+    void setPlaybackRate(double rate);
+    void setPlaying(bool isPlaying);
+    void setZoomAndPan(double zoomLevel, double panOffset);
+
+    [[nodiscard]] double xToTime(double x) const { return coordinates().xToTime(x); }
+    [[nodiscard]] double timeToX(double time) const { return coordinates().timeToX(time); }
+
+    // ---- What the user wishes ----
+
+    /// Seconds.
+    void onRegionChange(std::function<void(double start, double end)> wish) { m_onRegionChange = std::move(wish); }
+    /// A drag is over, or a key that moved a handle.
+    void onDragEnded(std::function<void()> ended) { m_onDragEnded = std::move(ended); }
+    /// The view was clicked: fields that are being edited lose the focus.
+    void onResignFocus(std::function<void()> resign) { m_onResignFocus = std::move(resign); }
+    void onZoomChange(std::function<void(double zoom, double pan)> wish) { m_onZoomChange = std::move(wish); }
+
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    enum class DragMode { none, newRegion, startHandle, endHandle };
+
+    [[nodiscard]] WaveformCoordinates coordinates() const;
+    [[nodiscard]] DragMode handleAt(double x) const;
+    void dragTo(double x);
+    void magnify(double magnification, double anchorX);
+    void moveHandle(RegionHandle::Side side, RegionHandle::Move move);
+    void wishRegion(double start, double end);
+
+    void invalidateBars();
+    void placeHandles();
+    void drawBars();
+    void drawRuler(QPainter& painter, const QRectF& exposed) const;
+    void drawHandle(QPainter& painter, double time, const QColor& color) const;
+    [[nodiscard]] QRect playheadStrip(double seconds) const;
+
+    void followPlayback();
+    void advancePlayhead();
+
+    WaveformViewColors m_colors;
+    std::vector<float> m_samples;
+    double m_duration = 1;
+    WaveformRegion m_region{ 0, 1 };
+    double m_zoomLevel = 1;
+    double m_panOffset = 0;
+
+    bool m_isPlaying = false;
+    double m_rate = 1;
+    /// The last report, and the time since then.
+    double m_reportedPosition = 0;
+    QElapsedTimer m_sinceReport;
+    /// Where the play head is drawn.
+    double m_shownPosition = 0;
+    QElapsedTimer m_sinceFrame;
+    QBasicTimer m_frames;
+
+    DragMode m_dragMode = DragMode::none;
+    /// Where the drag of a new region began, points.
+    double m_dragAnchor = 0;
+
+    /// The bars, in device pixels; null when they have to be drawn anew.
+    QPixmap m_bars;
+    RegionHandle* m_startHandle;
+    RegionHandle* m_endHandle;
+
+    std::function<void(double start, double end)> m_onRegionChange;
+    std::function<void()> m_onDragEnded;
+    std::function<void()> m_onResignFocus;
+    std::function<void(double zoom, double pan)> m_onZoomChange;
+};
+
+}  // namespace quillet
