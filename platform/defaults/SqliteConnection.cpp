@@ -9,8 +9,8 @@
 namespace quillet {
 namespace {
 
-/// As long as another process may keep this one waiting.
-constexpr int busyTimeoutMilliseconds = 5000;
+/// As long as another process may keep this one waiting while the file is set up.
+constexpr int firstPatienceMilliseconds = 5000;
 
 // The numbers are stored, so they never change.
 enum class StoredType : std::int64_t { data = 0, string = 1, stringArray = 2, real = 3, integer = 4, boolean = 5 };
@@ -132,7 +132,7 @@ auto SqliteConnection::openDatabase(const char* name) -> Result<void>
     // A file that may not be written opens all the same.
     if (sqlite3_db_readonly(database, "main") != 0)
         return std::unexpected(DatabaseError::unavailable);
-    sqlite3_busy_timeout(database, busyTimeoutMilliseconds);
+    setPatience(firstPatienceMilliseconds);
     return {};
 }
 
@@ -294,6 +294,8 @@ auto SqliteConnection::readHead(std::unique_ptr<sqlite3_blob, Closer>& blob, std
     return head;
 }
 
+void SqliteConnection::setPatience(int milliseconds) { sqlite3_busy_timeout(m_database.get(), milliseconds); }
+
 bool SqliteConnection::isSound()
 {
     const auto check = prepare("PRAGMA integrity_check(1)");
@@ -316,6 +318,9 @@ std::unexpected<DatabaseError> SqliteConnection::error(int code)
         // The file is kept for whoever wants to look into it, so closing it must not move the log's pages into it.
         sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
         return std::unexpected(DatabaseError::damaged);
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return std::unexpected(DatabaseError::busy);
     default:
         return std::unexpected(DatabaseError::unavailable);
     }

@@ -24,7 +24,9 @@ namespace quillet {
 enum class DatabaseError {
     /// The file is no database, a broken one, or another program's.
     damaged,
-    /// It cannot be read or written at all, or not now.
+    /// Another process is writing to it, and went on doing so for as long as was waited.
+    busy,
+    /// It cannot be read or written.
     unavailable,
 };
 
@@ -49,6 +51,9 @@ public:
     Result<std::vector<std::string>> keysWithPrefix(std::string_view prefix);
     Result<DefaultsSize> sizeOfPrefix(std::string_view prefix);
     Result<std::vector<DefaultsHead>> dataHeads(std::string_view prefix, std::size_t headBytes);
+
+    /// How long a write waits while another process is writing; at first some seconds.
+    void setPatience(int milliseconds);
 
     /// Reads the whole file and tells whether it is in order.
     [[nodiscard]] bool isSound();

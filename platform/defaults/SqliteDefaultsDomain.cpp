@@ -18,6 +18,11 @@
 namespace quillet {
 namespace {
 
+/// How long a write waits for another process: less than anybody notices. And at the very end, when nothing else is left.
+constexpr int patienceMilliseconds = 20;
+constexpr int lastPatienceMilliseconds = 5000;
+constexpr std::chrono::milliseconds retryInterval{ 100 };
+
 /// Held by one process at a time for each directory.
 class DirectoryLock {
 public:
@@ -79,7 +84,13 @@ SqliteDefaultsDomain::SqliteDefaultsDomain(FilePath file)
 {
 }
 
-SqliteDefaultsDomain::~SqliteDefaultsDomain() = default;
+SqliteDefaultsDomain::~SqliteDefaultsDomain()
+{
+    m_retries = {};
+    const std::scoped_lock lock(m_mutex);
+    m_connection->setPatience(lastPatienceMilliseconds);
+    static_cast<void>(writeLate());
+}
 
 std::unique_ptr<SqliteConnection> SqliteDefaultsDomain::open(Suspicion suspicion) const
 {
@@ -92,13 +103,14 @@ std::unique_ptr<SqliteConnection> SqliteDefaultsDomain::open(Suspicion suspicion
         connection = std::unexpected(DatabaseError::damaged);
     if (!connection && connection.error() == DatabaseError::damaged && moveAside(m_file))
         connection = SqliteConnection::open(m_file);
-    return connection ? std::move(*connection) : SqliteConnection::openInMemory();
+    auto opened = connection ? std::move(*connection) : SqliteConnection::openInMemory();
+    opened->setPatience(patienceMilliseconds);
+    return opened;
 }
 
 /// Performs it once more, on the new file, if it finds the file damaged.
 template <typename Operation> auto SqliteDefaultsDomain::perform(Operation operation) const
 {
-    const std::scoped_lock lock(m_mutex);
     auto result = operation(*m_connection);
     if (!result && result.error() == DatabaseError::damaged) {
         m_connection.reset();
@@ -108,43 +120,129 @@ template <typename Operation> auto SqliteDefaultsDomain::perform(Operation opera
     return result;
 }
 
+// ---- Writing ----
+
+void SqliteDefaultsDomain::write(std::string_view key, const DefaultsValue& value)
+{
+    const std::scoped_lock lock(m_mutex);
+    writeOrKeep(key, value);
+}
+
 void SqliteDefaultsDomain::remove(std::string_view key)
 {
-    static_cast<void>(perform([&](SqliteConnection& connection) { return connection.remove(key); }));
+    const std::scoped_lock lock(m_mutex);
+    writeOrKeep(key, std::nullopt);
+}
+
+void SqliteDefaultsDomain::removeAll(std::span<const std::string> keys)
+{
+    const std::scoped_lock lock(m_mutex);
+    if (writeLate()) {
+        const auto removed = perform([&](SqliteConnection& connection) { return connection.removeAll(keys); });
+        if (removed || removed.error() != DatabaseError::busy)
+            return;
+    }
+    for (const std::string& key : keys)
+        m_late.insert_or_assign(key, std::nullopt);
+    retryLater();
+}
+
+/// A write behind others that are late is late too: it must not come before them.
+void SqliteDefaultsDomain::writeOrKeep(std::string_view key, std::optional<DefaultsValue> value)
+{
+    m_late.insert_or_assign(std::string(key), std::move(value));
+    if (!writeLate())
+        retryLater();
+}
+
+/// Writes what is late; true if nothing is any more. What cannot be written at all is dropped: nothing better can be done.
+bool SqliteDefaultsDomain::writeLate()
+{
+    while (!m_late.empty()) {
+        const auto first = m_late.begin();
+        const auto done = perform([&](SqliteConnection& connection) {
+            return first->second ? connection.write(first->first, *first->second) : connection.remove(first->first);
+        });
+        if (!done && done.error() == DatabaseError::busy)
+            return false;
+        m_late.erase(first);
+    }
+    return true;
+}
+
+void SqliteDefaultsDomain::retryLater()
+{
+    if (m_retrying)
+        return;
+    m_retrying = true;
+    m_retries = std::jthread([this](const std::stop_token& stop) {
+        std::unique_lock lock(m_mutex);
+        do
+            m_stopped.wait_for(lock, stop, retryInterval, [] { return false; });
+        while (!stop.stop_requested() && !writeLate());
+        m_retrying = false;
+    });
+}
+
+// ---- Reading ----
+
+std::optional<DefaultsValue> SqliteDefaultsDomain::read(std::string_view key) const
+{
+    const std::scoped_lock lock(m_mutex);
+    if (const auto late = m_late.find(key); late != m_late.end())
+        return late->second;
+    return perform([&](SqliteConnection& connection) { return connection.read(key); }).value_or(std::nullopt);
 }
 
 std::vector<std::string> SqliteDefaultsDomain::allKeys() const { return keysWithPrefix(""); }
 
-void SqliteDefaultsDomain::removeAll(std::span<const std::string> keys)
-{
-    static_cast<void>(perform([&](SqliteConnection& connection) { return connection.removeAll(keys); }));
-}
-
 std::vector<std::string> SqliteDefaultsDomain::keysWithPrefix(std::string_view prefix) const
 {
-    return perform([&](SqliteConnection& connection) { return connection.keysWithPrefix(prefix); })
-        .value_or(std::vector<std::string>{});
+    const std::scoped_lock lock(m_mutex);
+    return keysUnderLock(prefix);
 }
 
 DefaultsSize SqliteDefaultsDomain::sizeOfPrefix(std::string_view prefix) const
 {
-    return perform([&](SqliteConnection& connection) { return connection.sizeOfPrefix(prefix); }).value_or(DefaultsSize{});
+    const std::scoped_lock lock(m_mutex);
+    if (m_late.empty())
+        return perform([&](SqliteConnection& connection) { return connection.sizeOfPrefix(prefix); }).value_or(DefaultsSize{});
+    DefaultsSize size{ static_cast<std::int64_t>(keysUnderLock(prefix).size()), 0 };
+    for (const DefaultsHead& head : headsUnderLock(prefix, 0))
+        size.dataBytes += head.byteCount;
+    return size;
 }
 
 std::vector<DefaultsHead> SqliteDefaultsDomain::dataHeads(std::string_view prefix, std::size_t headBytes) const
 {
-    return perform([&](SqliteConnection& connection) { return connection.dataHeads(prefix, headBytes); })
-        .value_or(std::vector<DefaultsHead>{});
+    const std::scoped_lock lock(m_mutex);
+    return headsUnderLock(prefix, headBytes);
 }
 
-std::optional<DefaultsValue> SqliteDefaultsDomain::read(std::string_view key) const
+std::vector<std::string> SqliteDefaultsDomain::keysUnderLock(std::string_view prefix) const
 {
-    return perform([&](SqliteConnection& connection) { return connection.read(key); }).value_or(std::nullopt);
+    auto keys = perform([&](SqliteConnection& connection) {
+                    return connection.keysWithPrefix(prefix);
+                }).value_or(std::vector<std::string>{});
+    if (!m_late.empty())
+        std::erase_if(keys, [&](const std::string& key) { return m_late.contains(key); });
+    for (auto late = m_late.lower_bound(prefix); late != m_late.end() && late->first.starts_with(prefix); ++late)
+        if (late->second)
+            keys.push_back(late->first);
+    return keys;
 }
 
-void SqliteDefaultsDomain::write(std::string_view key, const DefaultsValue& value)
+std::vector<DefaultsHead> SqliteDefaultsDomain::headsUnderLock(std::string_view prefix, std::size_t headBytes) const
 {
-    static_cast<void>(perform([&](SqliteConnection& connection) { return connection.write(key, value); }));
+    auto heads = perform([&](SqliteConnection& connection) {
+                     return connection.dataHeads(prefix, headBytes);
+                 }).value_or(std::vector<DefaultsHead>{});
+    if (!m_late.empty())
+        std::erase_if(heads, [&](const DefaultsHead& head) { return m_late.contains(head.key); });
+    for (auto late = m_late.lower_bound(prefix); late != m_late.end() && late->first.starts_with(prefix); ++late)
+        if (const auto* data = late->second ? std::get_if<DefaultsData>(&*late->second) : nullptr)
+            heads.push_back({ late->first, data->bytes.substr(0, headBytes), static_cast<std::int64_t>(data->bytes.size()) });
+    return heads;
 }
 
 }  // namespace quillet

@@ -9,10 +9,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace quillet {
@@ -181,6 +183,50 @@ TEST(SqliteDefaultsDomain, WorksInMemoryWhereNoFileCanBeKept)
         EXPECT_THAT(domain.allKeys(), UnorderedElementsAre("key"));
     }
     EXPECT_EQ(contentOf(folder / "file"), "no directory");
+}
+
+TEST(SqliteDefaultsDomain, AWriteThatAnotherProcessKeepsWaitingCountsAtOnceAndIsStoredLater)
+{
+    const TemporaryFolder folder;
+    const FilePath file = folder / "defaults.sqlite";
+    const auto locked = [&](const char* statement) {
+        static sqlite3* other = nullptr;
+        if (other == nullptr)
+            sqlite3_open(file.c_str(), &other);
+        EXPECT_EQ(sqlite3_exec(other, statement, nullptr, nullptr, nullptr), SQLITE_OK);
+    };
+    SqliteDefaultsDomain domain(file);
+    domain.setInteger("count", 1);
+    domain.setData("data.gone", "123");
+    locked("BEGIN IMMEDIATE");
+    const auto begin = std::chrono::steady_clock::now();
+    domain.setInteger("count", 2);
+    domain.setInteger("count", 3);
+    domain.setData("data.new", "12345");
+    domain.remove("data.gone");
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2)) << "the other's patience is no measure";
+    EXPECT_EQ(domain.integer("count"), 3);
+    EXPECT_EQ(domain.keysWithPrefix("data."), std::vector<std::string>{ "data.new" });
+    EXPECT_EQ(domain.sizeOfPrefix("data."), (DefaultsSize{ 1, 5 }));
+    EXPECT_EQ(domain.dataHeads("data.", 3).front().head, "123");
+    EXPECT_EQ(SqliteDefaultsDomain(file).integer("count"), 1);
+
+    locked("COMMIT");
+    while (SqliteDefaultsDomain(file).integer("count") != 3)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+
+    // What is late when the domain ends is stored before.
+    locked("BEGIN IMMEDIATE");
+    std::jthread release;
+    {
+        SqliteDefaultsDomain brief(file);
+        brief.setInteger("count", 4);
+        release = std::jthread([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            locked("COMMIT");
+        });
+    }
+    EXPECT_EQ(SqliteDefaultsDomain(file).integer("count"), 4);
 }
 
 }  // namespace
