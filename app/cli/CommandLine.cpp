@@ -135,7 +135,7 @@ std::expected<Command, UsageError> parseCommandLine(const std::vector<std::strin
 
     PlaybackArguments play, render;
     std::string file, output;
-    program.add_option("FILE", file, "An audio file to play");
+    program.add_option("FILE", file, "An audio file to open in the window");
     CLI::App* playCommand = program.add_subcommand("play", "Play an audio file, or a part of it");
     play.addTo(*playCommand);
     CLI::App* renderCommand = program.add_subcommand("render", "Write what would be played to a WAV file");
@@ -178,11 +178,7 @@ std::expected<Command, UsageError> parseCommandLine(const std::vector<std::strin
             return std::unexpected(options.error());
         return PlayFile{ std::move(*options) };
     }
-    if (file.empty())
-        return ShowUsage{ program.help() };
-    PlaybackOptions options;
-    options.input = file;
-    return PlayFile{ std::move(options) };
+    return OpenWindow{ file.empty() ? std::nullopt : std::optional<FilePath>(file) };
 }
 
 }  // namespace quillet

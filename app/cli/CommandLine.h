@@ -6,6 +6,7 @@
 #include "app/cli/WaveformCommand.h"
 
 #include <expected>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -29,12 +30,12 @@ struct ShowWaveform {
     WaveformOptions options;
 };
 
-/// Started without a file.
-struct ShowUsage {
-    std::string text;
+/// The window, with a file to open in it, or without.
+struct OpenWindow {
+    std::optional<FilePath> file;
 };
 
-using Command = std::variant<PrintText, ShowUsage, PlayFile, RenderFile, ShowWaveform>;
+using Command = std::variant<PrintText, OpenWindow, PlayFile, RenderFile, ShowWaveform>;
 
 /// One sentence that says what is wrong with the arguments.
 struct UsageError {

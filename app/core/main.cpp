@@ -4,6 +4,7 @@
 #include "app/cli/PlayCommand.h"
 #include "app/cli/RenderCommand.h"
 #include "app/cli/WaveformCommand.h"
+#include "app/core/QuilletApp.h"
 
 #include <QCoreApplication>
 
@@ -24,15 +25,12 @@ int fail(const std::string& sentence, int status)
 
 int report(const std::expected<int, std::string>& outcome) { return outcome ? *outcome : fail(outcome.error(), failed); }
 
+/// What needs no window.
 int run(const quillet::Command& command)
 {
     if (const auto* print = std::get_if<quillet::PrintText>(&command)) {
         std::fputs(print->text.c_str(), stdout);
         return std::fflush(stdout) == 0 ? 0 : failed;
-    }
-    if (const auto* usage = std::get_if<quillet::ShowUsage>(&command)) {
-        std::fputs(usage->text.c_str(), stderr);
-        return wrongUsage;
     }
     if (const auto* render = std::get_if<quillet::RenderFile>(&command))
         return report(quillet::renderFile(render->options));
@@ -50,6 +48,8 @@ int main(int argc, char* argv[])
     const auto command = quillet::parseCommandLine(arguments);
     if (!command)
         return fail(command.error().message + " See “quillet --help”.", wrongUsage);
+    if (const auto* window = std::get_if<quillet::OpenWindow>(&*command))
+        return quillet::runWindow(argc, argv, window->file);
     const QCoreApplication application(argc, argv);
     return run(*command);
 }

@@ -23,12 +23,12 @@ TEST(CommandLine, OptionsReachTheirPlaces)
     EXPECT_FALSE(render.playback.holdSeconds);
 }
 
-TEST(CommandLine, AFileAloneIsPlayedAndNothingShowsTheUsage)
+TEST(CommandLine, AFileAloneIsOpenedInTheWindow)
 {
     const auto file = parseCommandLine({ "song.mp3" });
     ASSERT_TRUE(file);
-    EXPECT_EQ(std::get<PlayFile>(*file).options.input, "song.mp3");
-    EXPECT_TRUE(std::holds_alternative<ShowUsage>(*parseCommandLine({})));
+    EXPECT_EQ(std::get<OpenWindow>(*file).file, "song.mp3");
+    EXPECT_EQ(std::get<OpenWindow>(*parseCommandLine({})).file, std::nullopt);
     EXPECT_TRUE(std::holds_alternative<PrintText>(*parseCommandLine({ "--help" })));
     EXPECT_TRUE(std::holds_alternative<PrintText>(*parseCommandLine({ "render", "--help" })));
     EXPECT_TRUE(std::holds_alternative<PrintText>(*parseCommandLine({ "--version" })));

@@ -1,0 +1,143 @@
+#include "app/core/QuilletApp.h"
+
+#include "AppCore/SharedInstance.h"
+#include "AppCore/StemSettingsStore.h"
+#include "app/core/FileLoader.h"
+#include "app/core/KeyHandler.h"
+#include "app/ui/MainWindow.h"
+#include "app/ui/QuilletStyle.h"
+#include "app/ui/Symbol.h"
+#include "app/ui/controls/Fonts.h"
+#include "platform/audio/CubebOutputDevice.h"
+#include "platform/audio/DeviceOutput.h"
+#include "platform/audio/NullOutputDevice.h"
+#include "platform/audio/PlaybackGraph.h"
+#include "platform/defaults/SqliteDefaultsDomain.h"
+#include "platform/files/SystemFileAttributes.h"
+#include "platform/media/FfmpegAmplitudeReader.h"
+#include "platform/media/FfmpegAudioFile.h"
+#include "platform/schedule/QtScheduler.h"
+#include "platform/schedule/ThreadRunner.h"
+
+#include <QApplication>
+#include <QToolTip>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <stop_token>
+#include <system_error>
+#include <thread>
+
+namespace quillet {
+namespace {
+
+/// How long the end of the program waits for work that reads disks.
+constexpr double lastPatienceSeconds = 1;
+
+class QuilletApp {
+public:
+    QuilletApp()
+        : m_state(std::make_shared<AppState>(m_scheduler, m_settings, m_engine))
+    {
+        m_engine.setAppState(m_state);
+        const auto applyTheme = [this] {
+            QApplication::setPalette(m_style->standardPalette());
+            QToolTip::setPalette(m_style->standardPalette());
+        };
+        QApplication::setStyle(m_style);
+        QApplication::setFont(controlFont());
+        applyTheme();
+        QObject::connect(&m_theme, &ThemeSource::themeChanged, &m_theme, applyTheme);
+        m_keys.start(m_state, m_commands);
+    }
+
+    void show(const std::optional<FilePath>& file)
+    {
+        m_window.show();
+        // What is not needed for the first sight of the window comes after it.
+        m_scheduler.post([this] {
+            m_theme.followDesktop();
+            m_graph.start();
+        });
+        if (file)
+            m_window.content().loadFile(absolute(*file), RestoreSettings::no);
+    }
+
+    /// True if all work has ended, and everything can be taken apart.
+    [[nodiscard]] bool finish()
+    {
+        m_keys.stop();
+        m_engine.stop();
+        m_state->saveSettingsNow();
+        m_programEnds.request_stop();
+        return m_background.finish(lastPatienceSeconds);
+    }
+
+private:
+    [[nodiscard]] static FilePath absolute(const FilePath& file)
+    {
+        std::error_code unknown;
+        FilePath whole = std::filesystem::absolute(file, unknown);
+        return unknown ? file : whole;
+    }
+
+    [[nodiscard]] static int cores() { return std::max(1, static_cast<int>(std::thread::hardware_concurrency())); }
+
+    QtScheduler m_scheduler;
+    std::stop_source m_programEnds;
+    // The cache has a connection of its own: the main thread never waits for what it does.
+    SqliteDefaultsDomain m_defaults{ SqliteDefaultsDomain::standardFile() };
+    SqliteDefaultsDomain m_cacheDefaults{ SqliteDefaultsDomain::standardFile() };
+    SettingsStore m_settings{ m_defaults };
+    RecentFilesStore m_recentFiles{ m_cacheDefaults };
+    StemSessionStore m_stemSessions{ m_cacheDefaults };
+    SystemFileAttributes m_attributes;
+    WaveformCache m_waveformCache{ m_cacheDefaults, m_attributes };
+    FfmpegAudioFileOpener m_opener;
+    FfmpegAmplitudeReaderOpener m_readers;
+    DeviceOutput m_output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), m_scheduler };
+    PlaybackGraph m_graph{ m_output, m_scheduler };
+    AudioEngine m_engine{ m_graph, m_scheduler };
+    const SharedInstance<AudioEngine> m_sharedEngine{ m_engine };
+    const SharedInstance<SettingsStore> m_sharedSettings{ m_settings };
+    const SharedInstance<RecentFilesStore> m_sharedRecentFiles{ m_recentFiles };
+    const SharedInstance<StemSessionStore> m_sharedStemSessions{ m_stemSessions };
+    const SharedInstance<WaveformCache> m_sharedWaveformCache{ m_waveformCache };
+    std::shared_ptr<AppState> m_state;
+    // Its jobs use what is above.
+    ThreadRunner m_background;
+    FileLoader m_loader{ { *m_state, m_engine, m_scheduler, m_background, m_opener,
+                           { m_readers, cores(), m_programEnds.get_token() }, m_waveformCache, m_settings, m_stemSessions,
+                           m_recentFiles } };
+    PlaybackCommands m_commands{ *m_state, m_engine };
+    Notifications m_notifications;
+    KeyHandler m_keys{ m_scheduler };
+    ThemeSource m_theme;
+    /// The application's.
+    QuilletStyle* m_style = new QuilletStyle(m_theme);
+    MainWindow m_window{ { *m_state, m_engine, m_loader, m_commands, m_notifications, m_recentFiles, m_theme }, m_defaults };
+};
+
+}  // namespace
+
+int runWindow(int& argumentCount, char** arguments, const std::optional<FilePath>& file)
+{
+    QApplication application(argumentCount, arguments);
+    QApplication::setApplicationName(QStringLiteral("quillet"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Quillet"));
+    QApplication::setApplicationVersion(QStringLiteral(QUILLET_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("quillet"));
+    QApplication::setWindowIcon(applicationIcon());
+    auto program = std::make_unique<QuilletApp>();
+    program->show(file);
+    const int status = QApplication::exec();
+    if (!program->finish()) {
+        // A disk that does not answer keeps a thread: what it may still touch is left alone.
+        std::_Exit(status);
+    }
+    return status;
+}
+
+}  // namespace quillet

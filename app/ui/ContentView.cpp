@@ -1,0 +1,217 @@
+#include "app/ui/ContentView.h"
+
+#include "app/core/Commands.h"
+#include "app/ui/EmptyScreen.h"
+#include "app/ui/FileNames.h"
+#include "app/ui/HelpSheet.h"
+#include "app/ui/LoadingScreen.h"
+#include "app/ui/PlayerScreen.h"
+#include "app/ui/ToolBar.h"
+
+#include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QMimeDatabase>
+#include <QStackedLayout>
+#include <QStandardPaths>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace quillet {
+namespace {
+
+/// Names that the system knows no type for, or takes for films; their sound plays all the same.
+bool isAudioName(const QString& file)
+{
+    // By the name alone: the file may lie on a disk that does not answer.
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(file, QMimeDatabase::MatchExtension);
+    return type.name().startsWith(QLatin1String("audio/")) || type.name().startsWith(QLatin1String("video/"))
+        || type.inherits(QStringLiteral("application/ogg"));
+}
+
+QString audioFilter()
+{
+    return QObject::tr("Audio files") + QStringLiteral(" (*.mp3 *.wav *.aif *.aiff *.aifc *.flac *.m4a *.aac *.alac *.ogg *.oga *.opus"
+                                                        " *.wma *.wv *.ape *.tta *.mka *.ac3 *.caf *.mp2 *.mp4 *.mkv *.webm *.mov)");
+}
+
+}  // namespace
+
+std::optional<FilePath> firstFile(const QMimeData& data)
+{
+    for (const QUrl& url : data.urls())
+        if (url.isLocalFile())
+            return pathOf(url.toLocalFile());
+    return std::nullopt;
+}
+
+bool holdsAudioFile(const QMimeData& data)
+{
+    const auto urls = data.urls();
+    return std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile() && isAudioName(url.toLocalFile()); });
+}
+
+ContentView::ContentView(const Services& services, QWidget* parent)
+    : QWidget(parent),
+      m_services(services),
+      m_toolBar(new ToolBar(services.state, services.notifications, services.theme)),
+      m_screens(new QStackedLayout),
+      m_overlay(new DropOverlay(services.theme, this))
+{
+    setAcceptDrops(true);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(m_toolBar);
+    column->addLayout(m_screens, 1);
+    m_screens->addWidget(new EmptyScreen(services.state, services.notifications, services.theme));
+    m_screens->addWidget(new LoadingScreen(services.state, services.theme));
+    connect(&services.state, &AppState::loadingStateChanged, this, &ContentView::showScreen);
+    connect(&services.state, &AppState::isShowingHelpChanged, this, &ContentView::syncHelp);
+    m_services.loader.onError([this](const std::string& message) { showError(QString::fromStdString(message)); });
+    subscribe();
+    m_services.loader.refreshRecentFiles();
+}
+
+ContentView::~ContentView() { m_services.loader.onError(nullptr); }
+
+void ContentView::subscribe()
+{
+    const auto on = [this](std::string_view name, auto&& action) {
+        m_subscriptions.push_back(m_services.notifications.subscribe(name, action));
+    };
+    PlaybackCommands& commands = m_services.commands;
+    AppState& state = m_services.state;
+    const auto ifLoaded = [&state](auto action) {
+        return [&state, action](const std::optional<FilePath>&) {
+            if (state.loadingState().stage == LoadingState::Stage::loaded)
+                action();
+        };
+    };
+    on(openFileName, [this](const auto&) { openFile(); });
+    on(openRecentName, [this](const std::optional<FilePath>& url) {
+        if (url)
+            loadFile(*url, RestoreSettings::yes);
+    });
+    on(clearRecentsName, [this](const auto&) {
+        m_services.recentFiles.clear();
+        m_services.loader.refreshRecentFiles();
+    });
+    on(showHelpName, [&state](const auto&) { state.setIsShowingHelp(true); });
+    on(stopResetName, ifLoaded([&commands] { commands.stopReset(); }));
+    on(toggleLoopName, ifLoaded([&commands] { commands.toggleLoop(); }));
+    on(toggleHoldName, ifLoaded([&state] { state.toggleHold(); }));
+    on(holdForwardName, ifLoaded([&state] { state.stepHoldForward(); }));
+    on(holdBackwardName, ifLoaded([&state] { state.stepHoldBackward(); }));
+    on(decreaseSpeedName, ifLoaded([&commands] { commands.decreaseSpeed(); }));
+    on(increaseSpeedName, ifLoaded([&commands] { commands.increaseSpeed(); }));
+    on(pitchUpName, ifLoaded([&commands] { commands.pitchUp(); }));
+    on(pitchDownName, ifLoaded([&commands] { commands.pitchDown(); }));
+}
+
+void ContentView::showScreen()
+{
+    switch (m_services.state.loadingState().stage) {
+    case LoadingState::Stage::idle:
+        m_screens->setCurrentIndex(0);
+        break;
+    case LoadingState::Stage::loading:
+        m_screens->setCurrentIndex(1);
+        break;
+    case LoadingState::Stage::loaded:
+        // Made when it is first needed, so that the window is there sooner.
+        if (m_player == nullptr) {
+            m_player = new PlayerScreen(m_services.state, m_services.engine, m_services.commands, m_services.theme);
+            m_screens->addWidget(m_player);
+        }
+        m_screens->setCurrentWidget(m_player);
+        break;
+    }
+}
+
+// ---- Opening ----
+
+void ContentView::loadFile(const FilePath& url, RestoreSettings restoreSettings)
+{
+    m_services.loader.loadFile(url, restoreSettings);
+}
+
+void ContentView::openFile()
+{
+    if (m_openPanel) {
+        m_openPanel->raise();
+        return;
+    }
+    auto* panel = new QFileDialog(this, tr("Open File..."), QStandardPaths::writableLocation(QStandardPaths::MusicLocation));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setWindowModality(Qt::WindowModal);
+    panel->setFileMode(QFileDialog::ExistingFile);
+    panel->setNameFilters({ audioFilter(), tr("All files") + QStringLiteral(" (*)") });
+    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& file) { loadFile(pathOf(file), RestoreSettings::no); });
+    m_openPanel = panel;
+    panel->open();
+}
+
+void ContentView::showError(const QString& message)
+{
+    auto* alert = new QMessageBox(QMessageBox::Warning, tr("Error"), message.isEmpty() ? tr("Unknown error") : message,
+                                  QMessageBox::Ok, this);
+    alert->setAttribute(Qt::WA_DeleteOnClose);
+    alert->setWindowModality(Qt::WindowModal);
+    alert->open();
+}
+
+void ContentView::syncHelp()
+{
+    if (!m_services.state.isShowingHelp()) {
+        if (m_help)
+            m_help->accept();
+        return;
+    }
+    if (m_help)
+        return;
+    m_help = new HelpSheet(m_services.theme, this);
+    m_help->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_help, &QDialog::finished, this, [this] {
+        m_help = nullptr;
+        m_services.state.setIsShowingHelp(false);
+    });
+    m_help->open();
+}
+
+// ---- Drops ----
+
+void ContentView::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    m_overlay->setGeometry(rect());
+}
+
+void ContentView::dragEnterEvent(QDragEnterEvent* event)
+{
+    m_overlay->setDrag(holdsAudioFile(*event->mimeData()) ? DropOverlay::Drag::audio : DropOverlay::Drag::unsupported);
+    // Also where nothing may be dropped: the view has to hear of the drag's end.
+    event->acceptProposedAction();
+}
+
+void ContentView::dragMoveEvent(QDragMoveEvent* event)
+{
+    event->setAccepted(m_overlay->drag() == DropOverlay::Drag::audio);
+}
+
+void ContentView::dragLeaveEvent(QDragLeaveEvent*) { m_overlay->setDrag(DropOverlay::Drag::none); }
+
+void ContentView::dropEvent(QDropEvent* event)
+{
+    m_overlay->setDrag(DropOverlay::Drag::none);
+    const auto file = holdsAudioFile(*event->mimeData()) ? firstFile(*event->mimeData()) : std::nullopt;
+    if (!file) {
+        event->ignore();
+        return;
+    }
+    event->acceptProposedAction();
+    loadFile(*file, RestoreSettings::no);
+}
+
+}  // namespace quillet

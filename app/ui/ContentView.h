@@ -1,0 +1,83 @@
+// The content of the main window: the toolbar, and one of three screens by what is being loaded. It carries out the commands that
+// arrive as notifications, takes drops, and shows the open panel, the help and errors. How a file is opened is FileLoader's
+// business, what playing means AppState's.
+// Threads: main thread.
+#pragma once
+
+#include "app/core/AppState.h"
+#include "app/core/FileLoader.h"
+#include "app/core/Notifications.h"
+#include "app/core/PlaybackCommands.h"
+#include "app/playback/AudioEngine.h"
+#include "app/ui/DropOverlay.h"
+#include "app/ui/ThemeSource.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+class QDialog;
+class QMimeData;
+class QStackedLayout;
+
+namespace quillet {
+
+class HelpSheet;
+class PlayerScreen;
+class ToolBar;
+
+class ContentView final : public QWidget {
+    Q_OBJECT
+
+public:
+    /// All outlive the view.
+    struct Services {
+        AppState& state;
+        AudioEngine& engine;
+        FileLoader& loader;
+        PlaybackCommands& commands;
+        Notifications& notifications;
+        RecentFilesStore& recentFiles;
+        const ThemeSource& theme;
+    };
+
+    explicit ContentView(const Services& services, QWidget* parent = nullptr);
+    ~ContentView() override;
+
+    /// Opens a file in place of the present one.
+    void loadFile(const FilePath& url, RestoreSettings restoreSettings);
+    /// Asks for a file.
+    void openFile();
+    /// One sentence in an alert over the window.
+    void showError(const QString& message);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void subscribe();
+    void showScreen();
+    void syncHelp();
+
+    Services m_services;
+    ToolBar* m_toolBar;
+    QStackedLayout* m_screens;
+    PlayerScreen* m_player = nullptr;
+    DropOverlay* m_overlay;
+    QPointer<HelpSheet> m_help;
+    QPointer<QDialog> m_openPanel;
+    std::vector<Notifications::Subscription> m_subscriptions;
+};
+
+/// The first file that `data` carries; and whether it looks like one that can be opened.
+[[nodiscard]] std::optional<FilePath> firstFile(const QMimeData& data);
+[[nodiscard]] bool holdsAudioFile(const QMimeData& data);
+
+}  // namespace quillet

@@ -1,0 +1,105 @@
+#include "app/ui/EQView.h"
+
+#include "app/ui/controls/Label.h"
+#include "app/ui/controls/Switch.h"
+#include "app/ui/controls/VerticalSlider.h"
+
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace quillet {
+namespace {
+
+constexpr int captionWidth = 58;
+constexpr std::array<const char*, EqualizerNode::bandCount> frequencies{ "60Hz", "250Hz", "1kHz", "4kHz", "12kHz" };
+
+}  // namespace
+
+EQView::EQView(AppState& state, AudioEngine& engine, const ThemeSource& source, QWidget* parent)
+    : QWidget(parent),
+      m_state(state),
+      m_engine(engine),
+      m_switch(new Switch(source, tr("EQ"))),
+      m_reset(new QPushButton(tr("Reset"))),
+      m_columns(new QWidget)
+{
+    m_reset->setAccessibleName(tr("Reset EQ"));
+    auto* caption = new Label(source, Label::Role::title, tr("EQ"));
+    caption->setFixedWidth(captionWidth);
+    auto* header = new QHBoxLayout;
+    header->setSpacing(8);
+    header->addWidget(caption);
+    header->addWidget(m_switch);
+    header->addStretch();
+    header->addWidget(m_reset);
+    auto* bands = new QHBoxLayout(m_columns);
+    bands->setContentsMargins(0, 8, 0, 0);
+    for (int band = 0; band < EqualizerNode::bandCount; ++band)
+        m_bands[static_cast<std::size_t>(band)] = addBand(*bands, band, source);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addLayout(header);
+    column->addWidget(m_columns);
+
+    connect(m_switch, &QAbstractButton::clicked, this, [this](bool isOn) {
+        m_state.setEqEnabled(isOn);
+        m_engine.eq().setBypass(!isOn);
+    });
+    connect(m_reset, &QAbstractButton::clicked, this, &EQView::resetGains);
+    connect(&state, &AppState::eqEnabledChanged, this, &EQView::syncSwitch);
+    connect(&state, &AppState::eqGainsChanged, this, &EQView::syncGains);
+    syncSwitch();
+    syncGains();
+}
+
+EQView::Band EQView::addBand(QHBoxLayout& row, int band, const ThemeSource& source)
+{
+    const QString frequency = QString::fromLatin1(frequencies[static_cast<std::size_t>(band)]);
+    const Band made{ new Label(source, Label::Role::number, {}), new VerticalSlider(source, tr("EQ gain at %1").arg(frequency)) };
+    made.slider->onMove([this, band](double gainDb) { setGain(band, gainDb); });
+    auto* column = new QVBoxLayout;
+    column->setSpacing(6);
+    column->addWidget(made.gain, 0, Qt::AlignHCenter);
+    column->addWidget(made.slider, 0, Qt::AlignHCenter);
+    column->addWidget(new Label(source, Label::Role::secondary, frequency), 0, Qt::AlignHCenter);
+    row.addLayout(column, 1);
+    return made;
+}
+
+void EQView::setGain(int band, double gainDb)
+{
+    auto gains = m_state.eqGains();
+    gains.at(static_cast<std::size_t>(band)) = gainDb;
+    m_state.setEqGains(std::move(gains));
+    m_engine.setEQGain(gainDb, band);
+}
+
+void EQView::resetGains()
+{
+    for (int band = 0; band < EqualizerNode::bandCount; ++band)
+        m_engine.setEQGain(0, band);
+    m_state.setEqGains(std::vector<double>(EqualizerNode::bandCount, 0.0));
+}
+
+void EQView::syncSwitch()
+{
+    m_switch->setChecked(m_state.eqEnabled());
+    m_columns->setVisible(m_state.eqEnabled());
+}
+
+void EQView::syncGains()
+{
+    const auto& gains = m_state.eqGains();
+    for (std::size_t band = 0; band < m_bands.size() && band < gains.size(); ++band) {
+        m_bands[band].slider->setGain(gains[band]);
+        m_bands[band].gain->setText(gainLabel(gains[band]));
+        m_bands[band].gain->setRole(gains[band] != 0 ? Label::Role::accentNumber : Label::Role::number);
+    }
+    m_reset->setEnabled(std::ranges::any_of(gains, [](double gain) { return gain != 0; }));
+}
+
+}  // namespace quillet

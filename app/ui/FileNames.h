@@ -1,0 +1,20 @@
+// File names as the screen shows them. Bytes that are no text are shown as U+FFFD; the name that is used stays the path itself.
+// Threads: pure functions.
+#pragma once
+
+#include "platform/base/FilePath.h"
+
+#include <QString>
+
+namespace quillet {
+
+/// The last component of the path, with its extension.
+[[nodiscard]] QString fileName(const FilePath& path);
+[[nodiscard]] QString pathText(const FilePath& path);
+/// `text` so that a menu shows it as it is.
+[[nodiscard]] QString menuText(QString text);
+
+/// What the toolkit calls a local file, as a path.
+[[nodiscard]] FilePath pathOf(const QString& localFile);
+
+}  // namespace quillet

@@ -1,0 +1,168 @@
+#include "app/ui/HelpSheet.h"
+
+#include "app/ui/QuilletStyle.h"
+#include "app/ui/controls/Fonts.h"
+#include "app/ui/controls/Label.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+#include <array>
+
+namespace quillet {
+namespace {
+
+constexpr QSize leastSize(520, 480);
+constexpr QSize usualSize(600, 620);
+constexpr int titlePixels = 24;
+constexpr int keyColumnWidth = 100;
+
+struct Section {
+    const char* title;
+    const char* content;
+};
+
+constexpr std::array sections{
+    Section{ "Getting Started",
+             "1. Press Cmd+O or click \"Open File...\" to load an audio file.\n"
+             "2. The waveform will appear after loading.\n"
+             "3. Drag on the waveform to select a region, or use the Start/End pickers below.\n"
+             "4. Press Space to play. The selected region loops when Loop is enabled.\n"
+             "5. Adjust Speed and Pitch as needed. Settings are saved automatically per file." },
+    Section{ "Waveform",
+             "• Drag the orange lines to move the region start and end.\n"
+             "• Click and drag on empty space to draw a new region.\n"
+             "• Pinch to zoom in/out (1x–50x). Two-finger scroll to pan when zoomed.\n"
+             "• Use the +/- zoom buttons, Fit Track, and Fit Region buttons for quick navigation." },
+    Section{ "Speed",
+             "• Range: 5%–300%. Pitch is preserved at all speeds.\n"
+             "• Click the value field, type a number, and press Enter.\n"
+             "• Prefix with + or - to adjust relative to the displayed value (e.g., \"+10\" adds 10%).\n"
+             "• Use the Step picker to set how much the +/- buttons move per click.\n"
+             "• Cmd+Left decreases speed, Cmd+Right increases speed." },
+    Section{ "Pitch",
+             "• Range: -1200 to +1200 cents. 100 cents = 1 semitone.\n"
+             "• Click the value field, type a number (including negative), and press Enter.\n"
+             "• Cmd+Up raises pitch 1 cent, Cmd+Down lowers pitch 1 cent.\n"
+             "• Display is truncated to integer cents." },
+    Section{ "EQ",
+             "• Toggle the EQ on/off with the switch. Sliders are hidden when off.\n"
+             "• 5 bands: 60 Hz, 250 Hz, 1 kHz, 4 kHz, 12 kHz.\n"
+             "• Gain range: -12 to +12 dB, snapping to 0.5 dB increments.\n"
+             "• Knob turns accent-colored when a band is non-zero.\n"
+             "• Reset zeros all bands." },
+    Section{ "Loop",
+             "• Toggle looping with Cmd+L or the Loop switch.\n"
+             "• When on, playback returns to the region start after reaching the end.\n"
+             "• Set a delay (seconds + milliseconds) to pause between iterations." },
+    Section{ "Per-File Settings",
+             "All settings (region, speed, pitch, EQ, loop) are saved automatically.\n"
+             "Settings are restored only when you open a file from the Recent menu.\n"
+             "Opening via \"Open File...\" always starts with defaults." },
+};
+
+struct Shortcut {
+    const char* key;
+    const char* description;
+};
+
+constexpr std::array shortcuts{
+    Shortcut{ "Space", "Play / Pause" },
+    Shortcut{ "Cmd+O", "Open file" },
+    Shortcut{ "Cmd+Left", "Decrease speed by step" },
+    Shortcut{ "Cmd+Right", "Increase speed by step" },
+    Shortcut{ "Cmd+Up", "Pitch up 1 cent" },
+    Shortcut{ "Cmd+Down", "Pitch down 1 cent" },
+    Shortcut{ "Cmd+L", "Toggle loop" },
+    Shortcut{ "Cmd+R", "Stop and reset position" },
+};
+
+}  // namespace
+
+QString withPlatformKeys(QString text)
+{
+#ifdef Q_OS_MACOS
+    return text;
+#else
+    return text.replace(QLatin1String("Cmd+"), QLatin1String("Ctrl+"));
+#endif
+}
+
+HelpSheet::HelpSheet(const ThemeSource& source, QWidget* parent)
+    : QDialog(parent)
+{
+    setWindowTitle(tr("Help"));
+    setWindowModality(Qt::WindowModal);
+    setMinimumSize(leastSize);
+    auto* title = new Label(source, Label::Role::title, tr("Help"));
+    QFont font = titleFont();
+    font.setPixelSize(titlePixels);
+    font.setWeight(QFont::Bold);
+    title->setFont(font);
+    auto* done = new QPushButton(tr("Done"));
+    done->setDefault(true);
+    setButtonKind(*done, ButtonKind::accent);
+    connect(done, &QAbstractButton::clicked, this, &QDialog::accept);
+    auto* header = new QHBoxLayout;
+    header->addWidget(title);
+    header->addStretch();
+    header->addWidget(done);
+
+    auto* texts = new QWidget;
+    auto* column = new QVBoxLayout(texts);
+    column->setContentsMargins(0, 0, AppTheme::windowMargin, 0);
+    column->setSpacing(6);
+    for (const Section& section : sections)
+        addSection(*column, QString::fromUtf8(section.title), QString::fromUtf8(section.content), source);
+    addShortcuts(*column, source);
+    column->addStretch();
+    auto* scroll = new QScrollArea;
+    scroll->setWidget(texts);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->viewport()->setAutoFillBackground(false);
+    texts->setAutoFillBackground(false);
+    auto* sheet = new QVBoxLayout(this);
+    sheet->setContentsMargins(AppTheme::windowMargin, AppTheme::windowMargin, 8, AppTheme::windowMargin);
+    sheet->setSpacing(AppTheme::cardSpacing);
+    header->setContentsMargins(0, 0, 12, 0);
+    sheet->addLayout(header);
+    sheet->addWidget(scroll);
+    resize(usualSize);
+}
+
+void HelpSheet::addSection(QVBoxLayout& column, const QString& title, const QString& content, const ThemeSource& source)
+{
+    column.addWidget(new Label(source, Label::Role::title, title));
+    if (!content.isEmpty()) {
+        auto* text = new Label(source, Label::Role::text, withPlatformKeys(content));
+        text->setWordWrap(true);
+        text->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        column.addWidget(text);
+        column.addSpacing(12);
+    }
+}
+
+void HelpSheet::addShortcuts(QVBoxLayout& column, const ThemeSource& source)
+{
+    addSection(column, tr("Keyboard Shortcuts"), {}, source);
+    auto* table = new QGridLayout;
+    table->setColumnMinimumWidth(0, keyColumnWidth);
+    table->setColumnStretch(1, 1);
+    table->setVerticalSpacing(4);
+    int row = 0;
+    for (const Shortcut& shortcut : shortcuts) {
+        auto* key = new Label(source, Label::Role::text, withPlatformKeys(QString::fromLatin1(shortcut.key)));
+        key->setFont(numberFont(AppTheme::controlPixels));
+        table->addWidget(key, row, 0);
+        table->addWidget(new Label(source, Label::Role::text, QString::fromLatin1(shortcut.description)), row, 1);
+        ++row;
+    }
+    column.addLayout(table);
+}
+
+}  // namespace quillet

@@ -1,0 +1,26 @@
+// The help: eight sections of text over the window. Threads: main thread.
+#pragma once
+
+#include "app/ui/ThemeSource.h"
+
+#include <QDialog>
+
+class QVBoxLayout;
+
+namespace quillet {
+
+class HelpSheet final : public QDialog {
+    Q_OBJECT
+
+public:
+    HelpSheet(const ThemeSource& source, QWidget* parent);
+
+private:
+    void addSection(QVBoxLayout& column, const QString& title, const QString& content, const ThemeSource& source);
+    void addShortcuts(QVBoxLayout& column, const ThemeSource& source);
+};
+
+/// `text` with the key that it calls Cmd under this platform's name ("Ctrl").
+[[nodiscard]] QString withPlatformKeys(QString text);
+
+}  // namespace quillet

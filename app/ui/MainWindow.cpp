@@ -1,0 +1,75 @@
+#include "app/ui/MainWindow.h"
+
+#include "app/core/Commands.h"
+#include "app/ui/KeyResponderView.h"
+#include "app/ui/ToolBar.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QMenuBar>
+#include <QScreen>
+
+#include <map>
+
+namespace quillet {
+namespace {
+
+constexpr QSize leastContentSize(680, 580);
+constexpr QSize usualSize(1000, 900);
+constexpr const char* placeKey = "QLT.windowGeometry";
+
+}  // namespace
+
+MainWindow::MainWindow(const ContentView::Services& services, DefaultsDomain& defaults)
+    : m_defaults(defaults),
+      m_content(new ContentView(services))
+{
+    setWindowTitle(QStringLiteral("Quillet"));
+    m_content->setMinimumSize(leastContentSize);
+    setCentralWidget(m_content);
+    buildMenus(services.state, services.notifications);
+    auto* responder = new KeyResponderView(services.state, m_content);
+    responder->setGeometry(0, 0, 0, 0);
+    restorePlace();
+}
+
+void MainWindow::buildMenus(AppState& state, Notifications& notifications)
+{
+    std::map<QString, QMenu*> menus;
+    for (const Command& command : menuCommands) {
+        const QString title = QString::fromUtf8(command.menu);
+        if (!menus.contains(title))
+            menus[title] = menuBar()->addMenu(title);
+        QMenu* menu = menus[title];
+        QAction* action = menu->addAction(QString::fromUtf8(command.title));
+        if (command.shortcut != 0)
+            action->setShortcut(QKeySequence(command.shortcut));
+        connect(action, &QAction::triggered, this, [&notifications, name = command.name] { notifications.post(name); });
+        if (command.name == openFileName) {
+            QMenu* recent = menu->addMenu(tr("Open Recent"));
+            connect(recent, &QMenu::aboutToShow, this,
+                    [recent, &state, &notifications] { fillRecentMenu(*recent, state, notifications); });
+            menu->addSeparator();
+            QAction* quit = menu->addAction(tr("Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), this, &QWidget::close);
+            quit->setMenuRole(QAction::QuitRole);
+        }
+    }
+}
+
+void MainWindow::restorePlace()
+{
+    if (const auto place = m_defaults.data(placeKey))
+        if (restoreGeometry(QByteArray::fromStdString(*place)))
+            return;
+    const QSize available = QGuiApplication::primaryScreen()->availableSize();
+    resize(usualSize.boundedTo(available - QSize(40, 60)));
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    m_defaults.setData(placeKey, saveGeometry().toStdString());
+    QMainWindow::closeEvent(event);
+}
+
+}  // namespace quillet

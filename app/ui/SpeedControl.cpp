@@ -1,0 +1,156 @@
+#include "app/ui/SpeedControl.h"
+
+#include "AppCore/SpeedInputParser.h"
+#include "AppCore/TypedNumber.h"
+#include "app/ui/QuilletStyle.h"
+#include "app/ui/controls/Label.h"
+#include "app/ui/controls/SymbolButton.h"
+#include "app/ui/controls/ValueField.h"
+
+#include <QButtonGroup>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <iterator>
+
+namespace quillet {
+namespace {
+
+constexpr int fieldWidth = 64;
+constexpr int customFieldWidth = 64;
+constexpr int segmentWidth = 46;
+constexpr int captionWidth = 58;
+constexpr double largestStep = 100;
+
+struct StepPreset {
+    const char* label;
+    double percent;
+};
+constexpr std::array presets{ StepPreset{ "1%", 1 }, StepPreset{ "2%", 2 }, StepPreset{ "5%", 5 }, StepPreset{ "10%", 10 },
+                              StepPreset{ "25%", 25 } };
+constexpr int customId = static_cast<int>(presets.size());
+
+/// As few digits as name it: "5", "7.5".
+QString shortNumber(double value) { return QString::number(value, 'g', 6); }
+
+}  // namespace
+
+SpeedControl::SpeedControl(AppState& state, PlaybackCommands& commands, const ThemeSource& source, QWidget* parent)
+    : QWidget(parent),
+      m_state(state),
+      m_commands(commands),
+      m_field(new ValueField(tr("Speed in percent"), fieldWidth)),
+      m_reset(new QPushButton(tr("Reset"))),
+      m_steps(new QButtonGroup(this)),
+      m_customStep(new ValueField(tr("Custom speed step in percent"), customFieldWidth))
+{
+    auto* title = new Label(source, Label::Role::title, tr("Speed"));
+    title->setFixedWidth(captionWidth);
+    auto* minus = new SymbolButton(source, QStringLiteral("minus"), tr("Decrease speed"), ButtonKind::plain);
+    auto* plus = new SymbolButton(source, QStringLiteral("plus"), tr("Increase speed"), ButtonKind::plain);
+    minus->setAutoRepeat(true);
+    plus->setAutoRepeat(true);
+    m_reset->setAccessibleName(tr("Reset speed"));
+
+    auto* row = new QHBoxLayout;
+    row->setSpacing(8);
+    for (QWidget* widget : std::initializer_list<QWidget*>{ title, minus, m_field, plus })
+        row->addWidget(widget);
+    row->addStretch();
+    row->addWidget(m_reset);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(12);
+    column->addLayout(row);
+    buildSteps(source);
+
+    connect(minus, &QAbstractButton::clicked, this, [this] { m_commands.decreaseSpeed(); });
+    connect(plus, &QAbstractButton::clicked, this, [this] { m_commands.increaseSpeed(); });
+    connect(m_reset, &QAbstractButton::clicked, this, [this] { m_commands.setSpeed(100); });
+    m_field->onEditingBegun([this] { m_anchor = m_state.speed(); });
+    m_field->onCommit([this](const QString& text) { commitSpeedInput(text); });
+    m_field->onStep([this](int direction) { m_commands.changeSpeed(direction * m_state.speedStep()); });
+    connect(&state, &AppState::speedChanged, this, &SpeedControl::showSpeed);
+    connect(&state, &AppState::speedStepChanged, this, &SpeedControl::showStep);
+    connect(&state, &AppState::audioFileURLChanged, this, [this] {
+        m_wantsCustomStep = false;
+        showStep();
+    });
+    showSpeed();
+    showStep();
+}
+
+void SpeedControl::buildSteps(const ThemeSource& source)
+{
+    auto* row = new QHBoxLayout;
+    row->setSpacing(6);
+    auto* caption = new Label(source, Label::Role::secondary, tr("Step:"));
+    caption->setFixedWidth(captionWidth);
+    row->addWidget(caption);
+    row->addSpacing(2);
+    const auto add = [&](const QString& label, int id) {
+        auto* button = new QPushButton(label);
+        button->setCheckable(true);
+        button->setAccessibleName(tr("Speed step %1").arg(label));
+        button->setFocusPolicy(Qt::TabFocus);
+        setButtonKind(*button, ButtonKind::segment);
+        if (id != customId)
+            button->setFixedWidth(segmentWidth);
+        m_steps->addButton(button, id);
+        row->addWidget(button);
+    };
+    for (std::size_t i = 0; i < presets.size(); ++i)
+        add(QString::fromLatin1(presets[i].label), static_cast<int>(i));
+    add(tr("Custom"), customId);
+    row->addWidget(m_customStep);
+    row->addStretch();
+    // The row keeps its height while the field is hidden.
+    m_customStep->hide();
+    static_cast<QVBoxLayout*>(layout())->addLayout(row);
+
+    connect(m_steps, &QButtonGroup::idClicked, this, [this](int id) {
+        m_wantsCustomStep = id == customId;
+        if (id != customId)
+            m_state.setSpeedStep(presets[static_cast<std::size_t>(id)].percent);
+        showStep();
+        if (m_wantsCustomStep)
+            m_customStep->setFocus(Qt::OtherFocusReason);
+    });
+    m_customStep->onCommit([this](const QString& text) { commitCustomStep(text); });
+}
+
+/// Cut to the whole percent, as it is shown everywhere.
+void SpeedControl::showSpeed()
+{
+    m_field->showValue(QString::number(static_cast<int>(m_state.speed())) + QLatin1Char('%'));
+    m_reset->setEnabled(m_state.speed() != 100);
+}
+
+void SpeedControl::showStep()
+{
+    const double step = m_state.speedStep();
+    const auto preset = std::ranges::find(presets, step, &StepPreset::percent);
+    const bool isCustom = m_wantsCustomStep || preset == presets.end();
+    m_steps->button(isCustom ? customId : static_cast<int>(std::distance(presets.begin(), preset)))->setChecked(true);
+    m_customStep->showValue(shortNumber(step));
+    m_customStep->setVisible(isCustom);
+}
+
+void SpeedControl::commitSpeedInput(const QString& text)
+{
+    if (const auto typed = SpeedInputParser::parse(text.toStdString(), m_anchor))
+        m_commands.setSpeed(*typed);
+    showSpeed();
+}
+
+void SpeedControl::commitCustomStep(const QString& text)
+{
+    const auto typed = readNumber(text.toStdString());
+    if (typed && *typed > 0 && *typed <= largestStep)
+        m_state.setSpeedStep(*typed);
+    showStep();
+}
+
+}  // namespace quillet

@@ -1,0 +1,56 @@
+#include "app/ui/Symbol.h"
+
+#include "platform/base/Require.h"
+
+#include <QPainter>
+#include <QPixmapCache>
+#include <QSvgRenderer>
+
+#include <algorithm>
+#include <cmath>
+
+void loadQuilletDrawings() { Q_INIT_RESOURCE(drawings); }
+
+namespace quillet {
+namespace {
+
+/// In the symbol's own colour, so that tinting is one fill.
+QPixmap drawn(const QString& name, int pixels, const QColor& color)
+{
+    loadQuilletDrawings();
+    QSvgRenderer drawing(QStringLiteral(":/symbols/") + name + QStringLiteral(".svg"));
+    REQUIRE(drawing.isValid());
+    QPixmap pixmap(pixels, pixels);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    drawing.render(&painter);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(pixmap.rect(), color);
+    return pixmap;
+}
+
+}  // namespace
+
+void paintSymbol(QPainter& painter, const QString& name, const QRectF& place, const QColor& color)
+{
+    const double scale = painter.device()->devicePixelRatioF();
+    const int pixels = std::max(1, static_cast<int>(std::lround(place.width() * scale)));
+    const QString key = QStringLiteral("symbol %1 %2 %3").arg(name).arg(pixels).arg(color.rgba(), 0, 16);
+    QPixmap pixmap;
+    if (!QPixmapCache::find(key, &pixmap)) {
+        pixmap = drawn(name, pixels, color);
+        QPixmapCache::insert(key, pixmap);
+    }
+    pixmap.setDevicePixelRatio(scale);
+    // On whole device pixels, so that it is as sharp as it was drawn.
+    const QPointF corner(std::round(place.x() * scale) / scale, std::round(place.y() * scale) / scale);
+    painter.drawPixmap(corner, pixmap);
+}
+
+QIcon applicationIcon()
+{
+    loadQuilletDrawings();
+    return QIcon(QStringLiteral(":/icons/quillet.svg"));
+}
+
+}  // namespace quillet

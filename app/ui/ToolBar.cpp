@@ -1,0 +1,150 @@
+#include "app/ui/ToolBar.h"
+
+#include "app/core/Commands.h"
+#include "app/ui/BusyIndicator.h"
+#include "app/ui/FileNames.h"
+#include "app/ui/QuilletStyle.h"
+#include "app/ui/Symbol.h"
+#include "app/ui/controls/Fonts.h"
+#include "app/ui/controls/SymbolButton.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QPainter>
+#include <QPushButton>
+#include <QStyleOptionButton>
+
+namespace quillet {
+namespace {
+
+constexpr int barHeight = 54;
+constexpr int symbolSize = 20;
+constexpr int chevronSize = 12;
+constexpr int busySize = 18;
+
+/// A button whose menu drops down, with a chevron behind its text.
+class MenuButton final : public QPushButton {
+public:
+    explicit MenuButton(const QString& text)
+        : QPushButton(text)
+    {
+        setButtonKind(*this, ButtonKind::toolbar);
+    }
+
+    [[nodiscard]] QSize sizeHint() const override { return QPushButton::sizeHint() + QSize(chevronSize + 4, 0); }
+    [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QStyleOptionButton option;
+        initStyleOption(&option);
+        QPainter painter(this);
+        style()->drawControl(QStyle::CE_PushButtonBevel, &option, &painter, this);
+        option.rect.adjust(0, 0, -chevronSize - 4, 0);
+        style()->drawControl(QStyle::CE_PushButtonLabel, &option, &painter, this);
+        const double x = width() - 12.0 - chevronSize;
+        paintSymbol(painter, QStringLiteral("chevron.down"), QRectF(x, (height() - chevronSize) / 2.0, chevronSize, chevronSize),
+                    AppTheme::onToolbar);
+    }
+};
+
+}  // namespace
+
+void fillRecentMenu(QMenu& menu, const AppState& state, Notifications& notifications)
+{
+    menu.clear();
+    if (state.recentFiles().empty()) {
+        menu.addAction(QObject::tr("No Recent Files"))->setEnabled(false);
+        return;
+    }
+    for (const FilePath& file : state.recentFiles()) {
+        QAction* action = menu.addAction(menuText(fileName(file)));
+        action->setToolTip(pathText(file));
+        QObject::connect(action, &QAction::triggered, &menu, [&notifications, file] { notifications.post(openRecentName, file); });
+    }
+    menu.addSeparator();
+    QObject::connect(menu.addAction(QObject::tr("Clear Recents")), &QAction::triggered, &menu,
+                     [&notifications] { notifications.post(clearRecentsName); });
+}
+
+ToolBar::ToolBar(AppState& state, Notifications& notifications, const ThemeSource& source, QWidget* parent)
+    : QWidget(parent),
+      m_state(state),
+      m_open(new QPushButton(tr("Open File..."))),
+      m_recent(new MenuButton(tr("Recent"))),
+      m_busy(new BusyIndicator(source, AppTheme::onToolbar, busySize)),
+      m_title(new QLabel)
+{
+    setFixedHeight(barHeight);
+    setButtonKind(*m_open, ButtonKind::toolbar);
+    m_recent->setAccessibleName(tr("Recent files"));
+    auto* menu = new QMenu(m_recent);
+    connect(menu, &QMenu::aboutToShow, this, [this, menu, &notifications] { fillRecentMenu(*menu, m_state, notifications); });
+    m_recent->setMenu(menu);
+    auto* help = new SymbolButton(source, QStringLiteral("questionmark.circle"), tr("Help"), ButtonKind::toolbar, symbolSize);
+    help->setToolTip(tr("Help"));
+    m_title->setTextFormat(Qt::PlainText);
+    m_title->setAlignment(Qt::AlignCenter);
+    m_title->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    QPalette palette;
+    palette.setColor(QPalette::WindowText, AppTheme::onToolbar);
+    m_title->setPalette(palette);
+    for (QPushButton* button : { m_open, m_recent })
+        button->setFocusPolicy(Qt::TabFocus);
+
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(16, 0, 16, 0);
+    row->setSpacing(8);
+    row->addWidget(m_open);
+    row->addWidget(m_recent);
+    row->addSpacing(8);
+    row->addWidget(m_busy);
+    row->addWidget(m_title, 1);
+    row->addSpacing(8);
+    row->addWidget(help);
+
+    connect(m_open, &QAbstractButton::clicked, this, [&notifications] { notifications.post(openFileName); });
+    connect(help, &QAbstractButton::clicked, this, [&notifications] { notifications.post(showHelpName); });
+    connect(&state, &AppState::loadingStateChanged, this, &ToolBar::syncLoading);
+    connect(&state, &AppState::audioFileURLChanged, this, &ToolBar::syncLoading);
+    syncLoading();
+}
+
+void ToolBar::syncLoading()
+{
+    const LoadingState& loading = m_state.loadingState();
+    const bool isLoading = loading.stage == LoadingState::Stage::loading;
+    m_open->setEnabled(!isLoading);
+    m_busy->setVisible(isLoading);
+    m_title->setFont(isLoading ? secondaryFont() : titleFont());
+    m_titleText = isLoading            ? QString::fromStdString(loading.message)
+        : m_state.audioFileURL()       ? fileName(*m_state.audioFileURL())
+                                       : QString();
+    showTitle();
+}
+
+void ToolBar::showTitle()
+{
+    m_title->setText(m_title->fontMetrics().elidedText(m_titleText, Qt::ElideMiddle, m_title->width()));
+    m_title->setAccessibleName(m_titleText);
+    m_title->setToolTip(m_state.audioFileURL() ? pathText(*m_state.audioFileURL()) : QString());
+}
+
+void ToolBar::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    layout()->activate();
+    showTitle();
+}
+
+void ToolBar::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), AppTheme::navy);
+    if (rect().height() > 0)
+        painter.fillRect(QRectF(0, height() - 1, width(), 1), withOpacity(AppTheme::onToolbar, 0.08));
+}
+
+}  // namespace quillet

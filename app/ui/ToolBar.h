@@ -1,0 +1,47 @@
+// The navy bar at the window's top: opening, recent files, the open file's name or what is being loaded, help. It acts only by
+// posting notifications. Threads: main thread.
+#pragma once
+
+#include "app/core/AppState.h"
+#include "app/core/Notifications.h"
+#include "app/ui/ThemeSource.h"
+
+#include <QWidget>
+
+class QLabel;
+class QMenu;
+class QPushButton;
+
+namespace quillet {
+
+class BusyIndicator;
+class SymbolButton;
+
+class ToolBar final : public QWidget {
+    Q_OBJECT
+
+public:
+    /// All outlive the bar.
+    ToolBar(AppState& state, Notifications& notifications, const ThemeSource& source, QWidget* parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void syncLoading();
+    void showTitle();
+
+    AppState& m_state;
+    QPushButton* m_open;
+    QPushButton* m_recent;
+    BusyIndicator* m_busy;
+    QLabel* m_title;
+    /// Before it is cut to the room that there is.
+    QString m_titleText;
+};
+
+/// Fills `menu` with the recent files, a divider and "Clear Recents"; or with "No Recent Files".
+void fillRecentMenu(QMenu& menu, const AppState& state, Notifications& notifications);
+
+}  // namespace quillet

@@ -1,0 +1,165 @@
+#include "app/ui/WaveformPanel.h"
+
+#include "AppCore/WaveformZoomPan.h"
+#include "app/ui/controls/Label.h"
+#include "app/ui/controls/SymbolButton.h"
+#include "app/waveform/WaveformView.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace quillet {
+namespace {
+
+constexpr int zoomTextWidth = 52;
+
+}  // namespace
+
+WaveformPanel::WaveformPanel(AppState& state, PlaybackCommands& commands, const ThemeSource& source, QWidget* parent)
+    : QWidget(parent),
+      m_state(state),
+      m_commands(commands),
+      m_source(source),
+      m_view(new WaveformView)
+{
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(10);
+    column->addWidget(m_view, 1);
+    column->addLayout(zoomBar(source));
+    bindView();
+    connect(&source, &ThemeSource::themeChanged, this, &WaveformPanel::applyTheme);
+    applyTheme();
+    syncZoom();
+}
+
+QHBoxLayout* WaveformPanel::zoomBar(const ThemeSource& source)
+{
+    const auto symbolButton = [&](const char* symbol, const QString& name, void (WaveformPanel::*action)()) {
+        auto* button = new SymbolButton(source, QString::fromLatin1(symbol), name, ButtonKind::plain);
+        button->setToolTip(name);
+        connect(button, &QAbstractButton::clicked, this, action);
+        return button;
+    };
+    const auto textButton = [&](const QString& text, void (WaveformPanel::*action)()) {
+        auto* button = new QPushButton(text);
+        button->setFocusPolicy(Qt::TabFocus);
+        connect(button, &QAbstractButton::clicked, this, action);
+        return button;
+    };
+    m_zoomOut = symbolButton("minus", tr("Zoom out"), &WaveformPanel::zoomOut);
+    m_zoom = new Label(source, Label::Role::number, {});
+    m_zoom->setFixedWidth(zoomTextWidth);
+    m_zoom->setAlignment(Qt::AlignCenter);
+    m_zoomIn = symbolButton("plus", tr("Zoom in"), &WaveformPanel::zoomIn);
+    m_panLeft = symbolButton("chevron.left", tr("Pan left"), &WaveformPanel::panLeft);
+    m_panRight = symbolButton("chevron.right", tr("Pan right"), &WaveformPanel::panRight);
+    auto* bar = new QHBoxLayout;
+    bar->setSpacing(8);
+    for (QWidget* widget : std::initializer_list<QWidget*>{ m_zoomOut, m_zoom, m_zoomIn })
+        bar->addWidget(widget);
+    bar->addSpacing(8);
+    bar->addWidget(textButton(tr("Fit Track"), &WaveformPanel::fitTrack));
+    bar->addWidget(textButton(tr("Fit Region"), &WaveformPanel::fitRegion));
+    bar->addStretch();
+    bar->addWidget(m_panLeft);
+    bar->addWidget(m_panRight);
+    return bar;
+}
+
+void WaveformPanel::bindView()
+{
+    m_view->onRegionChange([this](double start, double end) {
+        m_state.setRegionStart(start);
+        m_state.setRegionEnd(end);
+        m_state.settingsDidChange();
+    });
+    m_view->onDragEnded([this] { m_commands.restartPlayback(); });
+    m_view->onResignFocus([] {
+        if (QWidget* focused = QApplication::focusWidget())
+            focused->clearFocus();
+    });
+    m_view->onZoomChange([this](double zoom, double pan) { setZoomAndPan(zoom, pan); });
+
+    const auto follow = [this](auto changed, auto&& copy) {
+        connect(&m_state, changed, this, copy);
+        copy();
+    };
+    const auto copyRegion = [this] { m_view->setRegion({ m_state.regionStart(), m_state.regionEnd() }); };
+    follow(&AppState::waveformSamplesChanged, [this] { m_view->setSamples(m_state.waveformSamples()); });
+    follow(&AppState::audioDurationChanged, [this] { m_view->setDuration(m_state.audioDuration()); });
+    follow(&AppState::regionStartChanged, copyRegion);
+    follow(&AppState::regionEndChanged, copyRegion);
+    follow(&AppState::playbackPositionChanged, [this] { m_view->setPlaybackPosition(m_state.playbackPosition()); });
+    follow(&AppState::isPlayingChanged, [this] { m_view->setPlaying(m_state.isPlaying()); });
+    follow(&AppState::speedChanged, [this] { m_view->setPlaybackRate(m_state.speed() / 100); });
+    follow(&AppState::zoomLevelChanged, [this] { syncZoom(); });
+    follow(&AppState::panOffsetChanged, [this] { syncZoom(); });
+}
+
+void WaveformPanel::applyTheme()
+{
+    const AppTheme& theme = m_source.theme();
+    m_view->setColors({ { AppTheme::waveformSelected, theme.waveformUnselected },
+                        theme.card,
+                        AppTheme::waveformRegionStart,
+                        AppTheme::waveformRegionEnd,
+                        AppTheme::waveformPlayhead,
+                        theme.secondaryText,
+                        withOpacity(theme.secondaryText, 0.6),
+                        theme.accentText });
+}
+
+// ---- Zoom ----
+
+void WaveformPanel::setZoomAndPan(double zoomLevel, double panOffset)
+{
+    m_state.setZoomLevel(zoomLevel);
+    m_state.setPanOffset(panOffset);
+}
+
+void WaveformPanel::syncZoom()
+{
+    const double zoom = m_state.zoomLevel();
+    m_view->setZoomAndPan(zoom, m_state.panOffset());
+    m_zoom->setText(QString::number(zoom, 'f', 1) + QLatin1Char('x'));
+    m_zoom->setAccessibleName(tr("Zoom %1 times").arg(QString::number(zoom, 'f', 1)));
+    m_zoomOut->setEnabled(zoom > WaveformZoomPan::min);
+    m_zoomIn->setEnabled(zoom < WaveformZoomPan::max);
+    m_panLeft->setEnabled(m_state.panOffset() > 0);
+    m_panRight->setEnabled(m_state.panOffset() < (zoom - 1) * m_view->width());
+}
+
+void WaveformPanel::zoomIn()
+{
+    const WaveformZoomPan::Extent extent{ m_state.audioDuration(), static_cast<double>(m_view->width()) };
+    const auto next = WaveformZoomPan::zoomIn(m_state.zoomLevel(), extent, m_state.regionStart());
+    setZoomAndPan(next.zoom, next.pan);
+}
+
+void WaveformPanel::zoomOut()
+{
+    const WaveformZoomPan::Extent extent{ m_state.audioDuration(), static_cast<double>(m_view->width()) };
+    const auto next = WaveformZoomPan::zoomOut(m_state.zoomLevel(), extent, m_state.regionStart());
+    setZoomAndPan(next.zoom, next.pan);
+}
+
+void WaveformPanel::panLeft() { m_state.setPanOffset(WaveformZoomPan::panLeft(m_state.panOffset(), m_view->width())); }
+
+void WaveformPanel::panRight()
+{
+    m_state.setPanOffset(WaveformZoomPan::panRight({ m_state.zoomLevel(), m_state.panOffset() }, m_view->width()));
+}
+
+void WaveformPanel::fitTrack() { setZoomAndPan(1, 0); }
+
+void WaveformPanel::fitRegion()
+{
+    const WaveformZoomPan::Extent extent{ m_state.audioDuration(), static_cast<double>(m_view->width()) };
+    if (const auto fitted = WaveformZoomPan::fitRegion(m_state.regionStart(), m_state.regionEnd(), extent))
+        setZoomAndPan(fitted->zoom, fitted->pan);
+}
+
+}  // namespace quillet

@@ -1,0 +1,27 @@
+// A line of text in one of the theme's roles; it follows the theme. Threads: main thread.
+#pragma once
+
+#include "app/ui/ThemeSource.h"
+
+#include <QLabel>
+
+namespace quillet {
+
+class Label final : public QLabel {
+    Q_OBJECT
+
+public:
+    enum class Role { title, text, secondary, number, accentNumber };
+
+    Label(const ThemeSource& source, Role role, const QString& text, QWidget* parent = nullptr);
+
+    void setRole(Role role);
+
+private:
+    void applyTheme();
+
+    const ThemeSource& m_source;
+    Role m_role;
+};
+
+}  // namespace quillet
