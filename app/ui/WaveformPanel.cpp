@@ -129,35 +129,35 @@ void WaveformPanel::syncZoom()
     m_zoomOut->setEnabled(zoom > WaveformZoomPan::min);
     m_zoomIn->setEnabled(zoom < WaveformZoomPan::max);
     m_panLeft->setEnabled(m_state.panOffset() > 0);
-    m_panRight->setEnabled(m_state.panOffset() < (zoom - 1) * m_view->width());
+    m_panRight->setEnabled(m_state.panOffset() < (zoom - 1) * m_view->waveformWidth());
 }
 
 void WaveformPanel::zoomIn()
 {
-    const WaveformZoomPan::Extent extent{ m_state.audioDuration(), static_cast<double>(m_view->width()) };
+    const WaveformZoomPan::Extent extent{ m_state.audioDuration(), m_view->waveformWidth() };
     const auto next = WaveformZoomPan::zoomIn(m_state.zoomLevel(), extent, m_state.regionStart());
     setZoomAndPan(next.zoom, next.pan);
 }
 
 void WaveformPanel::zoomOut()
 {
-    const WaveformZoomPan::Extent extent{ m_state.audioDuration(), static_cast<double>(m_view->width()) };
+    const WaveformZoomPan::Extent extent{ m_state.audioDuration(), m_view->waveformWidth() };
     const auto next = WaveformZoomPan::zoomOut(m_state.zoomLevel(), extent, m_state.regionStart());
     setZoomAndPan(next.zoom, next.pan);
 }
 
-void WaveformPanel::panLeft() { m_state.setPanOffset(WaveformZoomPan::panLeft(m_state.panOffset(), m_view->width())); }
+void WaveformPanel::panLeft() { m_state.setPanOffset(WaveformZoomPan::panLeft(m_state.panOffset(), m_view->waveformWidth())); }
 
 void WaveformPanel::panRight()
 {
-    m_state.setPanOffset(WaveformZoomPan::panRight({ m_state.zoomLevel(), m_state.panOffset() }, m_view->width()));
+    m_state.setPanOffset(WaveformZoomPan::panRight({ m_state.zoomLevel(), m_state.panOffset() }, m_view->waveformWidth()));
 }
 
 void WaveformPanel::fitTrack() { setZoomAndPan(1, 0); }
 
 void WaveformPanel::fitRegion()
 {
-    const WaveformZoomPan::Extent extent{ m_state.audioDuration(), static_cast<double>(m_view->width()) };
+    const WaveformZoomPan::Extent extent{ m_state.audioDuration(), m_view->waveformWidth() };
     if (const auto fitted = WaveformZoomPan::fitRegion(m_state.regionStart(), m_state.regionEnd(), extent))
         setZoomAndPan(fitted->zoom, fitted->pan);
 }

@@ -65,7 +65,7 @@ QSize WaveformView::minimumSizeHint() const { return { 200, 150 }; }
 
 WaveformCoordinates WaveformView::coordinates() const
 {
-    return { m_duration, static_cast<double>(width()), m_zoomLevel, m_panOffset };
+    return { m_duration, waveformWidth(), m_zoomLevel, m_panOffset };
 }
 
 // ---- What is shown ----
@@ -118,7 +118,7 @@ void WaveformView::placeHandles()
 {
     for (auto [handle, time] : { std::pair(m_startHandle, m_region.start), std::pair(m_endHandle, m_region.end) }) {
         handle->setTime(time, m_duration);
-        const int x = static_cast<int>(std::clamp(timeToX(time), 0.0, static_cast<double>(width())));
+        const int x = sideInset + static_cast<int>(std::clamp(timeToX(time), 0.0, waveformWidth()));
         handle->setGeometry(x - handleFocusWidth / 2, rulerHeight, handleFocusWidth, height() - rulerHeight);
     }
 }
@@ -197,7 +197,7 @@ void WaveformView::advancePlayhead()
 
 QRect WaveformView::playheadStrip(double seconds) const
 {
-    const double x = timeToX(seconds);
+    const double x = sideInset + timeToX(seconds);
     const int left = static_cast<int>(std::floor(x - playheadLineWidth));
     return { left, rulerHeight, static_cast<int>(2 * playheadLineWidth) + 1, height() - rulerHeight };
 }
@@ -208,11 +208,12 @@ void WaveformView::drawBars()
 {
     const double scale = devicePixelRatioF();
     const int barsHeight = height() - rulerHeight;
-    m_bars = QPixmap(QSize(static_cast<int>(std::ceil(width() * scale)), static_cast<int>(std::ceil(barsHeight * scale))));
+    const double barsWidth = waveformWidth();
+    m_bars = QPixmap(QSize(static_cast<int>(std::ceil(barsWidth * scale)), static_cast<int>(std::ceil(barsHeight * scale))));
     m_bars.setDevicePixelRatio(scale);
     m_bars.fill(m_colors.ground);
     QPainter painter(&m_bars);
-    paintWaveform(painter, m_samples, coordinates(), barsHeight, m_region, m_colors.bars, 0, width());
+    paintWaveform(painter, m_samples, coordinates(), barsHeight, m_region, m_colors.bars, 0, barsWidth);
 }
 
 void WaveformView::paintEvent(QPaintEvent* event)
@@ -225,13 +226,15 @@ void WaveformView::paintEvent(QPaintEvent* event)
         return;
     if (m_bars.isNull() || m_bars.devicePixelRatio() != devicePixelRatioF())
         drawBars();
-    painter.drawPixmap(0, rulerHeight, m_bars);
+    for (const int x : { 0, width() - sideInset })
+        painter.fillRect(x, rulerHeight, sideInset, height() - rulerHeight, m_colors.ground);
+    painter.drawPixmap(sideInset, rulerHeight, m_bars);
     if (m_samples.empty() || m_duration <= 0)
         return;
     drawHandle(painter, m_region.start, m_colors.regionStart);
     drawHandle(painter, m_region.end, m_colors.regionEnd);
     if (m_isPlaying) {
-        const QRectF line(timeToX(m_shownPosition) - playheadLineWidth / 2, rulerHeight, playheadLineWidth,
+        const QRectF line(sideInset + timeToX(m_shownPosition) - playheadLineWidth / 2, rulerHeight, playheadLineWidth,
                           height() - rulerHeight);
         painter.fillRect(line, m_colors.playhead);
     }
@@ -241,8 +244,8 @@ void WaveformView::drawHandle(QPainter& painter, double time, const QColor& colo
 {
     const double scale = devicePixelRatioF();
     // On a whole device pixel, so that the line is sharp.
-    const double x = std::round(timeToX(time) * scale) / scale;
-    if (x < -handlePillWidth || x > width() + handlePillWidth)
+    const double x = std::round((sideInset + timeToX(time)) * scale) / scale;
+    if (x < sideInset - 1 || x > width() - sideInset + 1)
         return;
     painter.fillRect(QRectF(x - markerLineWidth / 2, rulerHeight, markerLineWidth, height() - rulerHeight), color);
     painter.save();
@@ -263,8 +266,8 @@ void WaveformView::drawRuler(QPainter& painter, const QRectF& exposed) const
     painter.setFont(font);
     for (const RulerTick& tick : rulerTicks(coordinates(), labelSpacing)) {
         const int length = tick.label.empty() ? smallTickHeight : tickHeight;
-        painter.fillRect(QRectF(std::floor(tick.x), rulerHeight - 6 - length, 1, length), m_colors.rulerLine);
-        const QRectF place(tick.x + 4, 0, labelSpacing, rulerHeight - 6);
+        painter.fillRect(QRectF(sideInset + std::floor(tick.x), rulerHeight - 6 - length, 1, length), m_colors.rulerLine);
+        const QRectF place(sideInset + tick.x + 4, 0, labelSpacing, rulerHeight - 6);
         if (tick.label.empty() || !place.intersects(exposed))
             continue;
         painter.setPen(m_colors.rulerText);
@@ -295,7 +298,7 @@ void WaveformView::mousePressEvent(QMouseEvent* event)
         return;
     if (m_onResignFocus)
         m_onResignFocus();
-    const double x = event->position().x();
+    const double x = event->position().x() - sideInset;
     m_dragMode = handleAt(x);
     if (m_dragMode == DragMode::none) {
         m_dragMode = DragMode::newRegion;
@@ -309,7 +312,7 @@ void WaveformView::mousePressEvent(QMouseEvent* event)
 void WaveformView::mouseMoveEvent(QMouseEvent* event)
 {
     setMouseTracking(true);
-    const double x = event->position().x();
+    const double x = event->position().x() - sideInset;
     if (m_dragMode == DragMode::none) {
         const bool overHandle = !m_samples.empty() && handleAt(x) != DragMode::none;
         setCursor(overHandle ? Qt::SizeHorCursor : Qt::ArrowCursor);
@@ -343,7 +346,7 @@ void WaveformView::mouseReleaseEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton || m_dragMode == DragMode::none)
         return;
     m_dragMode = DragMode::none;
-    setCursor(handleAt(event->position().x()) != DragMode::none ? Qt::SizeHorCursor : Qt::ArrowCursor);
+    setCursor(handleAt(event->position().x() - sideInset) != DragMode::none ? Qt::SizeHorCursor : Qt::ArrowCursor);
     if (m_onDragEnded)
         m_onDragEnded();
 }
@@ -395,7 +398,7 @@ void WaveformView::wheelEvent(QWheelEvent* event)
     const QPointF points = isFine ? QPointF(event->pixelDelta()) : notches * pointsPerNotch;
     if ((event->modifiers() & Qt::ControlModifier) != 0) {
         const double amount = isFine ? points.y() * zoomPerPoint : notches.y() * zoomPerNotch;
-        magnify(amount, event->position().x());
+        magnify(amount, event->position().x() - sideInset);
         event->accept();
         return;
     }
@@ -406,7 +409,7 @@ void WaveformView::wheelEvent(QWheelEvent* event)
         event->ignore();
         return;
     }
-    const double pan = std::clamp(m_panOffset - 2 * delta, 0.0, (m_zoomLevel - 1) * width());
+    const double pan = std::clamp(m_panOffset - 2 * delta, 0.0, (m_zoomLevel - 1) * waveformWidth());
     if (m_onZoomChange)
         m_onZoomChange(m_zoomLevel, pan);
     event->accept();
@@ -414,14 +417,14 @@ void WaveformView::wheelEvent(QWheelEvent* event)
 
 void WaveformView::magnify(double magnification, double anchorX)
 {
-    const auto wish = WaveformZoomPan::magnified({ m_zoomLevel, m_panOffset }, magnification, anchorX, width());
+    const auto wish = WaveformZoomPan::magnified({ m_zoomLevel, m_panOffset }, magnification, anchorX, waveformWidth());
     if (m_onZoomChange)
         m_onZoomChange(wish.zoom, wish.pan);
 }
 
 bool WaveformView::event(QEvent* event)
 {
-    const double middle = width() / 2.0;
+    const double middle = waveformWidth() / 2;
     if (event->type() == QEvent::NativeGesture) {
         const auto* gesture = static_cast<QNativeGestureEvent*>(event);
         if (gesture->gestureType() == Qt::ZoomNativeGesture) {

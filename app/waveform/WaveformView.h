@@ -14,6 +14,7 @@
 #include <QPixmap>
 #include <QWidget>
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -43,6 +44,8 @@ public:
     static constexpr double handlePillCornerRadius = 4;
     /// Points at the top that the ruler takes.
     static constexpr int rulerHeight = 26;
+    /// Points left and right of the waveform: room for a handle at either end.
+    static constexpr int sideInset = 8;
 
     explicit WaveformView(QWidget* parent = nullptr);
     ~WaveformView() override;
@@ -61,6 +64,9 @@ public:
     void setPlaying(bool isPlaying);
     void setZoomAndPan(double zoomLevel, double panOffset);
 
+    /// Points that the waveform has, what zoom and pan are counted in.
+    [[nodiscard]] double waveformWidth() const { return std::max(width() - 2 * sideInset, 1); }
+    /// `x` in points from the waveform's left edge in view.
     [[nodiscard]] double xToTime(double x) const { return coordinates().xToTime(x); }
     [[nodiscard]] double timeToX(double time) const { return coordinates().timeToX(time); }
 

@@ -67,6 +67,8 @@ TimePickerField::TimePickerField(const ThemeSource& source, const QString& label
     row->addLayout(steps);
     row->addWidget(new Label(source, Label::Role::secondary, label));
 
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+
     connect(up, &QAbstractButton::clicked, this, &TimePickerField::increment);
     connect(down, &QAbstractButton::clicked, this, &TimePickerField::decrement);
     m_field->onCommit([this](const QString& text) { commit(text); });
