@@ -28,10 +28,7 @@ bool isEditingText()
     return qobject_cast<const QAbstractSpinBox*>(focused) != nullptr;
 }
 
-bool isElsewhere()
-{
-    return QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget() != nullptr;
-}
+bool isElsewhere() { return QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget() != nullptr; }
 
 }  // namespace
 
@@ -92,8 +89,8 @@ KeyHandler::Key KeyHandler::keyOf(const QKeyEvent& event)
         Key key;
     };
     static constexpr std::array places{
-        Place{ 43, Qt::Key_H, Key::h },         Place{ 46, Qt::Key_L, Key::l },        Place{ 27, Qt::Key_R, Key::r },
-        Place{ 113, Qt::Key_Left, Key::left },  Place{ 114, Qt::Key_Right, Key::right }, Place{ 111, Qt::Key_Up, Key::up },
+        Place{ 43, Qt::Key_H, Key::h },        Place{ 46, Qt::Key_L, Key::l },          Place{ 27, Qt::Key_R, Key::r },
+        Place{ 113, Qt::Key_Left, Key::left }, Place{ 114, Qt::Key_Right, Key::right }, Place{ 111, Qt::Key_Up, Key::up },
         Place{ 116, Qt::Key_Down, Key::down },
     };
     for (const Place& place : places)

@@ -12,8 +12,8 @@ Notifications::Subscription Notifications::subscribe(std::string_view name, Hand
 void Notifications::post(std::string_view name, const std::optional<FilePath>& object)
 {
     std::erase_if(m_entries, [](const std::weak_ptr<Entry>& entry) { return entry.expired(); });
-    // A copy: handlers may subscribe and post. Each entry is held only while it is called, so that one that unsubscribes another
-    // ends it at once.
+    // A copy: handlers may subscribe and post. Each entry is held only while it is called, so that one that unsubscribes
+    // another ends it at once.
     const auto entries = m_entries;
     for (const auto& weak : entries)
         if (const auto entry = weak.lock(); entry && entry->name == name)

@@ -108,8 +108,15 @@ private:
     std::shared_ptr<AppState> m_state;
     // Its jobs use what is above.
     ThreadRunner m_background;
-    FileLoader m_loader{ { *m_state, m_engine, m_scheduler, m_background, m_opener,
-                           { m_readers, cores(), m_programEnds.get_token() }, m_waveformCache, m_settings, m_stemSessions,
+    FileLoader m_loader{ { *m_state,
+                           m_engine,
+                           m_scheduler,
+                           m_background,
+                           m_opener,
+                           { m_readers, cores(), m_programEnds.get_token() },
+                           m_waveformCache,
+                           m_settings,
+                           m_stemSessions,
                            m_recentFiles } };
     PlaybackCommands m_commands{ *m_state, m_engine };
     Notifications m_notifications;

@@ -1,6 +1,5 @@
-// The program with its window: makes every object that lives as long as it does, and puts them together. The only place that names
-// concrete classes of the platform and shared instances.
-// Threads: main thread.
+// The program with its window: makes every object that lives as long as it does, and puts them together. The only place that
+// names concrete classes of the platform and shared instances. Threads: main thread.
 #pragma once
 
 #include "platform/base/FilePath.h"
@@ -9,8 +8,8 @@
 
 namespace quillet {
 
-/// Shows the window, opens `file` in it if there is one, and returns the exit status when it has been closed. `argumentCount` and
-/// `arguments` are the program's, for the toolkit.
+/// Shows the window, opens `file` in it if there is one, and returns the exit status when it has been closed. `argumentCount`
+/// and `arguments` are the program's, for the toolkit.
 [[nodiscard]] int runWindow(int& argumentCount, char** arguments, const std::optional<FilePath>& file);
 
 }  // namespace quillet

@@ -10,6 +10,7 @@
 
 #include <QDragEnterEvent>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QMimeDatabase>
@@ -21,35 +22,37 @@
 namespace quillet {
 namespace {
 
-/// Names that the system knows no type for, or takes for films; their sound plays all the same.
-bool isAudioName(const QString& file)
+/// By the name alone: the file may lie on a disk that does not answer.
+bool isAudioFile(const QUrl& url)
 {
-    // By the name alone: the file may lie on a disk that does not answer.
-    const QMimeType type = QMimeDatabase().mimeTypeForFile(file, QMimeDatabase::MatchExtension);
-    return type.name().startsWith(QLatin1String("audio/")) || type.name().startsWith(QLatin1String("video/"))
-        || type.inherits(QStringLiteral("application/ogg"));
+    if (!url.isLocalFile())
+        return false;
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(url.toLocalFile(), QMimeDatabase::MatchExtension);
+    return type.name().startsWith(QLatin1String("audio/")) || type.inherits(QStringLiteral("application/ogg"));
 }
 
 QString audioFilter()
 {
-    return QObject::tr("Audio files") + QStringLiteral(" (*.mp3 *.wav *.aif *.aiff *.aifc *.flac *.m4a *.aac *.alac *.ogg *.oga *.opus"
-                                                        " *.wma *.wv *.ape *.tta *.mka *.ac3 *.caf *.mp2 *.mp4 *.mkv *.webm *.mov)");
+    return QObject::tr("Audio files")
+        + QStringLiteral(" (*.mp3 *.wav *.aif *.aiff *.aifc *.flac *.m4a *.aac *.alac *.ogg *.oga *.opus"
+                         " *.wma *.wv *.ape *.tta *.mka *.ac3 *.caf *.mp2 *.mp4 *.mkv *.webm *.mov)");
+}
+
+/// Where songs are looked for at first.
+QString musicFolder()
+{
+    const QString music = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
+    return QFileInfo::exists(music) ? music : QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
 }
 
 }  // namespace
 
-std::optional<FilePath> firstFile(const QMimeData& data)
+std::optional<FilePath> firstAudioFile(const QMimeData& data)
 {
     for (const QUrl& url : data.urls())
-        if (url.isLocalFile())
+        if (isAudioFile(url))
             return pathOf(url.toLocalFile());
     return std::nullopt;
-}
-
-bool holdsAudioFile(const QMimeData& data)
-{
-    const auto urls = data.urls();
-    return std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile() && isAudioName(url.toLocalFile()); });
 }
 
 ContentView::ContentView(const Services& services, QWidget* parent)
@@ -143,12 +146,18 @@ void ContentView::openFile()
         m_openPanel->raise();
         return;
     }
-    auto* panel = new QFileDialog(this, tr("Open File..."), QStandardPaths::writableLocation(QStandardPaths::MusicLocation));
+    if (m_panelFolder.isEmpty())
+        m_panelFolder = musicFolder();
+    auto* panel = new QFileDialog(this, tr("Open File..."), m_panelFolder);
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setWindowModality(Qt::WindowModal);
     panel->setFileMode(QFileDialog::ExistingFile);
+    panel->setOption(QFileDialog::HideNameFilterDetails);
     panel->setNameFilters({ audioFilter(), tr("All files") + QStringLiteral(" (*)") });
-    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& file) { loadFile(pathOf(file), RestoreSettings::no); });
+    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& file) {
+        m_panelFolder = QFileInfo(file).path();
+        loadFile(pathOf(file), RestoreSettings::no);
+    });
     m_openPanel = panel;
     panel->open();
 }
@@ -190,22 +199,19 @@ void ContentView::resizeEvent(QResizeEvent* event)
 
 void ContentView::dragEnterEvent(QDragEnterEvent* event)
 {
-    m_overlay->setDrag(holdsAudioFile(*event->mimeData()) ? DropOverlay::Drag::audio : DropOverlay::Drag::unsupported);
+    m_overlay->setDrag(firstAudioFile(*event->mimeData()) ? DropOverlay::Drag::audio : DropOverlay::Drag::unsupported);
     // Also where nothing may be dropped: the view has to hear of the drag's end.
     event->acceptProposedAction();
 }
 
-void ContentView::dragMoveEvent(QDragMoveEvent* event)
-{
-    event->setAccepted(m_overlay->drag() == DropOverlay::Drag::audio);
-}
+void ContentView::dragMoveEvent(QDragMoveEvent* event) { event->setAccepted(m_overlay->drag() == DropOverlay::Drag::audio); }
 
 void ContentView::dragLeaveEvent(QDragLeaveEvent*) { m_overlay->setDrag(DropOverlay::Drag::none); }
 
 void ContentView::dropEvent(QDropEvent* event)
 {
     m_overlay->setDrag(DropOverlay::Drag::none);
-    const auto file = holdsAudioFile(*event->mimeData()) ? firstFile(*event->mimeData()) : std::nullopt;
+    const auto file = firstAudioFile(*event->mimeData());
     if (!file) {
         event->ignore();
         return;

@@ -1,7 +1,6 @@
-// The content of the main window: the toolbar, and one of three screens by what is being loaded. It carries out the commands that
-// arrive as notifications, takes drops, and shows the open panel, the help and errors. How a file is opened is FileLoader's
-// business, what playing means AppState's.
-// Threads: main thread.
+// The content of the main window: the toolbar, and one of three screens by what is being loaded. It carries out the commands
+// that arrive as notifications, takes drops, and shows the open panel, the help and errors. How a file is opened is
+// FileLoader's business, what playing means AppState's. Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"
@@ -73,11 +72,12 @@ private:
     DropOverlay* m_overlay;
     QPointer<HelpSheet> m_help;
     QPointer<QDialog> m_openPanel;
+    /// Where a file was chosen last.
+    QString m_panelFolder;
     std::vector<Notifications::Subscription> m_subscriptions;
 };
 
-/// The first file that `data` carries; and whether it looks like one that can be opened.
-[[nodiscard]] std::optional<FilePath> firstFile(const QMimeData& data);
-[[nodiscard]] bool holdsAudioFile(const QMimeData& data);
+/// The first local file that `data` carries whose name is one of an audio file.
+[[nodiscard]] std::optional<FilePath> firstAudioFile(const QMimeData& data);
 
 }  // namespace quillet

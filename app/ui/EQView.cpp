@@ -59,7 +59,8 @@ EQView::EQView(AppState& state, AudioEngine& engine, const ThemeSource& source, 
 EQView::Band EQView::addBand(QHBoxLayout& row, int band, const ThemeSource& source)
 {
     const QString frequency = QString::fromLatin1(frequencies[static_cast<std::size_t>(band)]);
-    const Band made{ new Label(source, Label::Role::number, {}), new VerticalSlider(source, tr("EQ gain at %1").arg(frequency)) };
+    const Band made{ new Label(source, Label::Role::number, {}),
+                     new VerticalSlider(source, tr("EQ gain at %1").arg(frequency)) };
     made.slider->onMove([this, band](double gainDb) { setGain(band, gainDb); });
     auto* column = new QVBoxLayout;
     column->setSpacing(6);

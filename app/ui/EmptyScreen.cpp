@@ -5,7 +5,6 @@
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/controls/Card.h"
-#include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 
 #include <QHBoxLayout>
@@ -47,11 +46,12 @@ protected:
         QPainter painter(this);
         style()->drawControl(QStyle::CE_PushButtonBevel, &option, &painter, this);
         const AppTheme& theme = m_source.theme();
-        paintSymbol(painter, QStringLiteral("music.note"), QRectF(8, (height() - rowSymbolSize) / 2.0, rowSymbolSize, rowSymbolSize),
-                    theme.accentText);
+        paintSymbol(painter, QStringLiteral("music.note"),
+                    QRectF(8, (height() - rowSymbolSize) / 2.0, rowSymbolSize, rowSymbolSize), theme.accentText);
         painter.setPen(theme.text);
         const QRect place = rect().adjusted(38, 0, -8, 0);
-        painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, fontMetrics().elidedText(text(), Qt::ElideMiddle, place.width()));
+        painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter,
+                         fontMetrics().elidedText(text(), Qt::ElideMiddle, place.width()));
     }
 
 private:
@@ -71,10 +71,7 @@ EmptyScreen::EmptyScreen(AppState& state, Notifications& notifications, const Th
 {
     m_symbol->setFixedSize(symbolSize, symbolSize);
     auto* title = new Label(source, Label::Role::title, QStringLiteral("Quillet"));
-    QFont font = titleFont();
-    font.setPixelSize(titlePixels);
-    font.setWeight(QFont::Bold);
-    title->setFont(font);
+    title->setHeading(titlePixels);
     auto* open = new QPushButton(tr("Open File..."));
     setButtonKind(*open, ButtonKind::accent);
     open->setFixedSize(openButtonSize);

@@ -98,10 +98,7 @@ HelpSheet::HelpSheet(const ThemeSource& source, QWidget* parent)
     setWindowModality(Qt::WindowModal);
     setMinimumSize(leastSize);
     auto* title = new Label(source, Label::Role::title, tr("Help"));
-    QFont font = titleFont();
-    font.setPixelSize(titlePixels);
-    font.setWeight(QFont::Bold);
-    title->setFont(font);
+    title->setHeading(titlePixels);
     auto* done = new QPushButton(tr("Done"));
     done->setDefault(true);
     setButtonKind(*done, ButtonKind::accent);

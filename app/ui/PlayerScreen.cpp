@@ -34,9 +34,11 @@ PlayerScreen::PlayerScreen(AppState& state, AudioEngine& engine, PlaybackCommand
       m_scroll(new QScrollArea),
       m_grid(new QGridLayout)
 {
-    m_cards = { cardAround(new RegionControls(state, commands, source), source), cardAround(new TransportView(state, source), source),
+    m_cards = { cardAround(new RegionControls(state, commands, source), source),
+                cardAround(new TransportView(state, source), source),
                 cardAround(new SpeedControl(state, commands, source), source),
-                cardAround(new PitchControl(state, commands, source), source), cardAround(new LoopControl(state, source), source),
+                cardAround(new PitchControl(state, commands, source), source),
+                cardAround(new LoopControl(state, source), source),
                 cardAround(new EQView(state, engine, source), source) };
     m_waveform->setParent(this);
     auto* cards = new QWidget;
@@ -66,7 +68,8 @@ Card* PlayerScreen::cardAround(QWidget* content, const ThemeSource& source)
 {
     auto* card = new Card(source);
     auto* around = new QVBoxLayout(card);
-    around->setContentsMargins(AppTheme::cardPadding, AppTheme::cardPadding - 2, AppTheme::cardPadding, AppTheme::cardPadding - 2);
+    around->setContentsMargins(AppTheme::cardPadding, AppTheme::cardPadding - 2, AppTheme::cardPadding,
+                               AppTheme::cardPadding - 2);
     around->addWidget(content);
     return card;
 }

@@ -117,7 +117,8 @@ int QuilletStyle::styleHint(StyleHint hint, const QStyleOption* option, const QW
     }
 }
 
-QSize QuilletStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const
+QSize QuilletStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                                     const QWidget* widget) const
 {
     if (type != CT_PushButton)
         return QProxyStyle::sizeFromContents(type, option, size, widget);
@@ -153,7 +154,9 @@ void QuilletStyle::drawButton(const QStyleOptionButton& option, QPainter& painte
     QColor fill = isPressed ? theme.fieldPressed : isHovered ? theme.fieldHover : theme.field;
     QColor line = theme.fieldLine;
     if (isFilled) {
-        fill = isPressed ? AppTheme::accentPurple.darker(115) : isHovered ? AppTheme::accentPurple.lighter(112) : AppTheme::accentPurple;
+        fill = isPressed ? AppTheme::accentPurple.darker(115)
+            : isHovered  ? AppTheme::accentPurple.lighter(112)
+                         : AppTheme::accentPurple;
         line = Qt::transparent;
     } else if (isOnToolbar(kind)) {
         fill = withOpacity(AppTheme::onToolbar, isPressed ? 0.26 : isHovered ? 0.18 : 0.10);
@@ -171,11 +174,14 @@ void QuilletStyle::drawButton(const QStyleOptionButton& option, QPainter& painte
     painter.setOpacity(1);
     if ((option.state & State_HasFocus) != 0 && (option.state & State_KeyboardFocusChange) != 0)
         drawFocusRing(painter, option.rect, AppTheme::controlRadius,
-                      isOnToolbar(kind) ? AppTheme::onToolbar : isFilled ? theme.text : theme.accentText);
+                      isOnToolbar(kind) ? AppTheme::onToolbar
+                          : isFilled    ? theme.text
+                                        : theme.accentText);
     painter.restore();
 }
 
-void QuilletStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const
+void QuilletStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                               const QWidget* widget) const
 {
     const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
     if (element == CE_PushButtonBevel && button != nullptr) {
@@ -241,7 +247,8 @@ QRect QuilletStyle::subControlRect(ComplexControl control, const QStyleOptionCom
         ? length
         : std::clamp(static_cast<int>(static_cast<qint64>(length) * bar->pageStep / (range + bar->pageStep)),
                      std::min(shortestScrollHandle, length), length);
-    const int start = sliderPositionFromValue(bar->minimum, bar->maximum, bar->sliderPosition, length - handle, bar->upsideDown);
+    const int start =
+        sliderPositionFromValue(bar->minimum, bar->maximum, bar->sliderPosition, length - handle, bar->upsideDown);
     const auto piece = [&](int from, int size) {
         return isVertical ? QRect(groove.left(), groove.top() + from, groove.width(), size)
                           : QRect(groove.left() + from, groove.top(), size, groove.height());

@@ -1,5 +1,5 @@
-// Draws the toolkit's own widgets in the program's look: buttons, fields, sliders, scroll bars, menus, dialogs. So they keep what
-// the toolkit gives them: keys, focus, accessibility. What a button is for it says by a property (see `ButtonKind`).
+// Draws the toolkit's own widgets in the program's look: buttons, fields, sliders, scroll bars, menus, dialogs. So they keep
+// what the toolkit gives them: keys, focus, accessibility. What a button is for it says by a property (see `ButtonKind`).
 // Threads: main thread.
 #pragma once
 
@@ -45,10 +45,12 @@ public:
     using QProxyStyle::polish;
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* data) const override;
-    QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const override;
+    QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                           const QWidget* widget) const override;
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                        const QWidget* widget) const override;
-    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const override;
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override;
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
                             const QWidget* widget) const override;
     QRect subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl part,

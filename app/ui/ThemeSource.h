@@ -5,8 +5,8 @@
 
 #include "app/ui/AppTheme.h"
 
-#include <QObject>
 #include <QDBusVariant>
+#include <QObject>
 #include <QVariant>
 
 namespace quillet {

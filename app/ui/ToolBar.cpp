@@ -45,8 +45,8 @@ protected:
         option.rect.adjust(0, 0, -chevronSize - 4, 0);
         style()->drawControl(QStyle::CE_PushButtonLabel, &option, &painter, this);
         const double x = width() - 12.0 - chevronSize;
-        paintSymbol(painter, QStringLiteral("chevron.down"), QRectF(x, (height() - chevronSize) / 2.0, chevronSize, chevronSize),
-                    AppTheme::onToolbar);
+        paintSymbol(painter, QStringLiteral("chevron.down"),
+                    QRectF(x, (height() - chevronSize) / 2.0, chevronSize, chevronSize), AppTheme::onToolbar);
     }
 };
 
@@ -62,7 +62,8 @@ void fillRecentMenu(QMenu& menu, const AppState& state, Notifications& notificat
     for (const FilePath& file : state.recentFiles()) {
         QAction* action = menu.addAction(menuText(fileName(file)));
         action->setToolTip(pathText(file));
-        QObject::connect(action, &QAction::triggered, &menu, [&notifications, file] { notifications.post(openRecentName, file); });
+        QObject::connect(action, &QAction::triggered, &menu,
+                         [&notifications, file] { notifications.post(openRecentName, file); });
     }
     menu.addSeparator();
     QObject::connect(menu.addAction(QObject::tr("Clear Recents")), &QAction::triggered, &menu,
@@ -119,9 +120,9 @@ void ToolBar::syncLoading()
     m_open->setEnabled(!isLoading);
     m_busy->setVisible(isLoading);
     m_title->setFont(isLoading ? secondaryFont() : titleFont());
-    m_titleText = isLoading            ? QString::fromStdString(loading.message)
-        : m_state.audioFileURL()       ? fileName(*m_state.audioFileURL())
-                                       : QString();
+    m_titleText = isLoading      ? QString::fromStdString(loading.message)
+        : m_state.audioFileURL() ? fileName(*m_state.audioFileURL())
+                                 : QString();
     showTitle();
 }
 

@@ -63,10 +63,7 @@ QSize WaveformView::sizeHint() const { return { 900, 220 }; }
 
 QSize WaveformView::minimumSizeHint() const { return { 200, 150 }; }
 
-WaveformCoordinates WaveformView::coordinates() const
-{
-    return { m_duration, waveformWidth(), m_zoomLevel, m_panOffset };
-}
+WaveformCoordinates WaveformView::coordinates() const { return { m_duration, waveformWidth(), m_zoomLevel, m_panOffset }; }
 
 // ---- What is shown ----
 

@@ -1,5 +1,5 @@
-// The ground on which controls that belong together stand: rounded, a little lighter than the window, with a hairline around it.
-// Threads: main thread.
+// The ground on which controls that belong together stand: rounded, a little lighter than the window, with a hairline around
+// it. Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

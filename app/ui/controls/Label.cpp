@@ -22,6 +22,12 @@ void Label::setRole(Role role)
         applyTheme();
 }
 
+void Label::setHeading(int pixels)
+{
+    m_headingPixels = pixels;
+    applyTheme();
+}
+
 void Label::applyTheme()
 {
     const AppTheme& theme = m_source.theme();
@@ -42,6 +48,12 @@ void Label::applyTheme()
         setFont(numberFont(AppTheme::secondaryPixels));
         color = m_role == Role::number ? theme.secondaryText : theme.accentText;
         break;
+    }
+    if (m_headingPixels > 0) {
+        QFont heading = titleFont();
+        heading.setPixelSize(m_headingPixels);
+        heading.setWeight(QFont::Bold);
+        setFont(heading);
     }
     QPalette palette;
     palette.setColor(QPalette::WindowText, color);

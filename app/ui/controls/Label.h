@@ -16,12 +16,16 @@ public:
     Label(const ThemeSource& source, Role role, const QString& text, QWidget* parent = nullptr);
 
     void setRole(Role role);
+    /// Makes it a heading: bold letters of so many pixels.
+    void setHeading(int pixels);
 
 private:
     void applyTheme();
 
     const ThemeSource& m_source;
     Role m_role;
+    /// 0: no heading.
+    int m_headingPixels = 0;
 };
 
 }  // namespace quillet
