@@ -1,0 +1,311 @@
+#!/usr/bin/env python3
+"""The real program in a real window on a virtual screen, used as a musician uses it: with keys, mouse and typing. What it shows is
+read as a screen reader reads it, what it plays is recorded, and every screen is kept as a picture.
+
+Usage: window_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]
+"""
+
+import math
+import struct
+import subprocess
+import sys
+import threading
+import time
+import unittest
+import wave
+from pathlib import Path
+
+from desktop import Desktop, frequency, loudness, wait_for
+
+PROGRAM, PICTURES = sys.argv[1], Path(sys.argv[2])
+SONG_SECONDS = 12
+RATE = 44100
+DESKTOP = None
+
+
+def write_song(path):
+    """Three seconds each of 441, 882, 1323 and 1764 Hz."""
+    with wave.open(str(path), "wb") as song:
+        song.setnchannels(1)
+        song.setsampwidth(2)
+        song.setframerate(RATE)
+        song.writeframes(b"".join(
+            struct.pack("<h", int(16000 * math.sin(2 * math.pi * 441 * (1 + i // (3 * RATE)) * i / RATE)))
+            for i in range(SONG_SECONDS * RATE)))
+
+
+class Window:
+    """The program's window, as the accessibility bus tells of it."""
+
+    def __init__(self, *arguments):
+        import pyatspi
+        self.pyatspi = pyatspi
+        self.process = DESKTOP.start(PROGRAM, *map(str, arguments))
+        self.application = wait_for("the program on the accessibility bus", self._find)
+        wait_for("the window", lambda: DESKTOP.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$", check=False).stdout)
+
+    def _find(self):
+        for application in self.pyatspi.Registry.getDesktop(0):
+            if application is not None and application.get_process_id() == self.process.pid and application.childCount > 0:
+                return application
+        return None
+
+    def _walk(self, node):
+        yield node
+        try:
+            for child in node:
+                if child is not None:
+                    yield from self._walk(child)
+        except Exception:  # what has just gone
+            return
+
+    def all(self, role, name=None):
+        """Everything in view of that role, whose name begins with `name`."""
+        found = []
+        for node in self._walk(self.application):
+            try:
+                if node.getRoleName() == role and (name is None or node.name.startswith(name)) and \
+                        node.getState().contains(self.pyatspi.STATE_SHOWING):
+                    found.append(node)
+            except Exception:
+                continue
+        return found
+
+    def find(self, role, name=None):
+        return wait_for(f"{role} “{name}”", lambda: next(iter(self.all(role, name)), None))
+
+    def has(self, role, name=None):
+        return bool(self.all(role, name))
+
+    def text(self, name):
+        node = self.find("text", name).queryText()
+        return node.getText(0, node.characterCount)
+
+    def value(self, name):
+        return self.find("slider", name).queryValue().currentValue
+
+    def is_on(self, name):
+        return self.find("check box", name).getState().contains(self.pyatspi.STATE_CHECKED)
+
+    def place(self, role, name=None):
+        box = self.find(role, name).queryComponent().getExtents(self.pyatspi.DESKTOP_COORDS)
+        return box.x + box.width // 2, box.y + box.height // 2
+
+    def click(self, role, name=None):
+        DESKTOP.click(self.place(role, name))
+
+    def wait_until_loaded(self):
+        wait_for("the song", lambda: self.has("push button", "Play"))
+
+    def at(self, seconds):
+        """The place on the waveform at which that time is, whole track in view."""
+        box = self.find("filler", "Waveform").queryComponent().getExtents(self.pyatspi.DESKTOP_COORDS)
+        inset = 8
+        x = box.x + inset + (box.width - 2 * inset) * seconds / SONG_SECONDS
+        return int(round(x)), box.y + box.height * 3 // 4
+
+    def resize(self, width, height):
+        window = DESKTOP.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$").stdout.split()[-1].decode()
+        DESKTOP.run("xdotool", "windowsize", "--sync", window, str(width), str(height))
+
+    def close(self):
+        if self.process.poll() is None:
+            DESKTOP.key("ctrl+q")
+        return self.process.wait(10)
+
+
+class Watchdog:
+    """Asks the main thread for an answer all the time, and notes how long it took; and beside it how long a thread that has nothing
+    to do takes to wake up, which is the machine's own doing."""
+
+    def __init__(self, window):
+        self.window = window
+        self.slowest = 0.0
+        self.machine = 0.0
+        self._end = threading.Event()
+        self._thread = threading.Thread(target=self._watch, daemon=True)
+
+    def _watch(self):
+        while not self._end.is_set():
+            begin = time.monotonic()
+            time.sleep(0.01)
+            machine = time.monotonic() - begin - 0.01
+            begin = time.monotonic()
+            try:
+                self.window.application.getState()
+            except Exception:
+                continue
+            took = time.monotonic() - begin
+            # What the machine held up is not the program's doing.
+            self.machine = max(self.machine, machine)
+            if machine < 0.01:
+                self.slowest = max(self.slowest, took)
+
+    def __enter__(self):
+        self._thread.start()
+        return self
+
+    def __exit__(self, *_):
+        self._end.set()
+        self._thread.join()
+
+
+class WindowTest(unittest.TestCase):
+    def setUp(self):
+        self.song = DESKTOP.folder / "Autumn étude (take 3).wav"
+        if not self.song.exists():
+            write_song(self.song)
+        self.window = None
+
+    def tearDown(self):
+        if self.window is not None and self.window.process.poll() is None:
+            self.window.process.kill()
+            self.window.process.wait()
+
+    def open(self, *arguments):
+        self.window = Window(*arguments)
+        return self.window
+
+    def shot(self, name):
+        time.sleep(0.4)
+        DESKTOP.shot(PICTURES / f"{name}.png")
+
+    def expect(self, what, condition):
+        wait_for(what, condition, 5)
+
+    def test_a_practice_session(self):
+        window = self.open(self.song)
+        window.wait_until_loaded()
+
+        # A region is drawn, and looped.
+        DESKTOP.drag(window.at(3.2), window.at(5.8))
+        self.expect("the region in its fields", lambda: window.text("Region start, seconds") == "03")
+        self.assertIn(window.text("Region end, seconds"), ("05", "06"))
+        self.assertAlmostEqual(window.value("Region start"), 3.2, delta=0.1)
+        DESKTOP.key("space")
+        window.find("push button", "Pause")
+        sound = DESKTOP.record(3)
+        self.assertAlmostEqual(frequency(sound[:44100]), 882, delta=2)
+        self.assertGreater(min(loudness(sound[i:i + 441]) for i in range(0, len(sound) - 441, 441)), 0.3, "a gap in the loop")
+
+        # Slower by key and by typing; the pitch stays.
+        DESKTOP.key("ctrl+Left", "ctrl+Left")
+        self.expect("90 %", lambda: window.text("Speed in percent") == "90%")
+        window.click("text", "Speed in percent")
+        DESKTOP.type("50")
+        DESKTOP.key("Return")
+        self.expect("50 %", lambda: window.text("Speed in percent") == "50%")
+        time.sleep(0.5)
+        self.assertAlmostEqual(frequency(DESKTOP.record(1)), 882, delta=4)
+        window.click("text", "Speed in percent")
+        DESKTOP.type("rubbish")
+        DESKTOP.key("Return")
+        self.expect("the speed again", lambda: window.text("Speed in percent") == "50%")
+        DESKTOP.key("ctrl+Up", "ctrl+Up", "ctrl+Down")
+        self.expect("+1 cent", lambda: window.text("Pitch in cents") == "+1")
+        self.shot("player-light")
+
+        # The letter goes into the field, the shortcut does not.
+        window.click("text", "Pitch in cents")
+        DESKTOP.type("h")
+        self.assertFalse(window.is_on("Hold"))
+        DESKTOP.key("ctrl+l")
+        self.expect("the loop off", lambda: not window.is_on("Loop"))
+        DESKTOP.key("Escape", "ctrl+l")
+        self.expect("the loop on", lambda: window.is_on("Loop"))
+
+        # Hold, and steps through it.
+        DESKTOP.key("h")
+        self.expect("hold", lambda: window.is_on("Hold"))
+        held = DESKTOP.record(0.7)
+        self.assertGreater(loudness(held), 0.2)
+        self.shot("hold-light")
+        DESKTOP.key("Right", "Right", "Left", "h")
+        self.expect("no hold", lambda: not window.is_on("Hold"))
+        window.find("push button", "Play")
+        self.assertLess(loudness(DESKTOP.record(0.5)[11025:]), 0.01, "silence after hold")
+
+        # The equaliser.
+        window.click("check box", "EQ")
+        self.expect("the sliders", lambda: window.has("slider", "EQ gain at 1kHz"))
+        slider = window.find("slider", "EQ gain at 1kHz")
+        slider.queryComponent().grabFocus()
+        DESKTOP.key("Up", "Up", "Up")
+        self.expect("1.5 dB", lambda: window.value("EQ gain at 1kHz") == 1.5)
+        window.resize(1000, 960)
+        self.shot("equaliser-light")
+        DESKTOP.set_appearance("dark")
+        self.shot("equaliser-dark")
+
+        # The help comes and goes.
+        window.click("push button", "Help")
+        window.find("push button", "Done")
+        self.shot("help-dark")
+        DESKTOP.set_appearance("light")
+        self.shot("help-light")
+        DESKTOP.key("Escape")
+        self.expect("no help", lambda: not window.has("push button", "Done"))
+        window.resize(680, 604)
+        self.shot("smallest-light")
+        window.resize(1240, 960)
+        self.assertEqual(window.close(), 0)
+
+        # From the recent list everything is as it was left.
+        DESKTOP.set_appearance("dark")
+        window = self.open()
+        window.find("push button", self.song.name)
+        self.shot("empty-dark")
+        DESKTOP.set_appearance("light")
+        self.shot("empty-light")
+        window.click("push button", self.song.name)
+        window.wait_until_loaded()
+        self.assertEqual(window.text("Speed in percent"), "50%")
+        self.assertEqual(window.text("Pitch in cents"), "+1")
+        self.assertEqual(window.text("Region start, seconds"), "03")
+        self.assertEqual(window.value("EQ gain at 1kHz"), 1.5)
+        self.assertTrue(window.is_on("EQ"))
+        DESKTOP.set_appearance("dark")
+        self.shot("player-dark")
+        DESKTOP.set_appearance("light")
+        self.assertEqual(window.close(), 0)
+
+    def test_what_cannot_be_opened_is_said(self):
+        window = self.open(DESKTOP.folder / "gone.wav")
+        self.expect("the sentence", lambda: window.has("label", "Could not read audio file duration."))
+        self.shot("error-light")
+        DESKTOP.key("Return")
+        self.expect("no alert", lambda: not window.has("label", "Could not read audio file duration."))
+        self.assertTrue(window.has("push button", "Open File..."))
+
+    def test_floods_of_keys_leave_it_well_and_never_block_it(self):
+        window = self.open(self.song)
+        window.wait_until_loaded()
+        with Watchdog(window) as watchdog:
+            for key in ("ctrl+Left", "ctrl+Right", "ctrl+Up", "ctrl+Down", "ctrl+l", "ctrl+r", "space", "h", "Right", "Left"):
+                DESKTOP.run("xdotool", "key", "--delay", "1", "--repeat", "100", "--repeat-delay", "2", key)
+            time.sleep(1)
+        self.assertIsNone(window.process.poll())
+        self.assertRegex(window.text("Speed in percent"), r"^\d+%$")
+        print(f"slowest answer {1000 * watchdog.slowest:.0f} ms (the machine's own delay {1000 * watchdog.machine:.0f} ms)")
+        self.assertLess(watchdog.slowest, 0.05 + 2 * watchdog.machine)
+        self.assertEqual(window.close(), 0)
+
+    def test_closing_while_loading(self):
+        long_song = DESKTOP.folder / "long.flac"
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "anoisesrc=d=900:c=pink", str(long_song)], check=True)
+        window = self.open(long_song)
+        self.assertEqual(window.close(), 0)
+
+
+if __name__ == "__main__":
+    PICTURES.mkdir(parents=True, exist_ok=True)
+    DESKTOP = Desktop()
+    try:
+        DESKTOP.start_portal("light")
+        # The accessibility bus answers from its second client on.
+        subprocess.run(["/usr/bin/python3", "-c", "import pyatspi; pyatspi.Registry.getDesktop(0).childCount"], check=False,
+                       env=DESKTOP.environment)
+        outcome = unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2, exit=False).result
+    finally:
+        DESKTOP.close()
+    sys.exit(0 if outcome.wasSuccessful() else 1)
