@@ -25,7 +25,8 @@ bool isEditingText()
         return !text->isReadOnly();
     if (const auto* text = qobject_cast<const QPlainTextEdit*>(focused))
         return !text->isReadOnly();
-    return qobject_cast<const QAbstractSpinBox*>(focused) != nullptr;
+    const auto* spin = qobject_cast<const QAbstractSpinBox*>(focused);
+    return spin != nullptr && !spin->isReadOnly();
 }
 
 bool isElsewhere() { return QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget() != nullptr; }

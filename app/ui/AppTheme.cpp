@@ -33,6 +33,7 @@ AppTheme::AppTheme(Appearance wanted)
     text = isDark ? QColor(0xF6, 0xEF, 0xE2) : navy;
     secondaryText = isDark ? QColor(0xB9, 0xB0, 0xCF) : QColor(0x5E, 0x55, 0x78);
     accentText = isDark ? QColor(0xA8, 0x84, 0xFF) : accentPurple;
+    accentTextOnTint = isDark ? QColor(0xC4, 0xAB, 0xFF) : QColor(0x5B, 0x21, 0xB6);
     redText = isDark ? QColor(0xFF, 0x8A, 0x8A) : QColor(0xB9, 0x1C, 0x1C);
     cardLine = withOpacity(text, cardLineOpacity);
     fieldLine = withOpacity(text, fieldLineOpacity);

@@ -24,6 +24,9 @@ struct AppTheme {
     static constexpr QColor onAccent{ 255, 255, 255 };
     static constexpr QColor onToolbar{ cream };
 
+    /// How much of the accent such a ground has, over a card.
+    static constexpr double tintOpacity = 0.2;
+
     /// Points. Everything stands on a grid of 4.
     static constexpr int windowMargin = 20;
     static constexpr int cardSpacing = 16;
@@ -55,6 +58,8 @@ struct AppTheme {
     QColor secondaryText;
     /// The accent as text or as a thin line.
     QColor accentText;
+    /// The same on a ground tinted with the accent.
+    QColor accentTextOnTint;
     /// The track of switches that are off, and of sliders.
     QColor track;
     QColor waveformUnselected;

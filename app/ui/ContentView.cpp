@@ -6,6 +6,7 @@
 #include "app/ui/HelpSheet.h"
 #include "app/ui/LoadingScreen.h"
 #include "app/ui/PlayerScreen.h"
+#include "app/ui/Symbol.h"
 #include "app/ui/ToolBar.h"
 
 #include <QDragEnterEvent>
@@ -14,6 +15,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QMimeDatabase>
+#include <QPainter>
 #include <QStackedLayout>
 #include <QStandardPaths>
 #include <QUrl>
@@ -21,6 +23,9 @@
 
 namespace quillet {
 namespace {
+
+constexpr double shadeOpacity = 0.45;
+constexpr int alertSymbolSize = 32;
 
 /// By the name alone: the file may lie on a disk that does not answer.
 bool isAudioFile(const QUrl& url)
@@ -37,6 +42,19 @@ QString audioFilter()
         + QStringLiteral(" (*.mp3 *.wav *.aif *.aiff *.aifc *.flac *.m4a *.aac *.alac *.ogg *.oga *.opus"
                          " *.wma *.wv *.ape *.tta *.mka *.ac3 *.caf *.mp2 *.mp4 *.mkv *.webm *.mov)");
 }
+
+class Shade final : public QWidget {
+public:
+    explicit Shade(QWidget* parent)
+        : QWidget(parent)
+    {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        hide();
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override { QPainter(this).fillRect(rect(), withOpacity(AppTheme::navy, shadeOpacity)); }
+};
 
 /// Where songs are looked for at first.
 QString musicFolder()
@@ -60,7 +78,8 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_services(services),
       m_toolBar(new ToolBar(services.state, services.notifications, services.theme)),
       m_screens(new QStackedLayout),
-      m_overlay(new DropOverlay(services.theme, this))
+      m_overlay(new DropOverlay(services.theme, this)),
+      m_shade(new Shade(this))
 {
     setAcceptDrops(true);
     auto* column = new QVBoxLayout(this);
@@ -159,16 +178,29 @@ void ContentView::openFile()
         loadFile(pathOf(file), RestoreSettings::no);
     });
     m_openPanel = panel;
-    panel->open();
+    openSheet(*panel);
 }
 
 void ContentView::showError(const QString& message)
 {
-    auto* alert = new QMessageBox(QMessageBox::Warning, tr("Error"), message.isEmpty() ? tr("Unknown error") : message,
+    auto* alert = new QMessageBox(QMessageBox::NoIcon, tr("Error"), message.isEmpty() ? tr("Unknown error") : message,
                                   QMessageBox::Ok, this);
     alert->setAttribute(Qt::WA_DeleteOnClose);
     alert->setWindowModality(Qt::WindowModal);
-    alert->open();
+    alert->setTextFormat(Qt::PlainText);
+    alert->setIconPixmap(
+        symbolPixmap(QStringLiteral("xmark.circle"), alertSymbolSize, m_services.theme.theme().redText, devicePixelRatioF()));
+    openSheet(*alert);
+}
+
+void ContentView::openSheet(QDialog& sheet)
+{
+    m_shade->setGeometry(rect());
+    m_shade->show();
+    m_shade->raise();
+    // Destroyed however it ends.
+    connect(&sheet, &QObject::destroyed, m_shade, &QWidget::hide);
+    sheet.open();
 }
 
 void ContentView::syncHelp()
@@ -186,7 +218,7 @@ void ContentView::syncHelp()
         m_help = nullptr;
         m_services.state.setIsShowingHelp(false);
     });
-    m_help->open();
+    openSheet(*m_help);
 }
 
 // ---- Drops ----
@@ -195,6 +227,7 @@ void ContentView::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
     m_overlay->setGeometry(rect());
+    m_shade->setGeometry(rect());
 }
 
 void ContentView::dragEnterEvent(QDragEnterEvent* event)

@@ -63,6 +63,7 @@ protected:
 private:
     void subscribe();
     void showScreen();
+    void openSheet(QDialog& sheet);
     void syncHelp();
 
     Services m_services;
@@ -70,6 +71,8 @@ private:
     QStackedLayout* m_screens;
     PlayerScreen* m_player = nullptr;
     DropOverlay* m_overlay;
+    /// Dims the window under a sheet.
+    QWidget* m_shade;
     QPointer<HelpSheet> m_help;
     QPointer<QDialog> m_openPanel;
     /// Where a file was chosen last.

@@ -29,22 +29,33 @@ QPixmap drawn(const QString& name, int pixels, const QColor& color)
     return pixmap;
 }
 
-}  // namespace
-
-void paintSymbol(QPainter& painter, const QString& name, const QRectF& place, const QColor& color)
+QPixmap cached(const QString& name, double size, const QColor& color, double devicePixelRatio)
 {
-    const double scale = painter.device()->devicePixelRatioF();
-    const int pixels = std::max(1, static_cast<int>(std::lround(place.width() * scale)));
+    const int pixels = std::max(1, static_cast<int>(std::lround(size * devicePixelRatio)));
     const QString key = QStringLiteral("symbol %1 %2 %3").arg(name).arg(pixels).arg(color.rgba(), 0, 16);
     QPixmap pixmap;
     if (!QPixmapCache::find(key, &pixmap)) {
         pixmap = drawn(name, pixels, color);
         QPixmapCache::insert(key, pixmap);
     }
-    pixmap.setDevicePixelRatio(scale);
+    pixmap.setDevicePixelRatio(devicePixelRatio);
+    return pixmap;
+}
+
+}  // namespace
+
+void paintSymbol(QPainter& painter, const QString& name, const QRectF& place, const QColor& color)
+{
+    const double scale = painter.device()->devicePixelRatioF();
+    const QPixmap pixmap = cached(name, place.width(), color, scale);
     // On whole device pixels, so that it is as sharp as it was drawn.
     const QPointF corner(std::round(place.x() * scale) / scale, std::round(place.y() * scale) / scale);
     painter.drawPixmap(corner, pixmap);
+}
+
+QPixmap symbolPixmap(const QString& name, int size, const QColor& color, double devicePixelRatio)
+{
+    return cached(name, size, color, devicePixelRatio);
 }
 
 QIcon applicationIcon()

@@ -14,6 +14,9 @@ namespace quillet {
 /// Draws resources/symbols/`name` into `place`, a square, sharp at the painter's scale. There is such a drawing (REQUIRE).
 void paintSymbol(QPainter& painter, const QString& name, const QRectF& place, const QColor& color);
 
+/// The same as a picture of `size` points.
+[[nodiscard]] QPixmap symbolPixmap(const QString& name, int size, const QColor& color, double devicePixelRatio);
+
 [[nodiscard]] QIcon applicationIcon();
 
 }  // namespace quillet

@@ -39,7 +39,8 @@ QVariant unwrapped(QVariant value)
 
 ThemeSource::ThemeSource(QObject* parent)
     : QObject(parent),
-      m_theme(appearanceOfPalette())
+      m_theme(appearanceOfPalette()),
+      m_usual(m_theme.appearance)
 {
 }
 
@@ -86,7 +87,7 @@ void ThemeSource::takePreference(const QVariant& preference)
         setAppearance(Appearance::light);
         break;
     default:
-        break;
+        setAppearance(m_usual);
     }
 }
 

@@ -36,6 +36,8 @@ private:
     void takePreference(const QVariant& preference);
 
     AppTheme m_theme;
+    /// What the palette was before anybody changed it: the appearance where no other is preferred.
+    Appearance m_usual;
 };
 
 }  // namespace quillet

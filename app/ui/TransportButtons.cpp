@@ -95,10 +95,10 @@ void HoldButton::paintEvent(QPaintEvent*)
     const AppTheme& theme = m_source.theme();
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QColor color = isChecked() ? theme.accentText : theme.secondaryText;
-    QColor fill = isChecked() ? withOpacity(AppTheme::accentPurple, 0.2) : QColor(Qt::transparent);
+    const QColor color = isChecked() ? theme.accentTextOnTint : theme.secondaryText;
+    QColor fill = isChecked() ? withOpacity(AppTheme::accentPurple, AppTheme::tintOpacity) : QColor(Qt::transparent);
     if (underMouse() || isDown())
-        fill = withOpacity(AppTheme::accentPurple, isDown() ? 0.3 : isChecked() ? 0.25 : 0.08);
+        fill = withOpacity(AppTheme::accentPurple, isDown() ? 0.3 : isChecked() ? AppTheme::tintOpacity + 0.05 : 0.08);
     painter.setBrush(fill);
     painter.setPen(QPen(isChecked() ? color : withOpacity(color, 0.4), 1.5));
     painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), AppTheme::controlRadius, AppTheme::controlRadius);

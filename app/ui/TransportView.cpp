@@ -64,7 +64,7 @@ void TransportView::syncPosition()
 {
     const QString text = formattedPosition(m_state.playbackPosition());
     m_position->setText(text);
-    m_position->setAccessibleName(tr("Position"));
+    m_position->setAccessibleName(tr("Position %1").arg(text));
 }
 
 }  // namespace quillet

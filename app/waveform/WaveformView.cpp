@@ -265,10 +265,12 @@ void WaveformView::drawRuler(QPainter& painter, const QRectF& exposed) const
         const int length = tick.label.empty() ? smallTickHeight : tickHeight;
         painter.fillRect(QRectF(sideInset + std::floor(tick.x), rulerHeight - 6 - length, 1, length), m_colors.rulerLine);
         const QRectF place(sideInset + tick.x + 4, 0, labelSpacing, rulerHeight - 6);
-        if (tick.label.empty() || !place.intersects(exposed))
+        const QString label = QString::fromStdString(tick.label);
+        const bool fits = place.left() + painter.fontMetrics().horizontalAdvance(label) <= width();
+        if (label.isEmpty() || !fits || !place.intersects(exposed))
             continue;
         painter.setPen(m_colors.rulerText);
-        painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, QString::fromStdString(tick.label));
+        painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, label);
     }
 }
 

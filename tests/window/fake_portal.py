@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Stands in for the desktop's portal on the session bus: says which appearance the user prefers, and changes it when told.
 
-Usage: fake_portal.py light|dark, then a line "light" or "dark" on standard input for every change. It prints "ready" when it can
+Usage: fake_portal.py light|dark|none, then a line with one of them on standard input for every change. It prints "ready" when it can
 be asked, and ends with its input.
 """
 
@@ -16,7 +16,7 @@ INTERFACE = """
 </interface></node>
 """
 PATH = "/org/freedesktop/portal/desktop"
-SCHEMES = {"dark": 1, "light": 2}
+SCHEMES = {"none": 0, "dark": 1, "light": 2}
 GROUP, KEY = "org.freedesktop.appearance", "color-scheme"
 
 

@@ -1,0 +1,193 @@
+// The window's content: its screens, what is dropped on it, and the commands that reach it.
+
+#include "app/ui/ContentView.h"
+
+#include "app/core/Commands.h"
+#include "platform/files/SystemFileAttributes.h"
+#include "tests/app/ui/WindowRig.h"
+#include "tests/support/FakeAudioFileOpener.h"
+#include "tests/support/ManualRunner.h"
+
+#include <gmock/gmock.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDragEnterEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QTest>
+#include <QUrl>
+
+#include <string>
+#include <vector>
+
+namespace quillet {
+namespace {
+
+/// Has no file.
+class NoAmplitudes final : public AmplitudeReaderOpener {
+public:
+    [[nodiscard]] std::expected<std::unique_ptr<AmplitudeReader>, AudioFileError> open(const FilePath&) override
+    {
+        return std::unexpected(AudioFileError::notFound);
+    }
+};
+
+struct ContentViewTest : testing::Test {
+    WindowRig rig;
+    AppState& state = *rig.state;
+    ManualRunner background;
+    SystemFileAttributes attributes;
+    WaveformCache cache{ rig.defaults, attributes };
+    StemSessionStore stemSessions{ rig.defaults };
+    RecentFilesStore recentFiles{ rig.defaults };
+    FakeAudioFileOpener opener;
+    NoAmplitudes readers;
+    FileLoader loader{ { state,
+                         rig.engine,
+                         rig.scheduler,
+                         background,
+                         opener,
+                         { readers, 1, {} },
+                         cache,
+                         rig.settings,
+                         stemSessions,
+                         recentFiles } };
+    Notifications notifications;
+    ContentView view{ { state, rig.engine, loader, rig.commands, notifications, recentFiles, rig.theme } };
+
+    ContentViewTest()
+    {
+        view.resize(1000, 900);
+        view.show();
+    }
+
+    void finishWork()
+    {
+        while (background.waiting() > 0)
+            background.finish();
+        rig.scheduler.advance(0);
+    }
+
+    [[nodiscard]] bool isShown(const char* text) const
+    {
+        for (const QLabel* label : view.findChildren<QLabel*>())
+            if (label->isVisible() && label->text() == QString::fromUtf8(text))
+                return true;
+        return false;
+    }
+    [[nodiscard]] DropOverlay::Drag overlay() const { return view.findChild<DropOverlay*>()->drag(); }
+
+    /// Drags `data` over the view and drops it; whether the view took it. `seen` is what was shown meanwhile.
+    bool drop(const QMimeData& data, DropOverlay::Drag& seen)
+    {
+        QDragEnterEvent enter({ 300, 300 }, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&view, &enter);
+        seen = overlay();
+        QDragMoveEvent move({ 310, 300 }, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&view, &move);
+        if (!move.isAccepted()) {
+            QDragLeaveEvent leave;
+            QApplication::sendEvent(&view, &leave);
+            return false;
+        }
+        QDropEvent dropped({ 310, 300 }, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&view, &dropped);
+        return dropped.isAccepted();
+    }
+};
+
+TEST_F(ContentViewTest, OnlyAudioFilesCanBeDroppedAndOnlyTheFirstIsOpened)
+{
+    struct Case {
+        const char* what;
+        std::vector<const char*> urls;
+        const char* opened;
+    };
+    for (const Case& test : std::vector<Case>{
+             { "three songs", { "file:///a.mp3", "file:///b.wav", "file:///c.aiff" }, "/a.mp3" },
+             { "a song behind a picture", { "file:///cover.png", "file:///d.flac" }, "/d.flac" },
+             { "a name that is hardly a name", { "file:///caf%C3%A9%20%25.ogg" }, "/caf\xC3\xA9 %.ogg" },
+             { "a folder", { "file:///music/" }, nullptr },
+             { "a text", { "file:///notes.txt" }, nullptr },
+             { "a web address", { "https://example.org/a.mp3" }, nullptr },
+             { "no file at all", {}, nullptr },
+         }) {
+        QMimeData data;
+        QList<QUrl> urls;
+        for (const char* url : test.urls)
+            urls.append(QUrl(QString::fromUtf8(url)));
+        if (urls.isEmpty())
+            data.setText(QStringLiteral("some words"));
+        else
+            data.setUrls(urls);
+        state.setAudioFileURL(std::nullopt);
+        DropOverlay::Drag seen{};
+        EXPECT_EQ(drop(data, seen), test.opened != nullptr) << test.what;
+        EXPECT_EQ(seen, test.opened != nullptr ? DropOverlay::Drag::audio : DropOverlay::Drag::unsupported) << test.what;
+        EXPECT_EQ(overlay(), DropOverlay::Drag::none);
+        EXPECT_EQ(state.audioFileURL(), test.opened != nullptr ? std::optional<FilePath>(test.opened) : std::nullopt)
+            << test.what;
+    }
+}
+
+TEST_F(ContentViewTest, ScreensFollowTheLoadingAndErrorsAreSaid)
+{
+    state.setLoadingState(LoadingState::loading("Generating waveform... 42%"));
+    EXPECT_TRUE(isShown("Generating waveform... 42%"));
+    EXPECT_FALSE(isShown("Speed"));
+    state.setLoadingState(LoadingState::loaded());
+    EXPECT_TRUE(isShown("Speed"));
+
+    view.loadFile("/gone.mp3", RestoreSettings::no);
+    finishWork();
+    auto* alert = view.findChild<QMessageBox*>();
+    ASSERT_NE(alert, nullptr);
+    EXPECT_EQ(alert->text(), QStringLiteral("Could not read audio file duration."));
+    EXPECT_EQ(alert->windowTitle(), QStringLiteral("Error"));
+    EXPECT_TRUE(isShown("Quillet"));
+    EXPECT_FALSE(isShown("Speed"));
+}
+
+TEST_F(ContentViewTest, CommandsAreCarriedOutWhileAFileIsLoaded)
+{
+    notifications.post(increaseSpeedName);
+    notifications.post(pitchDownName);
+    notifications.post(toggleLoopName);
+    notifications.post(toggleHoldName);
+    notifications.post(holdForwardName);
+    EXPECT_EQ(state.speed(), 105);
+    EXPECT_EQ(state.pitch(), -1);
+    EXPECT_FALSE(state.loopEnabled());
+    EXPECT_DOUBLE_EQ(state.holdPosition(), 0.08);
+    notifications.post(stopResetName);
+    EXPECT_FALSE(state.isPlaying());
+    state.setLoadingState(LoadingState::idle());
+    notifications.post(increaseSpeedName);
+    EXPECT_EQ(state.speed(), 105);
+
+    recentFiles.push("/x.mp3");
+    notifications.post(clearRecentsName);
+    finishWork();
+    EXPECT_TRUE(recentFiles.all().empty());
+}
+
+TEST_F(ContentViewTest, HelpOpensOnceAndCloses)
+{
+    notifications.post(showHelpName);
+    notifications.post(showHelpName);
+    const auto sheets = view.findChildren<QDialog*>();
+    ASSERT_EQ(sheets.size(), 1);
+    for (auto* button : sheets.front()->findChildren<QAbstractButton*>())
+        if (button->text() == QLatin1String("Done"))
+            QTest::mouseClick(button, Qt::LeftButton);
+    EXPECT_FALSE(state.isShowingHelp());
+    notifications.post(showHelpName);
+    EXPECT_TRUE(state.isShowingHelp());
+    state.setIsShowingHelp(false);
+}
+
+}  // namespace
+}  // namespace quillet

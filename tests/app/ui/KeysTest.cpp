@@ -1,0 +1,189 @@
+// Keys as the toolkit delivers them, to a window with a menu, a field and a button.
+
+#include "app/core/Commands.h"
+#include "app/core/KeyHandler.h"
+#include "app/core/Notifications.h"
+#include "app/ui/KeyResponderView.h"
+#include "tests/app/ui/WindowRig.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QTest>
+
+#include <string>
+#include <vector>
+
+namespace quillet {
+namespace {
+
+struct KeysTest : testing::Test {
+    WindowRig rig;
+    AppState& state = *rig.state;
+    KeyHandler keys{ rig.scheduler };
+    QMainWindow window;
+    QLineEdit* field = new QLineEdit(&window);
+    KeyResponderView* responder = new KeyResponderView(state, &window);
+    int menuActions = 0;
+
+    KeysTest()
+    {
+        for (const Command& command : menuCommands) {
+            auto* action = new QAction(&window);
+            if (command.shortcut != 0)
+                action->setShortcut(QKeySequence(command.shortcut));
+            QObject::connect(action, &QAction::triggered, &window, [this] { ++menuActions; });
+            window.addAction(action);
+        }
+        window.setCentralWidget(field);
+        window.show();
+        window.activateWindow();
+        static_cast<void>(QTest::qWaitForWindowActive(&window));
+        responder->setFocus();
+        keys.start(rig.state, rig.commands);
+    }
+
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+        rig.scheduler.advance(0);
+    }
+};
+
+TEST_F(KeysTest, CommandShortcutsActOnceWhereverTheFocusIs)
+{
+    struct Case {
+        Qt::Key key;
+        double speed;
+        double pitch;
+    };
+    for (QWidget* focused : { static_cast<QWidget*>(responder), static_cast<QWidget*>(field) }) {
+        state.setSpeed(50);
+        state.setPitch(0);
+        field->setText(QStringLiteral("some words"));
+        focused->setFocus();
+        for (const Case& test : { Case{ Qt::Key_Left, 45, 0 }, Case{ Qt::Key_Right, 50, 0 }, Case{ Qt::Key_Up, 50, 1 },
+                                  Case{ Qt::Key_Down, 50, 0 } }) {
+            press(test.key, Qt::ControlModifier);
+            EXPECT_EQ(state.speed(), test.speed);
+            EXPECT_EQ(state.pitch(), test.pitch);
+        }
+        press(Qt::Key_Left, Qt::ControlModifier | Qt::ShiftModifier);
+        EXPECT_EQ(state.speed(), 45);
+        EXPECT_EQ(rig.engine.timePitch().rate(), 0.45);
+        press(Qt::Key_L, Qt::ControlModifier);
+        EXPECT_FALSE(state.loopEnabled());
+        press(Qt::Key_L, Qt::ControlModifier);
+    }
+    EXPECT_EQ(menuActions, 0) << "and the menu's shortcuts not besides";
+    press(Qt::Key_O, Qt::ControlModifier);
+    EXPECT_EQ(menuActions, 1);
+}
+
+TEST_F(KeysTest, LimitsHold)
+{
+    state.setSpeed(7);
+    press(Qt::Key_Left, Qt::ControlModifier);
+    press(Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(state.speed(), 5);
+    state.setSpeed(298);
+    press(Qt::Key_Right, Qt::ControlModifier);
+    EXPECT_EQ(state.speed(), 300);
+    state.setPitch(1200);
+    press(Qt::Key_Up, Qt::ControlModifier);
+    EXPECT_EQ(state.pitch(), 1200);
+    state.setPitch(-1199.5);
+    press(Qt::Key_Down, Qt::ControlModifier);
+    EXPECT_EQ(state.pitch(), -1200);
+}
+
+TEST_F(KeysTest, HoldKeysActOutsideTexts)
+{
+    field->setFocus();
+    press(Qt::Key_H);
+    EXPECT_EQ(field->text(), QStringLiteral("h"));
+    EXPECT_FALSE(state.holdEnabled());
+
+    responder->setFocus();
+    state.setRegionStart(2);
+    press(Qt::Key_H, Qt::ShiftModifier);
+    EXPECT_TRUE(state.holdEnabled());
+    press(Qt::Key_Right);
+    EXPECT_DOUBLE_EQ(state.holdPosition(), 2.08);
+    press(Qt::Key_Right, Qt::ShiftModifier);
+    EXPECT_DOUBLE_EQ(state.holdPosition(), 2.08);
+    press(Qt::Key_Left);
+    EXPECT_DOUBLE_EQ(state.holdPosition(), 2);
+    press(Qt::Key_H);
+    EXPECT_FALSE(state.holdEnabled());
+    press(Qt::Key_Right);
+    EXPECT_DOUBLE_EQ(state.holdPosition(), 2);
+}
+
+TEST_F(KeysTest, ThePlaceOnTheKeyboardCountsNotTheLetter)
+{
+    // On a Dvorak keyboard the key at H's place writes D.
+    QKeyEvent dAtH(QEvent::KeyPress, Qt::Key_D, Qt::NoModifier, 43, 0, 0, QStringLiteral("d"));
+    QApplication::sendEvent(responder, &dAtH);
+    rig.scheduler.advance(0);
+    EXPECT_TRUE(state.holdEnabled());
+    QKeyEvent hElsewhere(QEvent::KeyPress, Qt::Key_H, Qt::NoModifier, 44, 0, 0, QStringLiteral("h"));
+    QApplication::sendEvent(responder, &hElsewhere);
+    rig.scheduler.advance(0);
+    EXPECT_TRUE(state.holdEnabled());
+}
+
+TEST_F(KeysTest, SpacePlaysAndPausesUnlessATextIsEdited)
+{
+    press(Qt::Key_Space);
+    EXPECT_TRUE(state.isPlaying());
+    press(Qt::Key_Space, Qt::ControlModifier);
+    EXPECT_TRUE(state.isPlaying());
+    press(Qt::Key_Space);
+    EXPECT_FALSE(state.isPlaying());
+    field->setFocus();
+    press(Qt::Key_Space);
+    EXPECT_EQ(field->text(), QStringLiteral(" "));
+    EXPECT_FALSE(state.isPlaying());
+    field->clearFocus();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(QApplication::focusWidget(), responder);
+}
+
+TEST_F(KeysTest, WithoutAFileNothingActs)
+{
+    state.setLoadingState(LoadingState::loading(""));
+    press(Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(menuActions, 1) << "the menu gets it, whose receiver knows the same rule";
+    EXPECT_EQ(state.speed(), 100);
+    press(Qt::Key_H);
+    press(Qt::Key_Space);
+    EXPECT_FALSE(state.holdEnabled() || state.isPlaying());
+}
+
+TEST(NotificationsTest, ReachThoseWhoHaveSubscribedByThen)
+{
+    Notifications notifications;
+    std::vector<std::string> heard;
+    Notifications::Subscription second;
+    Notifications::Subscription late;
+    auto first = notifications.subscribe("a", [&](const std::optional<FilePath>& object) {
+        heard.push_back("first " + object.value_or("-").native());
+        second = {};
+        late = notifications.subscribe("a", [&](const auto&) { heard.emplace_back("late"); });
+    });
+    second = notifications.subscribe("a", [&](const auto&) { heard.emplace_back("second"); });
+    notifications.post("b");
+    notifications.post("a", FilePath("/x"));
+    EXPECT_EQ(heard, std::vector<std::string>{ "first /x" });
+    first = {};
+    notifications.post("a");
+    EXPECT_EQ(heard.back(), "late");
+}
+
+}  // namespace
+}  // namespace quillet

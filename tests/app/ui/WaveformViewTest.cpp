@@ -1,0 +1,184 @@
+#include "app/waveform/WaveformView.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QPainter>
+#include <QTest>
+#include <QWheelEvent>
+
+#include <optional>
+
+namespace quillet {
+namespace {
+
+constexpr int inset = WaveformView::sideInset;
+
+/// A waveform of 100 s, 1000 points wide, all of it at one height; whatever it wishes is granted.
+struct WaveformViewTest : testing::Test {
+    WaveformView view;
+    WaveformRegion region{ 20, 60 };
+    double zoom = 1;
+    double pan = 0;
+    int dragsEnded = 0;
+
+    WaveformViewTest()
+    {
+        view.resize(1000 + 2 * inset, 200);
+        view.setColors({ { Qt::red, Qt::blue }, Qt::white, Qt::green, Qt::green, Qt::black, Qt::black, Qt::black, Qt::black });
+        view.setSamples(std::vector<float>(2000, 0.5F));
+        view.setDuration(100);
+        view.setRegion(region);
+        view.onRegionChange([this](double start, double end) {
+            region = { start, end };
+            view.setRegion(region);
+        });
+        view.onZoomChange([this](double newZoom, double newPan) { setZoom(newZoom, newPan); });
+        view.onDragEnded([this] { ++dragsEnded; });
+        view.show();
+    }
+
+    void setZoom(double newZoom, double newPan)
+    {
+        zoom = newZoom;
+        pan = newPan;
+        view.setZoomAndPan(zoom, pan);
+    }
+    void drag(int from, int to)
+    {
+        QTest::mousePress(&view, Qt::LeftButton, {}, { inset + from, 150 });
+        QTest::mouseMove(&view, { inset + (from + to) / 2, 150 });
+        QTest::mouseMove(&view, { inset + to, 150 });
+        QTest::mouseRelease(&view, Qt::LeftButton, {}, { inset + to, 150 });
+    }
+    void wheel(QPoint notches, Qt::KeyboardModifiers modifiers = Qt::NoModifier, int x = 500)
+    {
+        const QPointF place(inset + x, 100);
+        QWheelEvent event(place, view.mapToGlobal(place), {}, notches * 120, Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&view, &event);
+    }
+};
+
+TEST_F(WaveformViewTest, DragsDrawRegionsAndMoveHandles)
+{
+    struct Case {
+        const char* what;
+        int from;
+        int to;
+        WaveformRegion region;
+    };
+    for (const Case& test : {
+             Case{ "a new one", 700, 900, { 70, 90 } },
+             Case{ "from right to left", 900, 700, { 70, 90 } },
+             Case{ "beyond the left edge", 300, -50, { 0, 30 } },
+             Case{ "beyond the right edge", 700, 1100, { 70, 100 } },
+             Case{ "the start handle", 205, 305, { 30.5, 60 } },
+             Case{ "past the end", 200, 800, { 59.99, 60 } },
+             Case{ "the end handle", 596, 700, { 20, 70 } },
+             Case{ "past the start", 600, 100, { 20, 20.01 } },
+             Case{ "a click changes nothing", 400, 400, { 40, 40 } },
+         }) {
+        region = { 20, 60 };
+        view.setRegion(region);
+        dragsEnded = 0;
+        if (test.from == test.to) {
+            QTest::mouseClick(&view, Qt::LeftButton, {}, { inset + test.from, 150 });
+            EXPECT_EQ(region.start, 20) << test.what;
+        } else {
+            drag(test.from, test.to);
+            EXPECT_NEAR(region.start, test.region.start, 1e-9) << test.what;
+            EXPECT_NEAR(region.end, test.region.end, 1e-9) << test.what;
+        }
+        EXPECT_EQ(dragsEnded, 1);
+    }
+    // The nearer handle wins, and of two equally near the start's.
+    region = { 50, 51 };
+    view.setRegion(region);
+    drag(505, 400);
+    EXPECT_NEAR(region.start, 40, 1e-9);
+    EXPECT_EQ(region.end, 51);
+}
+
+TEST_F(WaveformViewTest, WheelsPanAndZoom)
+{
+    wheel({ -1, 0 });
+    EXPECT_EQ(pan, 0) << "there is nothing to pan";
+    setZoom(2, 0);
+    wheel({ -1, 0 });
+    EXPECT_EQ(pan, 80);
+    wheel({ 0, -1 });
+    EXPECT_EQ(pan, 80) << "turned up or down it scrolls the page";
+    wheel({ -100, 0 });
+    EXPECT_EQ(pan, 1000);
+    wheel({ 0, 1 }, Qt::ShiftModifier);
+    EXPECT_EQ(pan, 920);
+    const double time = view.xToTime(250);
+    wheel({ 0, 2 }, Qt::ControlModifier, 250);
+    EXPECT_DOUBLE_EQ(zoom, 2.8);
+    EXPECT_NEAR(view.xToTime(250), time, 1e-6);
+    for (int i = 0; i < 50; ++i)
+        wheel({ 0, 3 }, Qt::ControlModifier);
+    EXPECT_EQ(zoom, 50);
+}
+
+TEST_F(WaveformViewTest, HandlesMoveByKeys)
+{
+    auto* end = view.findChildren<RegionHandle*>().at(1);
+    ASSERT_EQ(end->side(), RegionHandle::Side::end);
+    QTest::keyClick(end, Qt::Key_Right);
+    EXPECT_NEAR(region.end, 60.01, 1e-9);
+    QTest::keyClick(end, Qt::Key_Left, Qt::ShiftModifier);
+    EXPECT_NEAR(region.end, 59.01, 1e-9);
+    QTest::keyClick(end, Qt::Key_End);
+    EXPECT_EQ(region.end, 100);
+    QTest::keyClick(end, Qt::Key_Home);
+    EXPECT_NEAR(region.end, 20.01, 1e-9);
+    EXPECT_EQ(dragsEnded, 4);
+    EXPECT_EQ(spokenTime(65.489), QStringLiteral("1 minute 5.48 seconds"));
+}
+
+TEST_F(WaveformViewTest, PlayHeadIsDrawnOnlyWhilePlaying)
+{
+    const auto columnsOf = [&](const QColor& color) {
+        const QImage image = view.grab().toImage();
+        int columns = 0;
+        for (int x = 0; x < image.width(); ++x)
+            columns += image.pixelColor(x, image.height() - 2) == color ? 1 : 0;
+        return columns;
+    };
+    view.setPlaybackPosition(40);
+    EXPECT_EQ(columnsOf(Qt::black), 0);
+    view.setPlaying(true);
+    EXPECT_EQ(columnsOf(Qt::black), 2);
+}
+
+TEST(WaveformPainterTest, LouderIsHigherAndTheRegionHasItsColour)
+{
+    std::vector<float> samples(1000, 0.2F);
+    std::fill(samples.begin() + 500, samples.end(), 0.9F);
+    for (const double scale : { 1.0, 1.5, 2.0 }) {
+        QImage image(static_cast<int>(400 * scale), static_cast<int>(100 * scale), QImage::Format_RGB32);
+        image.setDevicePixelRatio(scale);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        paintWaveform(painter, samples, { 10, 400, 1, 0 }, 100, { 0, 5 }, { Qt::red, Qt::blue }, 0, 400);
+        const auto height = [&](double x, const QColor& color) {
+            int count = 0;
+            for (int y = 0; y < image.height(); ++y)
+                count += image.pixelColor(static_cast<int>(x * scale), y) == color ? 1 : 0;
+            return count / scale;
+        };
+        EXPECT_NEAR(height(100, Qt::red), 20, 2);
+        EXPECT_NEAR(height(300, Qt::blue), 90, 2);
+        EXPECT_EQ(height(300, Qt::red), 0);
+        // Translucent bars do not darken where they meet.
+        image.fill(Qt::white);
+        paintWaveform(painter, samples, { 10, 400, 1, 0 }, 100, { 0, 0 }, { Qt::red, QColor(0, 0, 0, 128) }, 0, 400);
+        for (int x = image.width() / 2 + 2; x < image.width(); ++x)
+            ASSERT_EQ(image.pixelColor(x, image.height() / 2), image.pixelColor(image.width() / 2 + 2, image.height() / 2));
+    }
+}
+
+}  // namespace
+}  // namespace quillet

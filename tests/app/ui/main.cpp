@@ -1,0 +1,14 @@
+#include "app/ui/QuilletStyle.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    QApplication application(argc, argv);
+    const quillet::ThemeSource theme;
+    QApplication::setStyle(new quillet::QuilletStyle(theme));
+    return RUN_ALL_TESTS();
+}
