@@ -7,7 +7,7 @@
 #include "platform/audio/DeviceOutput.h"
 #include "platform/audio/NullOutputDevice.h"
 #include "platform/audio/PlaybackGraph.h"
-#include "platform/media/FfmpegAudioFile.h"
+#include "platform/media/MediaModule.h"
 #include "platform/schedule/QtScheduler.h"
 
 #include <QCoreApplication>
@@ -33,11 +33,11 @@ std::string clockText(double seconds)
 
 std::expected<int, std::string> playFile(const PlaybackOptions& options)
 {
-    FfmpegAudioFileOpener opener;
+    MediaModule media;
     QtScheduler scheduler;
     DeviceOutput output(std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler);
     PlaybackGraph graph(output, scheduler);
-    PlaybackSession session(graph, opener, scheduler);
+    PlaybackSession session(graph, media.audioFiles(), scheduler);
     if (auto opened = session.open(options); !opened)
         return std::unexpected(opened.error());
 

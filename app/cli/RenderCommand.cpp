@@ -7,7 +7,7 @@
 #include "platform/audio/Limiter.h"
 #include "platform/audio/OfflineOutput.h"
 #include "platform/audio/PlaybackGraph.h"
-#include "platform/media/FfmpegAudioFile.h"
+#include "platform/media/MediaModule.h"
 #include "platform/schedule/VirtualScheduler.h"
 
 #include <algorithm>
@@ -71,11 +71,11 @@ Outcome renderFile(const RenderOptions& options)
 {
     if (isSameFile(options.playback.input, options.output))
         return std::unexpected("“" + displayText(options.output) + "” is the song itself; choose another name for the output.");
-    FfmpegAudioFileOpener opener;
+    MediaModule media;
     VirtualScheduler scheduler;
     OfflineOutput output;
     PlaybackGraph graph(output, scheduler);
-    PlaybackSession session(graph, opener, scheduler);
+    PlaybackSession session(graph, media.audioFiles(), scheduler);
     if (auto opened = session.open(options.playback); !opened)
         return std::unexpected(opened.error());
     const int sampleRate = session.file().sampleRate();

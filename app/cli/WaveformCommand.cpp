@@ -6,8 +6,7 @@
 #include "app/waveform/WaveformGenerator.h"
 #include "app/waveform/WaveformPainter.h"
 #include "platform/base/Require.h"
-#include "platform/media/FfmpegAmplitudeReader.h"
-#include "platform/media/FfmpegAudioFile.h"
+#include "platform/media/MediaModule.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -39,14 +38,13 @@ struct Shape {
 
 std::expected<Shape, std::string> shapeOf(const FilePath& input)
 {
-    FfmpegAudioFileOpener opener;
-    const auto file = opener.open(input);
+    MediaModule media;
+    const auto file = media.audioFiles().open(input);
     if (!file)
         return std::unexpected(describe(file.error(), input));
-    FfmpegAmplitudeReaderOpener readers;
     const int threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     ProgressLine progress;
-    auto peaks = WaveformGenerator::extract({ readers, threads, {} }, input,
+    auto peaks = WaveformGenerator::extract({ media.amplitudeReaders(), threads, {} }, input,
                                             [&](double, const std::string& message) { progress.show(message); });
     if (!peaks)
         return std::unexpected("The sound of “" + displayText(input) + "” cannot be read.");

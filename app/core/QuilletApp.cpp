@@ -14,8 +14,7 @@
 #include "platform/audio/PlaybackGraph.h"
 #include "platform/defaults/SqliteDefaultsDomain.h"
 #include "platform/files/SystemFileAttributes.h"
-#include "platform/media/FfmpegAmplitudeReader.h"
-#include "platform/media/FfmpegAudioFile.h"
+#include "platform/media/MediaModule.h"
 #include "platform/schedule/QtScheduler.h"
 #include "platform/schedule/ThreadRunner.h"
 
@@ -57,12 +56,14 @@ public:
     {
         m_window.show();
         // What is not needed for the first sight of the window comes after it.
-        m_scheduler.post([this] {
+        m_scheduler.post([this, file] {
+            m_window.populate();
+            if (file)
+                m_window.content().loadFile(absolute(*file), RestoreSettings::no);
             m_theme.followDesktop();
             m_graph.start();
+            m_background.run([this] { m_media.preload(); });
         });
-        if (file)
-            m_window.content().loadFile(absolute(*file), RestoreSettings::no);
     }
 
     /// True if all work has ended, and everything can be taken apart.
@@ -95,8 +96,7 @@ private:
     StemSessionStore m_stemSessions{ m_cacheDefaults };
     SystemFileAttributes m_attributes;
     WaveformCache m_waveformCache{ m_cacheDefaults, m_attributes };
-    FfmpegAudioFileOpener m_opener;
-    FfmpegAmplitudeReaderOpener m_readers;
+    MediaModule m_media;
     DeviceOutput m_output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), m_scheduler };
     PlaybackGraph m_graph{ m_output, m_scheduler };
     AudioEngine m_engine{ m_graph, m_scheduler };
@@ -112,8 +112,8 @@ private:
                            m_engine,
                            m_scheduler,
                            m_background,
-                           m_opener,
-                           { m_readers, cores(), m_programEnds.get_token() },
+                           m_media.audioFiles(),
+                           { m_media.amplitudeReaders(), cores(), m_programEnds.get_token() },
                            m_waveformCache,
                            m_settings,
                            m_stemSessions,

@@ -3,6 +3,7 @@
 #include "app/core/Commands.h"
 #include "app/ui/KeyResponderView.h"
 #include "app/ui/ToolBar.h"
+#include "platform/base/Require.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -22,20 +23,30 @@ constexpr const char* placeKey = "QLT.windowGeometry";
 }  // namespace
 
 MainWindow::MainWindow(const ContentView::Services& services, DefaultsDomain& defaults)
-    : m_defaults(defaults),
-      m_content(new ContentView(services))
+    : m_services(services),
+      m_defaults(defaults)
 {
     setWindowTitle(QStringLiteral("Quillet"));
-    m_content->setMinimumSize(leastContentSize);
-    setCentralWidget(m_content);
-    buildMenus(services.state, services.notifications);
-    auto* responder = new KeyResponderView(services.state, m_content);
-    responder->setGeometry(0, 0, 0, 0);
+    setMinimumSize(leastContentSize);
     restorePlace();
 }
 
-void MainWindow::buildMenus(AppState& state, Notifications& notifications)
+void MainWindow::populate()
 {
+    REQUIRE(m_content == nullptr);
+    m_content = new ContentView(m_services);
+    m_content->setMinimumSize(leastContentSize);
+    buildMenus();
+    setCentralWidget(m_content);
+    auto* responder = new KeyResponderView(m_services.state, m_content);
+    responder->setGeometry(0, 0, 0, 0);
+    responder->show();
+}
+
+void MainWindow::buildMenus()
+{
+    AppState& state = m_services.state;
+    Notifications& notifications = m_services.notifications;
     std::map<QString, QMenu*> menus;
     for (const Command& command : menuCommands) {
         const QString title = QString::fromUtf8(command.menu);

@@ -27,7 +27,7 @@ def wait_for(what, condition, seconds=20):
 
 
 class Desktop:
-    def __init__(self, width=1280, height=1000):
+    def __init__(self, width=1280, height=1000, window_manager=True):
         self.folder = Path(tempfile.mkdtemp(prefix="quillet-desktop-"))
         self.processes = []
         run = self.folder / "run"
@@ -44,7 +44,8 @@ class Desktop:
         (run / "cookie").write_bytes(b"q" * 256)
         self._start_screen(width, height)
         self._start_bus()
-        self.start("openbox")
+        if window_manager:
+            self.start("openbox")
         self.start("pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--high-priority=no",
                    "--realtime=no", "-L", f"module-null-sink sink_name=test rate={SINK_RATE} format=float32le norewinds=1",
                    "-L", f"module-native-protocol-unix auth-anonymous=1 socket={run}/native")
@@ -66,7 +67,7 @@ class Desktop:
     def _start_screen(self, width, height):
         # The server chooses a free number and tells it.
         read, write = os.pipe()
-        self.start("Xvfb", "-displayfd", str(write), "-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp", pass_fds=(write,))
+        self.start("Xvfb", "-displayfd", str(write), "-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp", "-noreset", pass_fds=(write,))
         os.close(write)
         with os.fdopen(read) as told:
             self.environment["DISPLAY"] = ":" + told.readline().strip()
