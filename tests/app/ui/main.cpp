@@ -7,7 +7,9 @@
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
-    QApplication application(argc, argv);
+    // No screen is needed, wherever the tests run.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
     const quillet::ThemeSource theme;
     QApplication::setStyle(new quillet::QuilletStyle(theme));
     return RUN_ALL_TESTS();
