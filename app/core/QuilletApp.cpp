@@ -61,6 +61,9 @@ public:
             if (file)
                 m_window.content().loadFile(absolute(*file), RestoreSettings::no);
             m_theme.followDesktop();
+            m_graph.onOutputChange([this](AudioOutput::State state) {
+                m_window.content().setHeard(state == AudioOutput::State::device);
+            });
             m_graph.start();
             m_background.run([this] { m_media.preload(); });
         });

@@ -8,10 +8,12 @@
 #include "app/ui/PlayerScreen.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/ToolBar.h"
+#include "app/ui/controls/Label.h"
 
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHBoxLayout>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QMimeDatabase>
@@ -56,6 +58,25 @@ protected:
     void paintEvent(QPaintEvent*) override { QPainter(this).fillRect(rect(), withOpacity(AppTheme::navy, shadeOpacity)); }
 };
 
+/// A sentence on a strip of its own.
+class Notice final : public QWidget {
+public:
+    Notice(const ThemeSource& source, const QString& sentence)
+        : m_source(source)
+    {
+        auto* row = new QHBoxLayout(this);
+        row->setContentsMargins(AppTheme::windowMargin, 8, AppTheme::windowMargin, 8);
+        row->addWidget(new Label(source, Label::Role::text, sentence), 0, Qt::AlignHCenter);
+        hide();
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override { QPainter(this).fillRect(rect(), m_source.theme().fieldPressed); }
+
+private:
+    const ThemeSource& m_source;
+};
+
 /// Where songs are looked for at first.
 QString musicFolder()
 {
@@ -78,6 +99,7 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_services(services),
       m_toolBar(new ToolBar(services.state, services.notifications, services.theme)),
       m_screens(new QStackedLayout),
+      m_silenceNotice(new Notice(services.theme, tr("There is no sound device: playback goes on without sound until there is one."))),
       m_overlay(new DropOverlay(services.theme, this)),
       m_shade(new Shade(this))
 {
@@ -86,6 +108,7 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_toolBar);
+    column->addWidget(m_silenceNotice);
     column->addLayout(m_screens, 1);
     m_screens->addWidget(new EmptyScreen(services.state, services.notifications, services.theme));
     m_screens->addWidget(new LoadingScreen(services.state, services.theme));
@@ -192,6 +215,8 @@ void ContentView::showError(const QString& message)
         symbolPixmap(QStringLiteral("xmark.circle"), alertSymbolSize, m_services.theme.theme().redText, devicePixelRatioF()));
     openSheet(*alert);
 }
+
+void ContentView::setHeard(bool isHeard) { m_silenceNotice->setVisible(!isHeard); }
 
 void ContentView::openSheet(QDialog& sheet)
 {

@@ -52,6 +52,8 @@ public:
     void openFile();
     /// One sentence in an alert over the window.
     void showError(const QString& message);
+    /// Says under the toolbar, for as long as it is so, that nothing can be heard.
+    void setHeard(bool isHeard);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -70,6 +72,7 @@ private:
     ToolBar* m_toolBar;
     QStackedLayout* m_screens;
     PlayerScreen* m_player = nullptr;
+    QWidget* m_silenceNotice;
     DropOverlay* m_overlay;
     /// Dims the window under a sheet.
     QWidget* m_shade;

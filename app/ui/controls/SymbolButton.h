@@ -14,7 +14,7 @@ class SymbolButton : public QPushButton {
 
 public:
     /// `symbol` is one of resources/symbols; `name` says what the button does. `symbolSize` in points.
-    SymbolButton(const ThemeSource& source, const QString& symbol, const QString& name, ButtonKind kind, int symbolSize = 14,
+    SymbolButton(const ThemeSource& source, const QString& symbol, const QString& name, ButtonKind kind, int symbolSize = 15,
                  QWidget* parent = nullptr);
 
     void setSymbol(const QString& symbol);

@@ -4,7 +4,9 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QNativeGestureEvent>
 #include <QPainter>
+#include <QPointingDevice>
 #include <QTest>
 #include <QWheelEvent>
 
@@ -120,6 +122,28 @@ TEST_F(WaveformViewTest, WheelsPanAndZoom)
     for (int i = 0; i < 50; ++i)
         wheel({ 0, 3 }, Qt::ControlModifier);
     EXPECT_EQ(zoom, 50);
+}
+
+TEST_F(WaveformViewTest, APinchKeepsTheMiddleInPlace)
+{
+    const auto pinch = [&](double magnification) {
+        const QPointF place(900, 100);
+        QNativeGestureEvent event(Qt::ZoomNativeGesture, QPointingDevice::primaryPointingDevice(), 2, place, place, place,
+                                  magnification, {});
+        QApplication::sendEvent(&view, &event);
+    };
+    setZoom(4, 1500);
+    const double middle = view.xToTime(500);
+    pinch(0.25);
+    EXPECT_DOUBLE_EQ(zoom, 5);
+    EXPECT_NEAR(view.xToTime(500), middle, 1e-9);
+    setZoom(40, 0);
+    pinch(0.5);
+    EXPECT_EQ(zoom, 50);
+    setZoom(1.5, 200);
+    pinch(-0.9);
+    EXPECT_EQ(zoom, 1);
+    EXPECT_EQ(pan, 0);
 }
 
 TEST_F(WaveformViewTest, HandlesMoveByKeys)
