@@ -2,6 +2,7 @@
 
 #include "AppCore/SharedInstance.h"
 #include "AppCore/StemSettingsStore.h"
+#include "app/cli/Interruption.h"
 #include "app/core/FileLoader.h"
 #include "app/core/KeyHandler.h"
 #include "app/ui/MainWindow.h"
@@ -50,6 +51,11 @@ public:
         applyTheme();
         QObject::connect(&m_theme, &ThemeSource::themeChanged, &m_theme, applyTheme);
         m_keys.start(m_state, m_commands);
+        // The end of the session, or Ctrl-C: an end in order, with everything saved.
+        m_interruptions = m_scheduler.watch(m_interruption.descriptor(), [this] {
+            m_interruption.acknowledge();
+            QApplication::quit();
+        });
     }
 
     void show(const std::optional<FilePath>& file)
@@ -61,9 +67,8 @@ public:
             if (file)
                 m_window.content().loadFile(absolute(*file), RestoreSettings::no);
             m_theme.followDesktop();
-            m_graph.onOutputChange([this](AudioOutput::State state) {
-                m_window.content().setHeard(state == AudioOutput::State::device);
-            });
+            m_graph.onOutputChange(
+                [this](AudioOutput::State state) { m_window.content().setHeard(state == AudioOutput::State::device); });
             m_graph.start();
             m_background.run([this] { m_media.preload(); });
         });
@@ -90,6 +95,8 @@ private:
     [[nodiscard]] static int cores() { return std::max(1, static_cast<int>(std::thread::hardware_concurrency())); }
 
     QtScheduler m_scheduler;
+    Interruption m_interruption;
+    ScheduledTask m_interruptions;
     std::stop_source m_programEnds;
     // The cache has a connection of its own: the main thread never waits for what it does.
     SqliteDefaultsDomain m_defaults{ SqliteDefaultsDomain::standardFile() };

@@ -99,7 +99,8 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_services(services),
       m_toolBar(new ToolBar(services.state, services.notifications, services.theme)),
       m_screens(new QStackedLayout),
-      m_silenceNotice(new Notice(services.theme, tr("There is no sound device: playback goes on without sound until there is one."))),
+      m_silenceNotice(
+          new Notice(services.theme, tr("There is no sound device: playback goes on without sound until there is one."))),
       m_overlay(new DropOverlay(services.theme, this)),
       m_shade(new Shade(this))
 {

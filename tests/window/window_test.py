@@ -5,7 +5,9 @@ read as a screen reader reads it, what it plays is recorded, and every screen is
 Usage: window_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]
 """
 
+import json
 import math
+import sqlite3
 import struct
 import subprocess
 import sys
@@ -170,6 +172,12 @@ class WindowTest(unittest.TestCase):
         time.sleep(0.4)
         DESKTOP.shot(PICTURES / f"{name}.png")
 
+    def stored(self):
+        """The settings that are kept for the song."""
+        with sqlite3.connect(DESKTOP.folder / "config" / "quillet" / "defaults.sqlite") as defaults:
+            value, = defaults.execute("SELECT value FROM defaults WHERE key = ?", (b"settings." + bytes(self.song),)).fetchone()
+        return json.loads(value)
+
     def expect(self, what, condition):
         wait_for(what, condition, 5)
 
@@ -267,7 +275,18 @@ class WindowTest(unittest.TestCase):
         DESKTOP.set_appearance("dark")
         self.shot("player-dark")
         DESKTOP.set_appearance("light")
-        self.assertEqual(window.close(), 0)
+
+        # What was changed a moment before the end is kept, however the end comes.
+        DESKTOP.key("ctrl+Left", "ctrl+q", delay=10)
+        self.assertEqual(window.process.wait(10), 0)
+        self.assertEqual(self.stored()["speed"], 45)
+        window = self.open(self.song)
+        window.wait_until_loaded()
+        DESKTOP.key("ctrl+Right", delay=10)
+        self.expect("105 %", lambda: window.text("Speed in percent") == "105%")
+        window.process.terminate()
+        window.process.wait(10)
+        self.assertEqual(self.stored()["speed"], 105)
 
     def test_what_cannot_be_opened_is_said(self):
         window = self.open(DESKTOP.folder / "gone.wav")
