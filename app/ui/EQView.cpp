@@ -2,6 +2,7 @@
 
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/Switch.h"
+#include "app/ui/controls/ValueRow.h"
 #include "app/ui/controls/VerticalSlider.h"
 
 #include <QHBoxLayout>
@@ -13,7 +14,6 @@
 namespace quillet {
 namespace {
 
-constexpr int captionWidth = 58;
 constexpr std::array<const char*, EqualizerNode::bandCount> frequencies{ "60Hz", "250Hz", "1kHz", "4kHz", "12kHz" };
 
 }  // namespace
@@ -28,7 +28,7 @@ EQView::EQView(AppState& state, AudioEngine& engine, const ThemeSource& source, 
 {
     m_reset->setAccessibleName(tr("Reset EQ"));
     auto* caption = new Label(source, Label::Role::title, tr("EQ"));
-    caption->setFixedWidth(captionWidth);
+    caption->setFixedWidth(ValueRow::titleWidth);
     auto* header = new QHBoxLayout;
     header->setSpacing(8);
     header->addWidget(caption);

@@ -3,15 +3,11 @@
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/Switch.h"
 #include "app/ui/controls/TimePickerField.h"
+#include "app/ui/controls/ValueRow.h"
 
 #include <QHBoxLayout>
 
 namespace quillet {
-namespace {
-
-constexpr int captionWidth = 58;
-
-}  // namespace
 
 LoopControl::LoopControl(AppState& state, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
@@ -33,7 +29,7 @@ LoopControl::LoopControl(AppState& state, const ThemeSource& source, QWidget* pa
     m_delay->setSizePolicy(policy);
 
     auto* caption = new Label(source, Label::Role::title, tr("Loop"));
-    caption->setFixedWidth(captionWidth);
+    caption->setFixedWidth(ValueRow::titleWidth);
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(8);

@@ -7,11 +7,9 @@
 
 #include <QWidget>
 
-class QPushButton;
-
 namespace quillet {
 
-class ValueField;
+class ValueRow;
 
 class PitchControl final : public QWidget {
     Q_OBJECT
@@ -26,8 +24,7 @@ private:
 
     AppState& m_state;
     PlaybackCommands& m_commands;
-    ValueField* m_field;
-    QPushButton* m_reset;
+    ValueRow* m_row;
     /// The pitch that was shown when typing began.
     double m_anchor = 0;
 };

@@ -4,8 +4,8 @@
 #include "AppCore/TypedNumber.h"
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/controls/Label.h"
-#include "app/ui/controls/SymbolButton.h"
 #include "app/ui/controls/ValueField.h"
+#include "app/ui/controls/ValueRow.h"
 
 #include <QButtonGroup>
 #include <QHBoxLayout>
@@ -21,7 +21,6 @@ namespace {
 constexpr int fieldWidth = 64;
 constexpr int customFieldWidth = 64;
 constexpr int segmentWidth = 46;
-constexpr int captionWidth = 58;
 constexpr double largestStep = 100;
 
 struct StepPreset {
@@ -41,37 +40,22 @@ SpeedControl::SpeedControl(AppState& state, PlaybackCommands& commands, const Th
     : QWidget(parent),
       m_state(state),
       m_commands(commands),
-      m_field(new ValueField(tr("Speed in percent"), fieldWidth)),
-      m_reset(new QPushButton(tr("Reset"))),
+      m_row(new ValueRow(
+          source,
+          { tr("Speed"), tr("Speed in percent"), fieldWidth, tr("Decrease speed"), tr("Increase speed"), tr("Reset speed") })),
       m_steps(new QButtonGroup(this)),
       m_customStep(new ValueField(tr("Custom speed step in percent"), customFieldWidth))
 {
-    auto* title = new Label(source, Label::Role::title, tr("Speed"));
-    title->setFixedWidth(captionWidth);
-    auto* minus = new SymbolButton(source, QStringLiteral("minus"), tr("Decrease speed"), ButtonKind::plain);
-    auto* plus = new SymbolButton(source, QStringLiteral("plus"), tr("Increase speed"), ButtonKind::plain);
-    minus->setAutoRepeat(true);
-    plus->setAutoRepeat(true);
-    m_reset->setAccessibleName(tr("Reset speed"));
-
-    auto* row = new QHBoxLayout;
-    row->setSpacing(8);
-    for (QWidget* widget : std::initializer_list<QWidget*>{ title, minus, m_field, plus })
-        row->addWidget(widget);
-    row->addStretch();
-    row->addWidget(m_reset);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(12);
-    column->addLayout(row);
+    column->addWidget(m_row);
     buildSteps(source);
 
-    connect(minus, &QAbstractButton::clicked, this, [this] { m_commands.decreaseSpeed(); });
-    connect(plus, &QAbstractButton::clicked, this, [this] { m_commands.increaseSpeed(); });
-    connect(m_reset, &QAbstractButton::clicked, this, [this] { m_commands.setSpeed(100); });
-    m_field->onEditingBegun([this] { m_anchor = m_state.speed(); });
-    m_field->onCommit([this](const QString& text) { commitSpeedInput(text); });
-    m_field->onStep([this](int direction) { m_commands.changeSpeed(direction * m_state.speedStep()); });
+    m_row->onStep([this](int direction) { m_commands.changeSpeed(direction * m_state.speedStep()); });
+    m_row->onReset([this] { m_commands.setSpeed(100); });
+    m_row->field().onEditingBegun([this] { m_anchor = m_state.speed(); });
+    m_row->field().onCommit([this](const QString& text) { commitSpeedInput(text); });
     connect(&state, &AppState::speedChanged, this, &SpeedControl::showSpeed);
     connect(&state, &AppState::speedStepChanged, this, &SpeedControl::showStep);
     connect(&state, &AppState::audioFileURLChanged, this, [this] {
@@ -87,7 +71,7 @@ void SpeedControl::buildSteps(const ThemeSource& source)
     auto* row = new QHBoxLayout;
     row->setSpacing(6);
     auto* caption = new Label(source, Label::Role::secondary, tr("Step:"));
-    caption->setFixedWidth(captionWidth);
+    caption->setFixedWidth(ValueRow::titleWidth);
     row->addWidget(caption);
     row->addSpacing(2);
     const auto add = [&](const QString& label, int id) {
@@ -124,8 +108,8 @@ void SpeedControl::buildSteps(const ThemeSource& source)
 /// Cut to the whole percent, as it is shown everywhere.
 void SpeedControl::showSpeed()
 {
-    m_field->showValue(QString::number(static_cast<int>(m_state.speed())) + QLatin1Char('%'));
-    m_reset->setEnabled(m_state.speed() != 100);
+    m_row->field().showValue(QString::number(static_cast<int>(m_state.speed())) + QLatin1Char('%'));
+    m_row->setCanReset(m_state.speed() != 100);
 }
 
 void SpeedControl::showStep()

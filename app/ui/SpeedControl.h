@@ -10,11 +10,11 @@
 #include <array>
 
 class QButtonGroup;
-class QPushButton;
 
 namespace quillet {
 
 class ValueField;
+class ValueRow;
 
 class SpeedControl final : public QWidget {
     Q_OBJECT
@@ -32,8 +32,7 @@ private:
 
     AppState& m_state;
     PlaybackCommands& m_commands;
-    ValueField* m_field;
-    QPushButton* m_reset;
+    ValueRow* m_row;
     QButtonGroup* m_steps;
     ValueField* m_customStep;
     /// The speed that was shown when typing began.
