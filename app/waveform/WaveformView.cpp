@@ -21,9 +21,6 @@ namespace {
 
 constexpr double labelSpacing = 90;
 constexpr int frameMilliseconds = 16;
-/// Farther than this from where it should be the play head jumps; nearer it glides.
-constexpr double jumpSeconds = 0.12;
-constexpr double glidePerFrame = 0.1;
 /// Points that one notch of a wheel (120 eighths of a degree) stands for.
 constexpr double pointsPerNotch = 40;
 constexpr double notch = 120;
@@ -126,26 +123,24 @@ void WaveformView::setPlaying(bool isPlaying)
 {
     if (std::exchange(m_isPlaying, isPlaying) == isPlaying)
         return;
-    m_shownPosition = m_reportedPosition;
+    m_playhead.rest();
     followPlayback();
     update();
 }
 
-void WaveformView::setPlaybackRate(double rate) { m_rate = rate; }
+void WaveformView::setPlaybackRate(double rate) { m_playhead.setRate(rate); }
 
-void WaveformView::setPlaybackPosition(double seconds)
+void WaveformView::setPlaybackPosition(double seconds) { m_playhead.report(seconds, secondsSinceFrame()); }
+
+double WaveformView::secondsSinceFrame() const
 {
-    m_reportedPosition = seconds;
-    m_sinceReport.start();
-    if (!m_frames.isActive() && m_isPlaying)
-        advancePlayhead();
+    return m_sinceFrame.isValid() ? static_cast<double>(m_sinceFrame.nsecsElapsed()) * 1e-9 : 0;
 }
 
 /// Frames are drawn only while something moves and can be seen.
 void WaveformView::followPlayback()
 {
     if (m_isPlaying && isVisible()) {
-        m_sinceReport.start();
         m_sinceFrame.start();
         m_frames.start(frameMilliseconds, Qt::PreciseTimer, this);
     } else {
@@ -175,19 +170,10 @@ void WaveformView::timerEvent(QTimerEvent* event)
 
 void WaveformView::advancePlayhead()
 {
-    const auto secondsOf = [](QElapsedTimer& timer) {
-        return timer.isValid() ? static_cast<double>(timer.nsecsElapsed()) * 1e-9 : 0;
-    };
-    // Reports come 20 times a second; where none comes any more (a pause between two passes) the head waits.
-    const double since = std::min(secondsOf(m_sinceReport), jumpSeconds);
-    const double target = std::min(m_reportedPosition + since * m_rate, std::max(m_region.end, m_reportedPosition));
-    const double before = m_shownPosition;
-    m_shownPosition += secondsOf(m_sinceFrame) * m_rate;
+    const QRect old = playheadStrip(m_playhead.shown());
+    m_playhead.advance(secondsSinceFrame(), m_region.end);
     m_sinceFrame.start();
-    const double error = target - m_shownPosition;
-    m_shownPosition = std::abs(error) > jumpSeconds * std::max(m_rate, 0.25) ? target : m_shownPosition + glidePerFrame * error;
-    const QRect old = playheadStrip(before);
-    const QRect now = playheadStrip(m_shownPosition);
+    const QRect now = playheadStrip(m_playhead.shown());
     if (old != now)
         update(QRegion(old) | now);
 }
@@ -231,7 +217,7 @@ void WaveformView::paintEvent(QPaintEvent* event)
     drawHandle(painter, m_region.start, m_colors.regionStart);
     drawHandle(painter, m_region.end, m_colors.regionEnd);
     if (m_isPlaying) {
-        const QRectF line(sideInset + timeToX(m_shownPosition) - playheadLineWidth / 2, rulerHeight, playheadLineWidth,
+        const QRectF line(sideInset + timeToX(m_playhead.shown()) - playheadLineWidth / 2, rulerHeight, playheadLineWidth,
                           height() - rulerHeight);
         painter.fillRect(line, m_colors.playhead);
     }

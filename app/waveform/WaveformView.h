@@ -5,6 +5,7 @@
 #pragma once
 
 #include "AppCore/WaveformCoordinates.h"
+#include "app/waveform/PlayheadMotion.h"
 #include "app/waveform/RegionHandle.h"
 #include "app/waveform/WaveformPainter.h"
 
@@ -114,6 +115,7 @@ private:
 
     void followPlayback();
     void advancePlayhead();
+    [[nodiscard]] double secondsSinceFrame() const;
 
     WaveformViewColors m_colors;
     std::vector<float> m_samples;
@@ -123,12 +125,7 @@ private:
     double m_panOffset = 0;
 
     bool m_isPlaying = false;
-    double m_rate = 1;
-    /// The last report, and the time since then.
-    double m_reportedPosition = 0;
-    QElapsedTimer m_sinceReport;
-    /// Where the play head is drawn.
-    double m_shownPosition = 0;
+    PlayheadMotion m_playhead;
     QElapsedTimer m_sinceFrame;
     QBasicTimer m_frames;
 

@@ -177,6 +177,35 @@ TEST_F(WaveformViewTest, PlayHeadIsDrawnOnlyWhilePlaying)
     EXPECT_EQ(columnsOf(Qt::black), 2);
 }
 
+TEST(PlayheadMotionTest, GlidesBetweenReportsAndFollowsJumps)
+{
+    constexpr double frame = 1.0 / 60;
+    PlayheadMotion motion;
+    motion.setRate(0.5);
+    motion.report(10, 0);
+    motion.rest();
+    double before = 10;
+    for (int i = 1; i <= 120; ++i) {
+        // Three reports in 0.15 s, each a few milliseconds early or late.
+        if (i % 3 == 0)
+            motion.report(10 + 0.5 * i * frame + (i % 2 == 0 ? 0.004 : -0.004), frame);
+        motion.advance(frame, 100);
+        ASSERT_GT(motion.shown(), before) << "never back";
+        ASSERT_NEAR(motion.shown(), 10 + 0.5 * i * frame, 0.003);
+        before = motion.shown();
+    }
+    motion.report(5, 0);
+    motion.advance(frame, 100);
+    EXPECT_NEAR(motion.shown(), 5, 0.01);
+    for (int i = 0; i < 60; ++i)
+        motion.advance(frame, 100);
+    EXPECT_NEAR(motion.shown(), 5.06, 0.01) << "without reports it waits";
+    motion.report(5.1, 0);
+    for (int i = 0; i < 6; ++i)
+        motion.advance(frame, 5.11);
+    EXPECT_LT(motion.shown(), 5.12) << "the region ends there";
+}
+
 TEST(WaveformPainterTest, LouderIsHigherAndTheRegionHasItsColour)
 {
     std::vector<float> samples(1000, 0.2F);
