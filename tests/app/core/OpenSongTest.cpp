@@ -1,15 +1,8 @@
 // Real files through the whole of what opens them: threads, decoder, stores in a database, audio graph.
 
-#include "app/core/FileLoader.h"
-#include "platform/audio/OfflineOutput.h"
-#include "platform/audio/PlaybackGraph.h"
-#include "platform/defaults/SqliteDefaultsDomain.h"
-#include "platform/files/SystemFileAttributes.h"
-#include "platform/media/FfmpegAmplitudeReader.h"
-#include "platform/media/FfmpegAudioFile.h"
-#include "platform/schedule/ThreadRunner.h"
 #include "platform/schedule/VirtualScheduler.h"
 #include "tests/support/AudioFixtures.h"
+#include "tests/support/SongServices.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -34,32 +27,14 @@ using testing::Not;
 constexpr const char* cachedMessage = "Loading cached waveform...";
 constexpr const char* generatingMessage = "Generating waveform...";
 
-/// One run of the program up to its state, over the files in `folder`.
-struct Program {
-    VirtualScheduler scheduler;
-    ThreadRunner background;
-    SqliteDefaultsDomain defaults;
-    SettingsStore settings{ defaults };
-    SystemFileAttributes attributes;
-    WaveformCache cache{ defaults, attributes };
-    StemSessionStore stemSessions{ defaults };
-    RecentFilesStore recentFiles{ defaults };
-    FfmpegAudioFileOpener opener;
-    FfmpegAmplitudeReaderOpener readers;
-    OfflineOutput output;
-    PlaybackGraph graph{ output, scheduler };
-    AudioEngine engine{ graph, scheduler };
-    std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);
-    FileLoader loader{
-        { *state, engine, scheduler, background, opener, { readers, 2, {} }, cache, settings, stemSessions, recentFiles }
-    };
+/// One run of the program up to its state, over the files in a folder.
+struct Program : SongServices<VirtualScheduler> {
     std::vector<std::string> messages;
     std::string error;
 
     explicit Program(const TemporaryFolder& folder)
-        : defaults(folder / "defaults.sqlite")
+        : SongServices(folder)
     {
-        engine.setAppState(state);
         graph.start();
         QObject::connect(state.get(), &AppState::loadingStateChanged,
                          [this] { messages.push_back(state->loadingState().message); });
