@@ -137,7 +137,8 @@ std::set<std::string> WaveformCache::evictedKeys(const std::vector<Record>& reco
     std::int64_t total = 0;
     for (const Record* record : rest)
         REQUIRE(!__builtin_add_overflow(total, record->blobSize, &total));
-    std::ranges::stable_sort(rest, {}, [](const Record* record) { return record->entry.lastAccessed; });
+    // By age; of equals the one that comes first in `records`.
+    std::ranges::sort(rest, {}, [](const Record* record) { return std::pair(record->entry.lastAccessed, record); });
     for (auto oldest = rest.begin(); total > *limits.maxTotalBytes && oldest != rest.end(); ++oldest) {
         evicted.insert((*oldest)->key);
         total -= (*oldest)->blobSize;
