@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace quillet {
@@ -84,7 +85,11 @@ void WaveformCache::store(const std::string& key, const WaveformCacheEntry& entr
 
 void WaveformCache::clearAll() { m_defaults.removeAll(m_defaults.keysWithPrefix(cacheKeyPrefix)); }
 
-std::int64_t WaveformCache::entryCount() const { return m_defaults.sizeOfPrefix(cacheKeyPrefix).keys; }
+std::int64_t WaveformCache::entryCount() const
+{
+    // The keys alone take a fraction of the time that the sizes take.
+    return std::ssize(m_defaults.keysWithPrefix(cacheKeyPrefix));
+}
 
 std::int64_t WaveformCache::totalBytes() const { return m_defaults.sizeOfPrefix(cacheKeyPrefix).dataBytes; }
 

@@ -50,12 +50,12 @@ bool skipName(std::string_view& rest, char before, std::string_view name)
     return skip(rest, { &before, 1 }) && skip(rest, "\"") && skip(rest, name) && skip(rest, "\":");
 }
 
-/// Takes a number off the front of `rest`.
+/// Takes a number off the front of `rest`; "nan" and "inf" are none in JSON.
 template <typename Number> std::optional<Number> takeNumber(std::string_view& rest)
 {
     Number number{};
     const auto [end, failure] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
-    if (failure != std::errc())
+    if (failure != std::errc() || !std::isfinite(static_cast<double>(number)))
         return std::nullopt;
     rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
     return number;

@@ -184,15 +184,18 @@ TEST_F(WaveformCacheTest, StoringEvictsWhatCanBeReadAndLeavesTheRest)
     // A record of another writer is as good as ours; what is none survives, and counts in the statistics only.
     defaults.setData("waveformCache./c", R"({"lastAccessed":1,"samplesData":"","modDate":1,"fileSize":1})");
     defaults.setData("waveformCache./broken", R"({"samplesData":"####","fileSize":1,"lastAccessed":0,"modDate":1})");
+    defaults.setData("waveformCache./nan", R"({"fileSize":1,"lastAccessed":nan,"modDate":1,"samplesData":""})");
+    defaults.setData("waveformCache./inf", R"({"fileSize":1,"lastAccessed":-inf,"modDate":1,"samplesData":""})");
+    defaults.setData("waveformCache./cut", R"({"fileSize":1,"lastAccessed":0,"modDate":1,"samplesData":"AAA)");
     defaults.setString("waveformCache./text", "no data");
-    EXPECT_EQ(cache.entryCount(), 5);
+    EXPECT_EQ(cache.entryCount(), 8);
 
     cache.setMaxTotalBytes(2 * size + size / 2);
     now = 1002;
     cache.set(peaks, "/d");
-    EXPECT_THAT(
-        defaults.keysWithPrefix(WaveformCache::cacheKeyPrefix),
-        UnorderedElementsAre("waveformCache./a.wav", "waveformCache./broken", "waveformCache./d", "waveformCache./text"));
+    EXPECT_THAT(defaults.keysWithPrefix(WaveformCache::cacheKeyPrefix),
+                UnorderedElementsAre("waveformCache./a.wav", "waveformCache./broken", "waveformCache./d", "waveformCache./text",
+                                     "waveformCache./nan", "waveformCache./inf", "waveformCache./cut"));
 
     cache.setMaxTotalBytes(10);
     cache.set(peaks, "/d");

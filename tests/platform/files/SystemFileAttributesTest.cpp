@@ -1,0 +1,48 @@
+#include "platform/files/SystemFileAttributes.h"
+
+#include "tests/support/TemporaryFolder.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+namespace quillet {
+namespace {
+
+void setModificationTime(const FilePath& path, timespec time)
+{
+    const timespec times[] = { time, time };
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+}
+
+TEST(SystemFileAttributes, AreThoseOfWhatThePathLeadsTo)
+{
+    const TemporaryFolder folder;
+    const SystemFileAttributes files;
+    std::ofstream(folder / "song").put('x');
+    std::filesystem::resize_file(folder / "song", 5'000'000'000);
+    setModificationTime(folder / "song", { 978'307'200 + 3600, 250'000'000 });
+    std::filesystem::create_symlink("song", folder / "link");
+    for (const char* name : { "song", "link" }) {
+        const auto attributes = files.attributes(folder / name);
+        ASSERT_TRUE(attributes) << name;
+        EXPECT_EQ(attributes->sizeBytes, 5'000'000'000) << name;
+        EXPECT_DOUBLE_EQ(attributes->modificationDate, 3600.25) << name;
+    }
+    setModificationTime(folder / "song", { 978'307'200 - 2, 500'000'000 });
+    EXPECT_DOUBLE_EQ(files.attributes(folder / "song")->modificationDate, -1.5);
+
+    // Nobody writes to the pipe: opening it would wait for ever.
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_TRUE(files.attributes(folder / "pipe"));
+    EXPECT_TRUE(files.attributes(folder.path()));
+
+    std::filesystem::create_symlink("nowhere", folder / "broken");
+    for (const char* name : { "missing", "broken", "song/x" })
+        EXPECT_FALSE(files.attributes(folder / name)) << name;
+}
+
+}  // namespace
+}  // namespace quillet
