@@ -10,6 +10,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDialog>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -124,6 +125,67 @@ TEST_F(KeysTest, HoldKeysActOutsideTexts)
     EXPECT_DOUBLE_EQ(state.holdPosition(), 2);
 }
 
+TEST_F(KeysTest, WhatIsTakenActsOnceTheHandlerHasReturnedAndAgainForEachRepeat)
+{
+    for (const bool isRepeat : { false, true }) {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Up, Qt::ControlModifier, QString(), isRepeat);
+        QApplication::sendEvent(responder, &press);
+        EXPECT_EQ(state.pitch(), isRepeat ? 1 : 0);
+        rig.scheduler.advance(0);
+        EXPECT_EQ(state.pitch(), isRepeat ? 2 : 1);
+        EXPECT_EQ(rig.engine.timePitch().pitch(), state.pitch());
+    }
+}
+
+TEST_F(KeysTest, ArrowsMoveTheCursorUnlessSomethingIsHeld)
+{
+    // A field that is not edited: the keys are not taken for its sake.
+    field->setText(QStringLiteral("abc"));
+    field->setReadOnly(true);
+    field->setFocus();
+    field->setCursorPosition(3);
+    press(Qt::Key_Left);
+    EXPECT_EQ(field->cursorPosition(), 2);
+    press(Qt::Key_H);
+    EXPECT_TRUE(state.holdEnabled());
+    press(Qt::Key_Right);
+    EXPECT_DOUBLE_EQ(state.holdPosition(), 0.08);
+    EXPECT_EQ(field->cursorPosition(), 2);
+}
+
+TEST_F(KeysTest, NothingIsTakenForADialogNorAfterTheEnd)
+{
+    {
+        QDialog dialog(&window);
+        auto* entry = new QLineEdit(&dialog);
+        dialog.open();
+        for (const auto& [key, modifiers] :
+             { std::pair(Qt::Key_Up, Qt::ControlModifier), std::pair(Qt::Key_H, Qt::NoModifier) }) {
+            QTest::keyClick(entry, key, modifiers);
+            rig.scheduler.advance(0);
+        }
+        EXPECT_EQ(entry->text(), QStringLiteral("h"));
+    }
+    window.activateWindow();
+    responder->setFocus();
+    keys.stop();
+    press(Qt::Key_Up, Qt::ControlModifier);
+    press(Qt::Key_H);
+    EXPECT_EQ(state.pitch(), 0);
+    EXPECT_FALSE(state.holdEnabled());
+}
+
+TEST_F(KeysTest, StopAndResetSilencesAndGoesToTheRegionsStart)
+{
+    state.setRegionStart(2);
+    state.togglePlayPause();
+    state.setPlaybackPosition(3);
+    ASSERT_TRUE(rig.sounding());
+    press(Qt::Key_R, Qt::ControlModifier);
+    EXPECT_FALSE(state.isPlaying() || rig.sounding());
+    EXPECT_EQ(state.playbackPosition(), 2);
+}
+
 TEST_F(KeysTest, ThePlaceOnTheKeyboardCountsNotTheLetter)
 {
     // On a Dvorak keyboard the key at H's place writes D.
@@ -140,6 +202,9 @@ TEST_F(KeysTest, ThePlaceOnTheKeyboardCountsNotTheLetter)
 TEST_F(KeysTest, SpacePlaysAndPausesUnlessATextIsEdited)
 {
     press(Qt::Key_Space);
+    EXPECT_TRUE(state.isPlaying());
+    QKeyEvent repeat(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QStringLiteral(" "), true);
+    QApplication::sendEvent(responder, &repeat);
     EXPECT_TRUE(state.isPlaying());
     press(Qt::Key_Space, Qt::ControlModifier);
     EXPECT_TRUE(state.isPlaying());
