@@ -1,4 +1,4 @@
-// The commands of the menus: what each posts, what it is called, its shortcut and its menu; and the names of all notifications.
+// The commands of the menus: what each posts, what it is called, its shortcut and its menu; and the names of the notifications.
 // Menus, toolbar and window read this table; none has a copy of a name.
 // Threads: constants.
 #pragma once
