@@ -1,0 +1,69 @@
+// Fetches the audio behind a web address into a local file. It transfers nothing itself: it runs yt-dlp, which lies beside the
+// executable with uv and ffmpeg. It keeps nothing of a download: no queue, no history; several may run at once. A download that
+// has begun runs to its end, whoever still waits for it, or to the end of the program. Threads: main thread; handlers run
+// there.
+#pragma once
+
+#include "app/download/DownloadError.h"
+#include "app/download/WebAddress.h"
+#include "platform/base/FilePath.h"
+#include "platform/process/ProcessRunner.h"
+
+#include <cstdint>
+#include <expected>
+#include <functional>
+
+namespace quillet {
+
+/// How far a download is, as often as the downloader tells.
+struct DownloadProgress {
+    enum class Step {
+        receiving,
+        /// All of it is there and is being made into the audio file.
+        converting,
+    };
+
+    Step step = Step::receiving;
+    /// While receiving; `expectedBytes` is 0 where nobody knows.
+    std::int64_t receivedBytes = 0;
+    std::int64_t expectedBytes = 0;
+
+    bool operator==(const DownloadProgress&) const = default;
+};
+
+class URLDownloader {
+public:
+    using Outcome = std::expected<FilePath, DownloadError>;
+    struct Handlers {
+        std::function<void(const DownloadProgress& progress)> progress;
+        /// Called once; inside `download` if a tool is missing.
+        std::function<void(Outcome outcome)> ended;
+    };
+
+    /// `executableDirectory` is empty where nobody knows it. `processes` outlives the downloader and ends before what handlers
+    /// use.
+    URLDownloader(ProcessRunner& processes, FilePath executableDirectory);
+
+    /// The composition root's downloader.
+    static URLDownloader& shared();
+
+    /// Fetches into `directory`, an absolute path whose name is UTF-8; it is created if it is missing.
+    void download(const WebAddress& address, const FilePath& directory, Handlers handlers);
+
+    /// Where the tools lie: the executable's directory, or `uvNotFound` where that is unknown.
+    [[nodiscard]] std::expected<FilePath, DownloadError> bundleHelperDirectory() const;
+
+private:
+    struct Tools {
+        FilePath uv;
+        FilePath ytDlp;
+        FilePath ffmpeg;
+    };
+
+    [[nodiscard]] std::expected<Tools, DownloadError> findTools() const;
+
+    ProcessRunner& m_processes;
+    FilePath m_executableDirectory;
+};
+
+}  // namespace quillet
