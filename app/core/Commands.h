@@ -11,6 +11,7 @@
 namespace quillet {
 
 inline constexpr std::string_view openFileName = "QLT.openFile";
+inline constexpr std::string_view openFromURLName = "QLT.openFromURL";
 /// With the file as its object.
 inline constexpr std::string_view openRecentName = "QLT.openRecent";
 inline constexpr std::string_view clearRecentsName = "QLT.clearRecents";
@@ -39,6 +40,7 @@ constexpr int withCommandKey(Qt::Key key) { return static_cast<int>(Qt::ControlM
 /// In the order of the menus. The hold commands name their keys, which are plain keys and no shortcuts.
 inline constexpr std::array menuCommands{
     Command{ openFileName, "Open File...", withCommandKey(Qt::Key_O), "File" },
+    Command{ openFromURLName, "Open from URL...", withCommandKey(Qt::Key_O) | static_cast<int>(Qt::ShiftModifier), "File" },
     Command{ stopResetName, "Stop and Reset", withCommandKey(Qt::Key_R), "Playback" },
     Command{ toggleLoopName, "Toggle Loop", withCommandKey(Qt::Key_L), "Playback" },
     Command{ toggleHoldName, "Toggle Hold [H]", 0, "Playback" },

@@ -5,6 +5,8 @@
 #include "app/cli/Interruption.h"
 #include "app/core/FileLoader.h"
 #include "app/core/KeyHandler.h"
+#include "app/download/DownloadSettingsStore.h"
+#include "app/download/URLDownloader.h"
 #include "app/ui/MainWindow.h"
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
@@ -14,8 +16,10 @@
 #include "platform/audio/NullOutputDevice.h"
 #include "platform/audio/PlaybackGraph.h"
 #include "platform/defaults/SqliteDefaultsDomain.h"
+#include "platform/files/ProgramDirectories.h"
 #include "platform/files/SystemFileAttributes.h"
 #include "platform/media/MediaModule.h"
+#include "platform/process/QtProcessRunner.h"
 #include "platform/schedule/QtScheduler.h"
 #include "platform/schedule/ThreadRunner.h"
 
@@ -78,6 +82,7 @@ public:
     [[nodiscard]] bool finish()
     {
         m_keys.stop();
+        m_processes.endAll();
         m_engine.stop();
         m_state->saveSettingsNow();
         m_programEnds.request_stop();
@@ -128,13 +133,20 @@ private:
                            m_settings,
                            m_stemSessions,
                            m_recentFiles } };
+    QtProcessRunner m_processes;
+    URLDownloader m_downloader{ m_processes, executableDirectory() };
+    DownloadSettingsStore m_downloadSettings{ m_defaults };
+    const SharedInstance<URLDownloader> m_sharedDownloader{ m_downloader };
+    const SharedInstance<DownloadSettingsStore> m_sharedDownloadSettings{ m_downloadSettings };
     PlaybackCommands m_commands{ *m_state, m_engine };
     Notifications m_notifications;
     KeyHandler m_keys{ m_scheduler };
     ThemeSource m_theme;
     /// The application's.
     QuilletStyle* m_style = new QuilletStyle(m_theme);
-    MainWindow m_window{ { *m_state, m_engine, m_loader, m_commands, m_notifications, m_recentFiles, m_theme }, m_defaults };
+    MainWindow m_window{ { *m_state, m_engine, m_loader, m_commands, m_notifications, m_recentFiles, m_downloader,
+                           m_downloadSettings, m_theme },
+                         m_defaults };
 };
 
 }  // namespace

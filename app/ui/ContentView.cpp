@@ -1,19 +1,19 @@
 #include "app/ui/ContentView.h"
 
 #include "app/core/Commands.h"
+#include "app/ui/DownloadNotice.h"
 #include "app/ui/EmptyScreen.h"
 #include "app/ui/FileNames.h"
 #include "app/ui/HelpSheet.h"
 #include "app/ui/LoadingScreen.h"
+#include "app/ui/OpenFromURLSheet.h"
 #include "app/ui/PlayerScreen.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/ToolBar.h"
-#include "app/ui/controls/Label.h"
 
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QHBoxLayout>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QMimeDatabase>
@@ -58,25 +58,6 @@ protected:
     void paintEvent(QPaintEvent*) override { QPainter(this).fillRect(rect(), withOpacity(AppTheme::navy, shadeOpacity)); }
 };
 
-/// A sentence on a strip of its own.
-class Notice final : public QWidget {
-public:
-    Notice(const ThemeSource& source, const QString& sentence)
-        : m_source(source)
-    {
-        auto* row = new QHBoxLayout(this);
-        row->setContentsMargins(AppTheme::windowMargin, 8, AppTheme::windowMargin, 8);
-        row->addWidget(new Label(source, Label::Role::text, sentence), 0, Qt::AlignHCenter);
-        hide();
-    }
-
-protected:
-    void paintEvent(QPaintEvent*) override { QPainter(this).fillRect(rect(), m_source.theme().fieldPressed); }
-
-private:
-    const ThemeSource& m_source;
-};
-
 /// Where songs are looked for at first.
 QString musicFolder()
 {
@@ -99,6 +80,7 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_services(services),
       m_toolBar(new ToolBar(services.state, services.notifications, services.theme)),
       m_screens(new QStackedLayout),
+      m_notices(new QVBoxLayout),
       m_silenceNotice(
           new Notice(services.theme, tr("There is no sound device: playback goes on without sound until there is one."))),
       m_overlay(new DropOverlay(services.theme, this)),
@@ -109,7 +91,10 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_toolBar);
-    column->addWidget(m_silenceNotice);
+    column->addLayout(m_notices);
+    m_notices->setSpacing(0);
+    m_notices->addWidget(m_silenceNotice);
+    m_silenceNotice->hide();
     column->addLayout(m_screens, 1);
     m_screens->addWidget(new EmptyScreen(services.state, services.notifications, services.theme));
     m_screens->addWidget(new LoadingScreen(services.state, services.theme));
@@ -136,6 +121,7 @@ void ContentView::subscribe()
         };
     };
     on(openFileName, [this](const auto&) { openFile(); });
+    on(openFromURLName, [this](const auto&) { openFromURL(); });
     on(openRecentName, [this](const std::optional<FilePath>& url) {
         if (url)
             loadFile(*url, RestoreSettings::yes);
@@ -203,6 +189,36 @@ void ContentView::openFile()
     });
     m_openPanel = panel;
     openSheet(*panel);
+}
+
+void ContentView::openFromURL()
+{
+    if (m_openFromURL) {
+        m_openFromURL->raise();
+        m_openFromURL->activateWindow();
+        return;
+    }
+    m_openFromURL = new OpenFromURLSheet({ m_services.downloader, m_services.downloadSettings, m_services.theme },
+                                         { [this](const FilePath& file) {
+                                              closeOpenFromURL();
+                                              loadFile(file, RestoreSettings::no);
+                                          },
+                                           [this] { closeOpenFromURL(); } },
+                                         this);
+    connect(m_openFromURL, &OpenFromURLSheet::isDownloadingChanged, m_shade,
+            [this] { m_shade->setVisible(m_openFromURL && !m_openFromURL->isDownloading()); });
+    openSheet(*m_openFromURL);
+}
+
+void ContentView::closeOpenFromURL()
+{
+    if (auto download = m_openFromURL->releaseDownload()) {
+        auto open = [this](const FilePath& file) { loadFile(file, RestoreSettings::no); };
+        m_notices->addWidget(new DownloadNotice(m_services.theme, std::move(download), std::move(open)));
+    }
+    m_openFromURL->hide();
+    m_openFromURL->deleteLater();
+    m_openFromURL = nullptr;
 }
 
 void ContentView::showError(const QString& message)

@@ -1,5 +1,5 @@
 // The content of the main window: the toolbar, and one of three screens by what is being loaded. It carries out the commands
-// that arrive as notifications, takes drops, and shows the open panel, the help and errors. How a file is opened is
+// that arrive as notifications, takes drops, and shows the open panel, the sheets, errors and notices. How a file is opened is
 // FileLoader's business, what playing means AppState's. Threads: main thread.
 #pragma once
 
@@ -7,6 +7,8 @@
 #include "app/core/FileLoader.h"
 #include "app/core/Notifications.h"
 #include "app/core/PlaybackCommands.h"
+#include "app/download/DownloadSettingsStore.h"
+#include "app/download/URLDownloader.h"
 #include "app/playback/AudioEngine.h"
 #include "app/ui/DropOverlay.h"
 #include "app/ui/ThemeSource.h"
@@ -21,10 +23,13 @@
 class QDialog;
 class QMimeData;
 class QStackedLayout;
+class QVBoxLayout;
 
 namespace quillet {
 
 class HelpSheet;
+class Notice;
+class OpenFromURLSheet;
 class PlayerScreen;
 class ToolBar;
 
@@ -40,6 +45,8 @@ public:
         PlaybackCommands& commands;
         Notifications& notifications;
         RecentFilesStore& recentFiles;
+        URLDownloader& downloader;
+        DownloadSettingsStore& downloadSettings;
         const ThemeSource& theme;
     };
 
@@ -50,6 +57,8 @@ public:
     void loadFile(const FilePath& url, RestoreSettings restoreSettings);
     /// Asks for a file.
     void openFile();
+    /// Asks for a web address.
+    void openFromURL();
     /// One sentence in an alert over the window.
     void showError(const QString& message);
     /// Says under the toolbar, for as long as it is so, that nothing can be heard.
@@ -66,17 +75,21 @@ private:
     void subscribe();
     void showScreen();
     void openSheet(QDialog& sheet);
+    void closeOpenFromURL();
     void syncHelp();
 
     Services m_services;
     ToolBar* m_toolBar;
     QStackedLayout* m_screens;
     PlayerScreen* m_player = nullptr;
-    QWidget* m_silenceNotice;
+    /// What is to be said under the toolbar.
+    QVBoxLayout* m_notices;
+    Notice* m_silenceNotice;
     DropOverlay* m_overlay;
     /// Dims the window under a sheet.
     QWidget* m_shade;
     QPointer<HelpSheet> m_help;
+    QPointer<OpenFromURLSheet> m_openFromURL;
     QPointer<QDialog> m_openPanel;
     /// Where a file was chosen last.
     QString m_panelFolder;

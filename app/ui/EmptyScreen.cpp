@@ -77,6 +77,16 @@ EmptyScreen::EmptyScreen(AppState& state, Notifications& notifications, const Th
     open->setFixedSize(openButtonSize);
     open->setFocusPolicy(Qt::TabFocus);
     connect(open, &QAbstractButton::clicked, this, [this] { m_notifications.post(openFileName); });
+    auto* openFromURL = new QPushButton(tr("Open from URL…"));
+    openFromURL->setFixedSize(openButtonSize);
+    openFromURL->setFocusPolicy(Qt::TabFocus);
+    connect(openFromURL, &QAbstractButton::clicked, this, [this] { m_notifications.post(openFromURLName); });
+    auto* openings = new QHBoxLayout;
+    openings->setSpacing(AppTheme::cardSpacing);
+    openings->addStretch();
+    openings->addWidget(open);
+    openings->addWidget(openFromURL);
+    openings->addStretch();
 
     auto* clear = new QPushButton(tr("Clear Recents"));
     clear->setFocusPolicy(Qt::TabFocus);
@@ -102,7 +112,7 @@ EmptyScreen::EmptyScreen(AppState& state, Notifications& notifications, const Th
     column->addWidget(m_symbol, 0, Qt::AlignHCenter);
     column->addWidget(title, 0, Qt::AlignHCenter);
     column->addSpacing(16);
-    column->addWidget(open, 0, Qt::AlignHCenter);
+    column->addLayout(openings);
     column->addSpacing(24);
     auto* centred = new QHBoxLayout;
     centred->addStretch(1);

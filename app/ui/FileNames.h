@@ -1,5 +1,5 @@
 // File names as the screen shows them. Bytes that are no text are shown as U+FFFD; the name that is used stays the path itself.
-// Threads: pure functions.
+// Threads: callable from every thread, as long as none changes the environment.
 #pragma once
 
 #include "platform/base/FilePath.h"
@@ -11,6 +11,8 @@ namespace quillet {
 /// The last component of the path, with its extension.
 [[nodiscard]] QString fileName(const FilePath& path);
 [[nodiscard]] QString pathText(const FilePath& path);
+/// The path with "~" for the user's home directory.
+[[nodiscard]] QString abbreviatedPath(const FilePath& path);
 /// `text` so that a menu shows it as it is.
 [[nodiscard]] QString menuText(QString text);
 

@@ -57,7 +57,7 @@ void MainWindow::buildMenus()
         if (command.shortcut != 0)
             action->setShortcut(QKeySequence(command.shortcut));
         connect(action, &QAction::triggered, this, [&notifications, name = command.name] { notifications.post(name); });
-        if (command.name == openFileName) {
+        if (command.name == openFromURLName) {
             QMenu* recent = menu->addMenu(tr("Open Recent"));
             connect(recent, &QMenu::aboutToShow, this,
                     [recent, &state, &notifications] { fillRecentMenu(*recent, state, notifications); });

@@ -189,6 +189,9 @@ void QuilletStyle::drawControl(ControlElement element, const QStyleOption* optio
     } else if (element == CE_PushButtonLabel && button != nullptr) {
         painter->setPen(textOf(kindOf(widget), *option));
         painter->drawText(option->rect, Qt::AlignCenter | Qt::TextShowMnemonic | Qt::TextHideMnemonic, button->text);
+    } else if (const auto* bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option);
+               element == CE_ProgressBar && bar != nullptr) {
+        drawProgressBar(*bar, *painter);
     } else {
         QProxyStyle::drawControl(element, option, painter, widget);
     }
@@ -278,6 +281,25 @@ void QuilletStyle::drawScrollBar(const QStyleOptionSlider& option, QPainter& pai
     const QRectF shape = insetBy(handle, 3);
     const double radius = std::min(shape.width(), shape.height()) / 2;
     painter.drawRoundedRect(shape, radius, radius);
+    painter.restore();
+}
+
+void QuilletStyle::drawProgressBar(const QStyleOptionProgressBar& option, QPainter& painter) const
+{
+    QRectF part = option.rect;
+    const double radius = part.height() / 2;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(m_source.theme().track);
+    painter.drawRoundedRect(part, radius, radius);
+    // Without a range nobody knows how far it is.
+    const int range = option.maximum - option.minimum;
+    if (range > 0 && option.progress > option.minimum) {
+        part.setWidth(std::max(part.height(), part.width() * (option.progress - option.minimum) / range));
+        painter.setBrush(AppTheme::accentPurple);
+        painter.drawRoundedRect(part, radius, radius);
+    }
     painter.restore();
 }
 

@@ -1,6 +1,6 @@
-// Draws the toolkit's own widgets in the program's look: buttons, fields, sliders, scroll bars, menus, dialogs. So they keep
-// what the toolkit gives them: keys, focus, accessibility. What a button is for it says by a property (see `ButtonKind`).
-// Threads: main thread.
+// Draws the toolkit's own widgets in the program's look: buttons, fields, sliders, progress and scroll bars, menus, dialogs. So
+// they keep what the toolkit gives them: keys, focus, accessibility. What a button is for it says by a property (see
+// `ButtonKind`). Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"
@@ -9,6 +9,7 @@
 
 class QAbstractButton;
 class QStyleOptionButton;
+class QStyleOptionProgressBar;
 class QStyleOptionSlider;
 
 namespace quillet {
@@ -59,6 +60,7 @@ public:
 private:
     void drawButton(const QStyleOptionButton& option, QPainter& painter, const QWidget* widget) const;
     void drawField(const QStyleOption& option, QPainter& painter, const QWidget* widget) const;
+    void drawProgressBar(const QStyleOptionProgressBar& option, QPainter& painter) const;
     void drawScrollBar(const QStyleOptionSlider& option, QPainter& painter) const;
     [[nodiscard]] QColor textOf(ButtonKind kind, const QStyleOption& option) const;
 

@@ -43,6 +43,10 @@ void Label::applyTheme()
         setFont(secondaryFont());
         color = theme.secondaryText;
         break;
+    case Role::error:
+        setFont(controlFont());
+        color = theme.redText;
+        break;
     case Role::number:
     case Role::accentNumber:
         setFont(numberFont(AppTheme::secondaryPixels));

@@ -11,7 +11,7 @@ class Label final : public QLabel {
     Q_OBJECT
 
 public:
-    enum class Role { title, text, secondary, number, accentNumber };
+    enum class Role { title, text, secondary, error, number, accentNumber };
 
     Label(const ThemeSource& source, Role role, const QString& text, QWidget* parent = nullptr);
 

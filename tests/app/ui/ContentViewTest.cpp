@@ -6,6 +6,7 @@
 #include "platform/files/SystemFileAttributes.h"
 #include "tests/app/ui/WindowRig.h"
 #include "tests/support/FakeAudioFileOpener.h"
+#include "tests/support/FakeProcessRunner.h"
 #include "tests/support/ManualRunner.h"
 
 #include <gmock/gmock.h>
@@ -56,7 +57,11 @@ struct ContentViewTest : testing::Test {
                          stemSessions,
                          recentFiles } };
     Notifications notifications;
-    ContentView view{ { state, rig.engine, loader, rig.commands, notifications, recentFiles, rig.theme } };
+    FakeProcessRunner processes;
+    URLDownloader downloader{ processes, {} };
+    DownloadSettingsStore downloadSettings{ rig.defaults };
+    ContentView view{ { state, rig.engine, loader, rig.commands, notifications, recentFiles, downloader, downloadSettings,
+                        rig.theme } };
 
     ContentViewTest()
     {

@@ -1,0 +1,255 @@
+#include "app/ui/OpenFromURLSheet.h"
+
+#include "app/download/WebAddress.h"
+#include "app/ui/BusyIndicator.h"
+#include "app/ui/FileNames.h"
+#include "app/ui/QuilletStyle.h"
+#include "app/ui/controls/Card.h"
+#include "app/ui/controls/Label.h"
+
+#include <QAccessible>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace quillet {
+namespace {
+
+constexpr int sheetWidth = 560;
+constexpr int titlePixels = 24;
+constexpr int fieldPadding = 6;
+constexpr int indicatorSize = 18;
+constexpr int barHeight = 4;
+constexpr int wordsWidth = 140;
+constexpr int tallestError = 160;
+
+}  // namespace
+
+OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, QWidget* parent)
+    : QDialog(parent),
+      m_services(services),
+      m_handlers(std::move(handlers)),
+      m_downloadDirectory(services.settings.downloadDirectory()),
+      m_address(new QLineEdit),
+      m_directory(new Label(services.theme, Label::Role::secondary, {})),
+      m_bar(new QProgressBar),
+      m_words(new Label(services.theme, Label::Role::number, {})),
+      m_errorText(new Label(services.theme, Label::Role::error, {})),
+      m_submit(new QPushButton(tr("Download && Open")))
+{
+    setWindowTitle(tr("Open from URL"));
+    auto* title = new Label(services.theme, Label::Role::title, tr("Open from URL"));
+    title->setHeading(titlePixels);
+    m_address->setPlaceholderText(QStringLiteral("https://example.com/song.mp3"));
+    m_address->setAccessibleName(tr("Web address"));
+    m_address->setFixedHeight(AppTheme::controlHeight);
+    m_address->setTextMargins(fieldPadding, 0, fieldPadding, 0);
+    connect(m_address, &QLineEdit::textChanged, this, [this](const QString& text) {
+        // A pasted line brings its end along.
+        static const QRegularExpression lineEnds(QStringLiteral("[\\r\\n\\x{2028}\\x{2029}]"));
+        if (text.contains(lineEnds))
+            m_address->setText(QString(text).remove(lineEnds));
+        sync();
+    });
+
+    auto* folder = new QHBoxLayout;
+    auto* choose = new QPushButton(tr("Select"));
+    choose->setAccessibleName(tr("Select the download folder"));
+    choose->setAutoDefault(false);
+    connect(choose, &QAbstractButton::clicked, this, &OpenFromURLSheet::chooseDirectory);
+    m_directory->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    folder->setSpacing(12);
+    folder->addWidget(new Label(services.theme, Label::Role::text, tr("Download folder")));
+    folder->addWidget(m_directory, 1);
+    folder->addWidget(choose);
+    auto* card = new Card(services.theme);
+    auto* inside = new QVBoxLayout(card);
+    inside->setContentsMargins(AppTheme::cardPadding, AppTheme::cardPadding, AppTheme::cardPadding, AppTheme::cardPadding);
+    inside->setSpacing(12);
+    inside->addWidget(m_address);
+    inside->addLayout(folder);
+
+    auto* cancel = new QPushButton(tr("Cancel"));
+    cancel->setAutoDefault(false);
+    connect(cancel, &QAbstractButton::clicked, this, &QDialog::reject);
+    setButtonKind(*m_submit, ButtonKind::accent);
+    m_submit->setDefault(true);
+    connect(m_submit, &QAbstractButton::clicked, this, &OpenFromURLSheet::startDownload);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(cancel);
+    buttons->addWidget(m_submit);
+
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(AppTheme::windowMargin, AppTheme::windowMargin, AppTheme::windowMargin, AppTheme::windowMargin);
+    column->setSpacing(AppTheme::cardSpacing);
+    column->setSizeConstraint(QLayout::SetFixedSize);
+    column->addWidget(title);
+    column->addWidget(card);
+    column->addWidget(makeProgress());
+    column->addWidget(makeError());
+    column->addLayout(buttons);
+    card->setFixedWidth(sheetWidth - 2 * AppTheme::windowMargin);
+    sync();
+}
+
+OpenFromURLSheet::~OpenFromURLSheet() { (void)releaseDownload(); }
+
+QWidget* OpenFromURLSheet::makeProgress()
+{
+    m_progress = new QWidget;
+    m_bar->setFixedHeight(barHeight);
+    m_bar->setTextVisible(false);
+    m_bar->setAccessibleName(tr("Progress"));
+    m_words->setFixedWidth(wordsWidth);
+    m_words->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    auto* row = new QHBoxLayout(m_progress);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(12);
+    row->addWidget(new BusyIndicator(m_services.theme, {}, indicatorSize));
+    row->addWidget(m_bar, 1);
+    row->addWidget(m_words);
+    return m_progress;
+}
+
+QWidget* OpenFromURLSheet::makeError()
+{
+    m_errorText->setTextFormat(Qt::PlainText);
+    m_errorText->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_errorText->setWordWrap(true);
+    m_errorText->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    m_error = new QScrollArea;
+    m_error->setFrameShape(QFrame::NoFrame);
+    m_error->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_error->setFixedWidth(sheetWidth - 2 * AppTheme::windowMargin);
+    m_error->setWidget(m_errorText);
+    m_error->viewport()->setAutoFillBackground(false);
+    m_errorText->setAutoFillBackground(false);
+    return m_error;
+}
+
+bool OpenFromURLSheet::canSubmit() const { return WebAddress::parse(m_address->text().toStdString()).has_value(); }
+
+void OpenFromURLSheet::startDownload()
+{
+    const auto address = WebAddress::parse(m_address->text().toStdString());
+    if (!address || m_download)
+        return;
+    m_errorMessage.reset();
+    auto download = std::make_shared<RunningDownload>();
+    m_download = download;
+    download->setListener({ [this] { showProgress(); }, [this](const auto& outcome) { finish(outcome); } });
+    sync();
+    setInFront(false);
+    Q_EMIT isDownloadingChanged();
+    download->start(m_services.downloader, *address, m_downloadDirectory);
+}
+
+void OpenFromURLSheet::finish(const URLDownloader::Outcome& outcome)
+{
+    m_download.reset();
+    if (!outcome)
+        m_errorMessage = QString::fromStdString(outcome.error().description());
+    sync();
+    Q_EMIT isDownloadingChanged();
+    if (outcome) {
+        // The last thing: it may destroy this sheet.
+        m_handlers.onLoad(*outcome);
+        return;
+    }
+    setInFront(true);
+    m_address->setFocus();
+    QAccessibleEvent alert(m_errorText, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+std::shared_ptr<RunningDownload> OpenFromURLSheet::releaseDownload()
+{
+    if (m_download)
+        m_download->setListener({});
+    return std::exchange(m_download, nullptr);
+}
+
+void OpenFromURLSheet::reject() { m_handlers.onCancel(); }
+
+void OpenFromURLSheet::chooseDirectory()
+{
+    auto* panel = new QFileDialog(this, tr("Download folder"), pathText(m_downloadDirectory));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setFileMode(QFileDialog::Directory);
+    panel->setOption(QFileDialog::ShowDirsOnly);
+    panel->setLabelText(QFileDialog::Accept, tr("Select"));
+    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& folder) {
+        m_downloadDirectory = pathOf(folder);
+        m_services.settings.defaults.setString(DownloadSettingsStore::directoryKey, m_downloadDirectory.native());
+        showDirectory();
+    });
+    panel->open();
+}
+
+// ---- What is shown ----
+
+void OpenFromURLSheet::sync()
+{
+    m_submit->setEnabled(!isDownloading() && canSubmit());
+    m_address->setReadOnly(isDownloading());
+    m_progress->setVisible(isDownloading());
+    m_error->setVisible(m_errorMessage.has_value());
+    if (m_errorMessage) {
+        m_errorText->setText(*m_errorMessage);
+        const int width = m_error->width();
+        m_errorText->setFixedSize(width, m_errorText->heightForWidth(width));
+        m_error->setFixedHeight(std::min(tallestError, m_errorText->height()));
+    }
+    if (isDownloading())
+        showProgress();
+    showDirectory();
+}
+
+void OpenFromURLSheet::showProgress()
+{
+    const auto percent = m_download->percent();
+    // Without a range the bar says only that something goes on.
+    m_bar->setRange(0, percent ? 100 : 0);
+    m_bar->setValue(percent.value_or(0));
+    m_words->setText(m_download->words());
+}
+
+void OpenFromURLSheet::showDirectory()
+{
+    const QString whole = abbreviatedPath(m_downloadDirectory);
+    m_directory->setText(m_directory->fontMetrics().elidedText(whole, Qt::ElideMiddle, m_directory->width()));
+    m_directory->setAccessibleName(tr("Download folder %1").arg(whole));
+    m_directory->setToolTip(whole);
+}
+
+void OpenFromURLSheet::setInFront(bool isInFront)
+{
+    if (!isVisible())
+        return;
+    // A window in view keeps its modality until it is shown anew.
+    const QPoint place = pos();
+    hide();
+    setWindowModality(isInFront ? Qt::WindowModal : Qt::NonModal);
+    move(place);
+    show();
+}
+
+void OpenFromURLSheet::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    showDirectory();
+}
+
+void OpenFromURLSheet::resizeEvent(QResizeEvent* event)
+{
+    QDialog::resizeEvent(event);
+    showDirectory();
+}
+
+}  // namespace quillet

@@ -1,0 +1,90 @@
+// Asks for the web address of a song and the folder to put it into, has it downloaded and hands the file to its owner. Nothing
+// of it is kept between two showings but the folder. It stands before the window while it asks; while it downloads the window
+// can be used. Threads: main thread.
+#pragma once
+
+#include "app/download/DownloadSettingsStore.h"
+#include "app/download/URLDownloader.h"
+#include "app/ui/RunningDownload.h"
+#include "app/ui/ThemeSource.h"
+
+#include <QDialog>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QLabel;
+class QLineEdit;
+class QProgressBar;
+class QPushButton;
+class QScrollArea;
+
+namespace quillet {
+
+class OpenFromURLSheet final : public QDialog {
+    Q_OBJECT
+
+public:
+    /// All outlive the sheet.
+    struct Services {
+        URLDownloader& downloader;
+        DownloadSettingsStore& settings;
+        const ThemeSource& theme;
+    };
+    struct Handlers {
+        /// Given the downloaded file; the owner closes the sheet.
+        std::function<void(const FilePath& file)> onLoad;
+        /// The same, without a file. A download that runs can be taken over (`releaseDownload`).
+        std::function<void()> onCancel;
+    };
+
+    OpenFromURLSheet(const Services& services, Handlers handlers, QWidget* parent);
+    ~OpenFromURLSheet() override;
+
+    /// What has been typed is a web address.
+    [[nodiscard]] bool canSubmit() const;
+    void startDownload();
+    /// Asks for the folder; the answer is the new default too.
+    void chooseDirectory();
+
+    [[nodiscard]] bool isDownloading() const { return m_download != nullptr; }
+    /// The download that runs, if one does; the sheet hears no more of it.
+    [[nodiscard]] std::shared_ptr<RunningDownload> releaseDownload();
+
+    void reject() override;
+
+Q_SIGNALS:
+    void isDownloadingChanged();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    [[nodiscard]] QWidget* makeError();
+    [[nodiscard]] QWidget* makeProgress();
+    void finish(const URLDownloader::Outcome& outcome);
+    void showProgress();
+    void showDirectory();
+    /// What is shown and enabled, by the state.
+    void sync();
+    void setInFront(bool isInFront);
+
+    Services m_services;
+    Handlers m_handlers;
+    FilePath m_downloadDirectory;
+    std::optional<QString> m_errorMessage;
+    std::shared_ptr<RunningDownload> m_download;
+
+    QLineEdit* m_address;
+    QLabel* m_directory;
+    QWidget* m_progress;
+    QProgressBar* m_bar;
+    QLabel* m_words;
+    QScrollArea* m_error;
+    QLabel* m_errorText;
+    QPushButton* m_submit;
+};
+
+}  // namespace quillet
