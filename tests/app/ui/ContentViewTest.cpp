@@ -3,11 +3,14 @@
 #include "app/ui/ContentView.h"
 
 #include "app/core/Commands.h"
+#include "app/ui/DownloadNotice.h"
+#include "app/ui/OpenFromURLSheet.h"
 #include "platform/files/SystemFileAttributes.h"
 #include "tests/app/ui/WindowRig.h"
 #include "tests/support/FakeAudioFileOpener.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/ManualRunner.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -15,6 +18,7 @@
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
@@ -58,13 +62,16 @@ struct ContentViewTest : testing::Test {
                          recentFiles } };
     Notifications notifications;
     FakeProcessRunner processes;
-    URLDownloader downloader{ processes, {} };
+    TemporaryFolder tools;
+    URLDownloader downloader{ processes, tools.path() };
     DownloadSettingsStore downloadSettings{ rig.defaults };
     ContentView view{ { state, rig.engine, loader, rig.commands, notifications, recentFiles, downloader, downloadSettings,
                         rig.theme } };
 
     ContentViewTest()
     {
+        for (const char* name : { "uv", "yt-dlp", "ffmpeg" })
+            std::filesystem::create_symlink("/bin/sh", tools / name);
         view.resize(1000, 900);
         view.show();
     }
@@ -192,6 +199,36 @@ TEST_F(ContentViewTest, HelpOpensOnceAndCloses)
     notifications.post(showHelpName);
     EXPECT_TRUE(state.isShowingHelp());
     state.setIsShowingHelp(false);
+}
+
+TEST_F(ContentViewTest, ADownloadedSongIsOpenedWithTheDefaults)
+{
+    notifications.post(openFromURLName);
+    notifications.post(openFromURLName);
+    const auto sheets = view.findChildren<OpenFromURLSheet*>();
+    ASSERT_EQ(sheets.size(), 1);
+    const QPointer<OpenFromURLSheet> sheet = sheets.front();
+    QTest::keyClicks(sheet->findChild<QLineEdit*>(), QStringLiteral("https://example.com/a.mp3"));
+    sheet->startDownload();
+    EXPECT_EQ(processes.children.size(), 1);
+    notifications.post(openFromURLName);
+    EXPECT_EQ(view.findChildren<OpenFromURLSheet*>().size(), 1);
+    state.setSpeed(50);
+    processes.children.at(0).end(0, "/songs/a.m4a");
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(sheet);
+    EXPECT_EQ(state.audioFileURL(), "/songs/a.m4a");
+    EXPECT_EQ(state.loadingState().stage, LoadingState::Stage::loading);
+
+    // After a cancelled sheet the song is there to be opened, and what plays goes on.
+    notifications.post(openFromURLName);
+    auto* other = view.findChild<OpenFromURLSheet*>();
+    QTest::keyClicks(other->findChild<QLineEdit*>(), QStringLiteral("https://example.com/b.mp3"));
+    other->startDownload();
+    other->reject();
+    processes.children.at(1).end(0, "/songs/b.m4a");
+    EXPECT_EQ(state.audioFileURL(), "/songs/a.m4a");
+    EXPECT_EQ(view.findChild<DownloadNotice*>()->sentence(), QString::fromUtf8("“b.m4a” has been downloaded."));
 }
 
 }  // namespace
