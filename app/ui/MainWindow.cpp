@@ -48,6 +48,7 @@ void MainWindow::buildMenus()
     AppState& state = m_services.state;
     Notifications& notifications = m_services.notifications;
     std::map<QString, QMenu*> menus;
+    // Shortcuts hold in every window of the program that no dialog stands before.
     for (const Command& command : menuCommands) {
         const QString title = QString::fromUtf8(command.menu);
         if (!menus.contains(title))
@@ -56,6 +57,7 @@ void MainWindow::buildMenus()
         QAction* action = menu->addAction(QString::fromUtf8(command.title));
         if (command.shortcut != 0)
             action->setShortcut(QKeySequence(command.shortcut));
+        action->setShortcutContext(Qt::ApplicationShortcut);
         connect(action, &QAction::triggered, this, [&notifications, name = command.name] { notifications.post(name); });
         if (command.name == openFromURLName) {
             QMenu* recent = menu->addMenu(tr("Open Recent"));
@@ -64,6 +66,7 @@ void MainWindow::buildMenus()
             menu->addSeparator();
             QAction* quit = menu->addAction(tr("Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), this, &QWidget::close);
             quit->setMenuRole(QAction::QuitRole);
+            quit->setShortcutContext(Qt::ApplicationShortcut);
         }
     }
 }

@@ -145,9 +145,11 @@ void OpenFromURLSheet::startDownload()
     m_download = download;
     download->setListener({ [this] { showProgress(); }, [this](const auto& outcome) { finish(outcome); } });
     sync();
-    setInFront(false);
     Q_EMIT isDownloadingChanged();
     download->start(m_services.downloader, *address, m_downloadDirectory);
+    // It may have failed at once.
+    if (isDownloading())
+        setInFront(false);
 }
 
 void OpenFromURLSheet::finish(const URLDownloader::Outcome& outcome)
@@ -230,12 +232,13 @@ void OpenFromURLSheet::showDirectory()
 
 void OpenFromURLSheet::setInFront(bool isInFront)
 {
-    if (!isVisible())
+    const Qt::WindowModality modality = isInFront ? Qt::WindowModal : Qt::NonModal;
+    if (!isVisible() || windowModality() == modality)
         return;
     // A window in view keeps its modality until it is shown anew.
     const QPoint place = pos();
     hide();
-    setWindowModality(isInFront ? Qt::WindowModal : Qt::NonModal);
+    setWindowModality(modality);
     move(place);
     show();
 }

@@ -103,7 +103,7 @@ class Desktop:
         self.run("xdotool", "key", "--delay", str(delay), *keys)
 
     def type(self, text):
-        self.run("xdotool", "type", "--delay", "20", text)
+        self.run("xdotool", "type", "--delay", "20", "--", text)
 
     def click(self, place):
         self.run("xdotool", "mousemove", str(place[0]), str(place[1]), "click", "1")

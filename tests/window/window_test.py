@@ -11,13 +11,13 @@ import sqlite3
 import struct
 import subprocess
 import sys
-import threading
 import time
 import unittest
 import wave
 from pathlib import Path
 
-from desktop import Desktop, frequency, loudness, wait_for
+from desktop import frequency, loudness, wait_for
+from window import Watchdog, Window, run_tests
 
 PROGRAM, PICTURES = sys.argv[1], Path(sys.argv[2])
 SONG_SECONDS = 12
@@ -36,122 +36,6 @@ def write_song(path):
             for i in range(SONG_SECONDS * RATE)))
 
 
-class Window:
-    """The program's window, as the accessibility bus tells of it."""
-
-    def __init__(self, *arguments):
-        import pyatspi
-        self.pyatspi = pyatspi
-        self.process = DESKTOP.start(PROGRAM, *map(str, arguments))
-        self.application = wait_for("the program on the accessibility bus", self._find)
-        wait_for("the window", lambda: DESKTOP.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$", check=False).stdout)
-
-    def _find(self):
-        for application in self.pyatspi.Registry.getDesktop(0):
-            if application is not None and application.get_process_id() == self.process.pid and application.childCount > 0:
-                return application
-        return None
-
-    def _walk(self, node):
-        yield node
-        try:
-            for child in node:
-                if child is not None:
-                    yield from self._walk(child)
-        except Exception:  # what has just gone
-            return
-
-    def all(self, role, name=None):
-        """Everything in view of that role, whose name begins with `name`."""
-        found = []
-        for node in self._walk(self.application):
-            try:
-                if node.getRoleName() == role and (name is None or node.name.startswith(name)) and \
-                        node.getState().contains(self.pyatspi.STATE_SHOWING):
-                    found.append(node)
-            except Exception:
-                continue
-        return found
-
-    def find(self, role, name=None):
-        return wait_for(f"{role} “{name}”", lambda: next(iter(self.all(role, name)), None))
-
-    def has(self, role, name=None):
-        return bool(self.all(role, name))
-
-    def text(self, name):
-        node = self.find("text", name).queryText()
-        return node.getText(0, node.characterCount)
-
-    def value(self, name):
-        return self.find("slider", name).queryValue().currentValue
-
-    def is_on(self, name):
-        return self.find("check box", name).getState().contains(self.pyatspi.STATE_CHECKED)
-
-    def place(self, role, name=None):
-        box = self.find(role, name).queryComponent().getExtents(self.pyatspi.DESKTOP_COORDS)
-        return box.x + box.width // 2, box.y + box.height // 2
-
-    def click(self, role, name=None):
-        DESKTOP.click(self.place(role, name))
-
-    def wait_until_loaded(self):
-        wait_for("the song", lambda: self.has("push button", "Play"))
-
-    def at(self, seconds):
-        """The place on the waveform at which that time is, whole track in view."""
-        box = self.find("filler", "Waveform").queryComponent().getExtents(self.pyatspi.DESKTOP_COORDS)
-        inset = 8
-        x = box.x + inset + (box.width - 2 * inset) * seconds / SONG_SECONDS
-        return int(round(x)), box.y + box.height * 3 // 4
-
-    def resize(self, width, height):
-        window = DESKTOP.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$").stdout.split()[-1].decode()
-        DESKTOP.run("xdotool", "windowsize", "--sync", window, str(width), str(height))
-
-    def close(self):
-        if self.process.poll() is None:
-            DESKTOP.key("ctrl+q")
-        return self.process.wait(10)
-
-
-class Watchdog:
-    """Asks the main thread for an answer all the time, and notes how long it took; and beside it how long a thread that has nothing
-    to do takes to wake up, which is the machine's own doing."""
-
-    def __init__(self, window):
-        self.window = window
-        self.slowest = 0.0
-        self.machine = 0.0
-        self._end = threading.Event()
-        self._thread = threading.Thread(target=self._watch, daemon=True)
-
-    def _watch(self):
-        while not self._end.is_set():
-            begin = time.monotonic()
-            time.sleep(0.01)
-            machine = time.monotonic() - begin - 0.01
-            begin = time.monotonic()
-            try:
-                self.window.application.getState()
-            except Exception:
-                continue
-            took = time.monotonic() - begin
-            # What the machine held up is not the program's doing.
-            self.machine = max(self.machine, machine)
-            if machine < 0.01:
-                self.slowest = max(self.slowest, took)
-
-    def __enter__(self):
-        self._thread.start()
-        return self
-
-    def __exit__(self, *_):
-        self._end.set()
-        self._thread.join()
-
-
 class WindowTest(unittest.TestCase):
     def setUp(self):
         self.song = DESKTOP.folder / "Autumn étude (take 3).wav"
@@ -165,7 +49,7 @@ class WindowTest(unittest.TestCase):
             self.window.process.wait()
 
     def open(self, *arguments):
-        self.window = Window(*arguments)
+        self.window = Window(DESKTOP, PROGRAM, *arguments)
         return self.window
 
     def shot(self, name):
@@ -186,7 +70,7 @@ class WindowTest(unittest.TestCase):
         window.wait_until_loaded()
 
         # A region is drawn, and looped.
-        DESKTOP.drag(window.at(3.2), window.at(5.8))
+        DESKTOP.drag(window.at(3.2, SONG_SECONDS), window.at(5.8, SONG_SECONDS))
         self.expect("the region in its fields", lambda: window.text("Region start, seconds") == "03")
         self.assertIn(window.text("Region end, seconds"), ("05", "06"))
         self.assertAlmostEqual(window.value("Region start"), 3.2, delta=0.1)
@@ -324,7 +208,7 @@ class WindowTest(unittest.TestCase):
         window.wait_until_loaded()
         DESKTOP.key("space", "h", "Right", "Left", "h", "space")
         # Far beyond both ends.
-        across, height = window.at(SONG_SECONDS * 0.9)
+        across, height = window.at(0.9, 1)
         DESKTOP.drag((across, height), (1278, height))
         DESKTOP.drag((across, height), (1, height))
         self.expect("the whole song", lambda: window.text("Region end, milliseconds") == "022")
@@ -351,15 +235,10 @@ class WindowTest(unittest.TestCase):
         self.assertEqual(window.close(), 0)
 
 
+def begin(desktop):
+    global DESKTOP
+    DESKTOP = desktop
+
+
 if __name__ == "__main__":
-    PICTURES.mkdir(parents=True, exist_ok=True)
-    DESKTOP = Desktop()
-    try:
-        DESKTOP.start_portal("light")
-        # The accessibility bus answers from its second client on.
-        subprocess.run(["/usr/bin/python3", "-c", "import pyatspi; pyatspi.Registry.getDesktop(0).childCount"], check=False,
-                       env=DESKTOP.environment)
-        outcome = unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2, exit=False).result
-    finally:
-        DESKTOP.close()
-    sys.exit(0 if outcome.wasSuccessful() else 1)
+    sys.exit(run_tests(begin))

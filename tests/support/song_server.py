@@ -30,7 +30,9 @@ class SongServer:
     def __init__(self, songs):
         server = self
         self.songs = songs
+        # What was asked for, and by whom.
         self.requested = []
+        self.agents = []
 
         class Handler(BaseHTTPRequestHandler):
             def do_HEAD(self):
@@ -56,6 +58,7 @@ class SongServer:
     def answer(self, request, with_body):
         path = urllib.parse.unquote(urllib.parse.urlsplit(request.path).path)
         self.requested.append(path)
+        self.agents.append(request.headers["User-Agent"])
         _, first, *rest = path.split("/", 2)
         song = self.songs.get(path.rpartition(".")[2])
         if first == "moved":

@@ -1,0 +1,128 @@
+#!/usr/bin/env python3
+"""The real uv, yt-dlp and ffmpeg with the program's arguments against a web server on loopback: what becomes of titles, of folders and
+of files that are there already, and what is left after an end before its time.
+
+Usage: yt_dlp_test.py FOLDER-OF-THE-TOOLS [unittest's arguments]. Exit status 77: the tools cannot run here.
+"""
+
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import urllib.parse
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "support"))
+from fetched_tools import ends, environment_or_skip
+from song_server import SongServer, make_songs
+
+TOOLS = Path(sys.argv[1]).resolve()
+LONGEST_NAME_BYTES = 255
+
+
+def command(folder, address):
+    return [TOOLS / "uv", "run", "--python", "3.12", TOOLS / "yt-dlp", "-x", "--no-playlist", "--audio-format", "m4a",
+            "--ffmpeg-location", TOOLS / "ffmpeg", "--print", "after_move:filepath", "-o", f"{folder}/%(title)s.%(ext)s", address]
+
+
+def codec(file):
+    return subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=codec_name", "-of", "csv=p=0", file],
+                          capture_output=True, text=True).stdout.strip()
+
+
+class FetchTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.keeper = tempfile.TemporaryDirectory(prefix="quillet-fetch-")
+        cls.home = Path(cls.keeper.name)
+        cls.server = SongServer(make_songs(cls.home))
+        cls.environment = dict(ENVIRONMENT, HOME=str(cls.home), LC_ALL="C")
+        cls.environment.pop("XDG_CONFIG_HOME", None)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.server.close()
+        cls.keeper.cleanup()
+
+    def setUp(self):
+        # Every letter of this name is one that a template or a shell would take for something else.
+        self.folder = self.home / self.id() / "100% $HOME %(id)s ~ 'é\""
+        self.folder.mkdir(parents=True)
+
+    def fetch(self, path, folder=None):
+        return subprocess.run(command(folder or self.folder, self.server.address(path)), env=self.environment, cwd="/",
+                              capture_output=True)
+
+    def fetched(self, path):
+        """The name of the file, which is in the folder and nowhere else, and an M4A."""
+        outcome = self.fetch(path)
+        self.assertEqual(outcome.returncode, 0, outcome.stderr.decode())
+        file = Path(outcome.stdout.decode().strip("\n"))
+        self.assertEqual(file.parent, self.folder)
+        self.assertEqual(codec(file), "aac")
+        return file.name
+
+    def names(self):
+        return sorted(file.name for file in self.folder.iterdir())
+
+    def test_every_title_ends_as_one_safe_file(self):
+        for title in ('AC/DC "Live" \'at\' \\ 50%', "line\nbreak and bell\x07\x1b[31m", "🎸" * 300, "/" * 300, "-o evil", "%(id)s $HOME ~"):
+            with self.subTest(title):
+                before = self.names()
+                name = self.fetched("/titled/" + urllib.parse.quote(title, safe=""))
+                self.assertEqual(self.names(), sorted([*before, name]))
+                self.assertLessEqual(len(name.encode()), LONGEST_NAME_BYTES)
+                self.assertTrue(name.endswith(".m4a"))
+                self.assertTrue(name.isprintable())
+
+    def test_files_that_are_there_are_left_alone(self):
+        for name in ("song.mp3", "song.m4a"):
+            (self.folder / name).write_text("the user's own")
+        self.assertEqual(self.fetched("/song.mp3"), "song (2).m4a")
+        self.assertEqual(self.fetched("/song.wav"), "song (3).m4a")
+        # The same once more is the same file.
+        kept = (self.folder / "song (2).m4a").stat()
+        self.assertEqual(self.fetched("/song.mp3"), "song (2).m4a")
+        self.assertEqual((self.folder / "song (2).m4a").stat(), kept)
+        self.assertEqual(self.names(), ["song (2).m4a", "song (3).m4a", "song.m4a", "song.mp3"])
+        self.assertEqual({(self.folder / name).read_text() for name in ("song.m4a", "song.mp3")}, {"the user's own"})
+
+    def test_failures_are_said_and_leave_nothing_in_view(self):
+        for path, word in (("/nothing", "404"), ("/page", "Unsupported URL"), ("/broken/song.mp3", "24")):
+            outcome = self.fetch(path)
+            self.assertEqual(outcome.returncode, 1, path)
+            self.assertEqual(outcome.stdout, b"")
+            self.assertIn(word, outcome.stderr.decode())
+        self.assertTrue(all(name.startswith(".") for name in self.names()))
+        self.assertEqual(self.fetch("/song.mp3", "/proc/nowhere").returncode, 1)
+
+    def test_options_of_the_users_own_for_this_program_are_read(self):
+        for folder, option in ((".config/yt-dlp", "--print title"), (".config/quillet", "--user-agent practising")):
+            (self.home / folder).mkdir(parents=True)
+            (self.home / folder / ("config" if "yt-dlp" in folder else "yt-dlp.conf")).write_text(option)
+        self.assertEqual(self.fetched("/song.mp3"), "song.m4a")
+        self.assertEqual(self.server.agents[-1], "practising")
+
+    def test_a_polite_request_ends_everything(self):
+        process = subprocess.Popen(command(self.folder, self.server.address("/endless/song.mp3")), env=self.environment, cwd="/",
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, start_new_session=True)
+        for line in process.stderr:
+            if line.startswith(b"quillet-progress"):
+                break
+        process.send_signal(signal.SIGTERM)
+        process.stderr.read()  # to its end: nobody has it open any more
+        process.stderr.close()
+        process.wait(10)
+        sizes = []
+        for _ in range(2):
+            sizes.append(sum(file.stat().st_size for file in self.folder.rglob("*.part")))
+            time.sleep(0.5)
+        self.assertEqual(sizes[0], sizes[1])
+        self.assertTrue(ends(process.pid), "something of it still runs")
+
+
+if __name__ == "__main__":
+    ENVIRONMENT = environment_or_skip(TOOLS)
+    unittest.main(argv=[sys.argv[0], *sys.argv[2:]], verbosity=2)

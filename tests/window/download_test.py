@@ -1,0 +1,165 @@
+#!/usr/bin/env python3
+"""Songs from the web in the real program: its window, the real uv, yt-dlp and ffmpeg, and a web server on loopback.
+
+Usage: download_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]. Exit status 77: the tools cannot run here.
+"""
+
+import os
+import sys
+import time
+import unittest
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+from desktop import frequency, loudness, wait_for
+from fetched_tools import ends, environment_or_skip, processes
+from song_server import SongServer, make_songs
+from window import Watchdog, Window, run_tests
+
+PROGRAM, PICTURES = sys.argv[1], Path(sys.argv[2])
+DESKTOP = None
+SONGS = {}
+
+
+class DownloadTest(unittest.TestCase):
+    def setUp(self):
+        self.server = SongServer(SONGS)
+        self.downloads = DESKTOP.folder / "Downloads"
+        self.window = None
+
+    def tearDown(self):
+        if self.window is not None and self.window.process.poll() is None:
+            self.window.process.kill()
+            self.window.process.wait()
+        self.server.close()
+
+    def open(self, *arguments):
+        self.window = Window(DESKTOP, PROGRAM, *arguments)
+        self.window.find("push button", "Open File...")
+        return self.window
+
+    def shot(self, name):
+        time.sleep(0.4)
+        DESKTOP.shot(PICTURES / f"{name}.png")
+
+    def expect(self, what, condition, seconds=30):
+        wait_for(what, condition, seconds)
+
+    def ask_for(self, path):
+        """Types the address into the sheet, which may be open already."""
+        if not self.window.has("text", "Web address"):
+            DESKTOP.key("ctrl+shift+o")
+        self.window.find("text", "Web address")
+        time.sleep(0.3)
+        DESKTOP.key("ctrl+a")
+        DESKTOP.type(self.server.address(path))
+        self.expect("the button", lambda: self.can_submit(), 5)
+        DESKTOP.key("Return")
+
+    def can_submit(self):
+        return self.window.find("push button", "Download & Open").getState().contains(self.window.pyatspi.STATE_ENABLED)
+
+    def has_song(self, name):
+        return self.window.has("label", name) and self.window.has("push button", "Play")
+
+    def message(self):
+        return next((node.name for node in self.window.all("label", "Download failed: ")), "")
+
+    def own_session(self):
+        """The process group of what the program has started."""
+        return next((group for pid, (parent, group) in processes().items() if parent == self.window.process.pid and group == pid), None)
+
+    def test_songs_of_every_kind_open(self):
+        window = self.open()
+        self.shot("empty-from-url")
+        window.click("push button", "Open from URL…")
+        self.expect("the sheet", lambda: window.has("text", "Web address"), 5)
+        self.shot("sheet")
+        for path, name in (("/Tuning.mp3", "Tuning.m4a"), ("/moved/Second.wav", "Second.m4a"), ("/Third.m4a", "Third.m4a")):
+            self.ask_for(path)
+            self.expect(name, lambda: self.has_song(name))
+            self.assertFalse(window.has("text", "Web address"))
+            self.assertTrue((self.downloads / name).is_file())
+        DESKTOP.key("space")
+        window.find("push button", "Pause")
+        self.assertAlmostEqual(frequency(DESKTOP.record(1)[11025:]), 441, delta=2)
+        self.assertEqual(window.close(), 0)
+
+    def test_the_window_is_used_while_a_download_runs(self):
+        mine = DESKTOP.folder / "mine.mp3"
+        mine.write_bytes(SONGS["mp3"])
+        window = self.open(mine)
+        window.wait_until_loaded()
+        with Watchdog(window) as watchdog:
+            self.ask_for("/slow/Slow.mp3")
+            self.expect("the percentage", lambda: any(" % of " in node.name for node in window.all("label")))
+            self.shot("downloading")
+            window.click("label", "mine.mp3")
+            DESKTOP.key("space")
+            window.find("push button", "Pause")
+            self.assertGreater(loudness(DESKTOP.record(0.5)), 0.05)
+        print(f"slowest answer {1000 * watchdog.slowest:.0f} ms")
+        # Cancel closes the sheet; what plays is not interrupted by the song that comes.
+        window.click("push button", "Cancel")
+        self.expect("the notice", lambda: window.has("label", "The download goes on"))
+        self.expect("the song", lambda: window.has("label", "“Slow.m4a” has been downloaded."))
+        self.shot("downloaded")
+        self.assertTrue(window.has("label", "mine.mp3"))
+        # Not the toolbar's button whose name begins so too.
+        notice = window.find("label", "“Slow.m4a”").parent
+        box = next(node for node in notice if node.name == "Open").queryComponent().getExtents(window.pyatspi.DESKTOP_COORDS)
+        DESKTOP.click((box.x + box.width // 2, box.y + box.height // 2))
+        self.expect("Slow.m4a", lambda: self.has_song("Slow.m4a"))
+        self.assertEqual(window.close(), 0)
+
+    def test_failures_are_said_and_can_be_corrected(self):
+        window = self.open()
+        for path, words in (("/nothing", "404"), ("/page", "Unsupported URL"), ("/broken/Half.mp3", "bytes")):
+            self.ask_for(path)
+            self.expect(words, lambda: words in self.message())
+        self.shot("failed")
+        DESKTOP.key("ctrl+a")
+        DESKTOP.type("--version")
+        self.expect("no button", lambda: not self.can_submit(), 5)
+        DESKTOP.key("Return")
+        self.assertTrue(window.has("text", "Web address"))
+        self.ask_for("/Whole.mp3")
+        self.expect("Whole.m4a", lambda: self.has_song("Whole.m4a"))
+        self.assertEqual(window.close(), 0)
+
+    def test_nothing_writes_on_when_the_program_ends(self):
+        for end in (lambda: self.window.close(), lambda: self.window.process.terminate(), lambda: self.window.process.kill()):
+            self.open()
+            self.ask_for("/endless/Endless.mp3")
+            self.expect("the download", lambda: any("received" in node.name for node in self.window.all("label")))
+            group = self.own_session()
+            self.assertIsNotNone(group)
+            end()
+            self.window.process.wait(10)
+            self.assertTrue(ends(group), "something of it still runs")
+
+    def test_a_missing_tool_is_named(self):
+        # A program as it is where its tools could not be fetched.
+        alone = DESKTOP.folder / "alone"
+        alone.mkdir()
+        for name in ("quillet", "quillet-media.so"):
+            os.link(Path(PROGRAM).parent / name, alone / name)
+        window = self.window = Window(DESKTOP, str(alone / "quillet"))
+        window.find("push button", "Open File...")
+        self.ask_for("/song.mp3")
+        self.expect("the sentence", lambda: window.has("label", "uv not found inside the app bundle."))
+        DESKTOP.key("Escape")
+        self.expect("no sheet", lambda: not window.has("text", "Web address"), 5)
+        self.assertEqual(window.close(), 0)
+
+
+def begin(desktop):
+    global DESKTOP
+    DESKTOP = desktop
+    desktop.environment.update({name: ENVIRONMENT[name] for name in ("PATH", "UV_CACHE_DIR", "UV_PYTHON_INSTALL_DIR")})
+    SONGS.update(make_songs(desktop.folder))
+
+
+if __name__ == "__main__":
+    ENVIRONMENT = environment_or_skip(Path(PROGRAM).resolve().parent)
+    sys.exit(run_tests(begin))

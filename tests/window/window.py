@@ -1,0 +1,145 @@
+"""The program's window as a person meets it, for tests of the real program."""
+
+import subprocess
+import sys
+import threading
+import time
+import unittest
+from pathlib import Path
+
+from desktop import Desktop, wait_for
+
+
+class Window:
+    """The program's window, as the accessibility bus tells of it."""
+
+    def __init__(self, desktop, program, *arguments):
+        import pyatspi
+        self.pyatspi = pyatspi
+        self.desktop = desktop
+        self.process = desktop.start(program, *map(str, arguments))
+        self.application = wait_for("the program on the accessibility bus", self._find)
+        wait_for("the window", lambda: self.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$", check=False).stdout)
+
+    def _find(self):
+        for application in self.pyatspi.Registry.getDesktop(0):
+            if application is not None and application.get_process_id() == self.process.pid and application.childCount > 0:
+                return application
+        return None
+
+    def _walk(self, node):
+        yield node
+        try:
+            for child in node:
+                if child is not None:
+                    yield from self._walk(child)
+        except Exception:  # what has just gone
+            return
+
+    def all(self, role, name=None):
+        """Everything in view of that role, whose name begins with `name`."""
+        found = []
+        for node in self._walk(self.application):
+            try:
+                if node.getRoleName() == role and (name is None or node.name.startswith(name)) and \
+                        node.getState().contains(self.pyatspi.STATE_SHOWING):
+                    found.append(node)
+            except Exception:
+                continue
+        return found
+
+    def find(self, role, name=None):
+        return wait_for(f"{role} “{name}”", lambda: next(iter(self.all(role, name)), None))
+
+    def has(self, role, name=None):
+        return bool(self.all(role, name))
+
+    def text(self, name):
+        node = self.find("text", name).queryText()
+        return node.getText(0, node.characterCount)
+
+    def value(self, name):
+        return self.find("slider", name).queryValue().currentValue
+
+    def is_on(self, name):
+        return self.find("check box", name).getState().contains(self.pyatspi.STATE_CHECKED)
+
+    def place(self, role, name=None):
+        box = self.find(role, name).queryComponent().getExtents(self.pyatspi.DESKTOP_COORDS)
+        return box.x + box.width // 2, box.y + box.height // 2
+
+    def click(self, role, name=None):
+        self.desktop.click(self.place(role, name))
+
+    def wait_until_loaded(self):
+        wait_for("the song", lambda: self.has("push button", "Play"))
+
+    def at(self, seconds, duration):
+        """The place on the waveform at which that time of the song is, whole track in view."""
+        box = self.find("filler", "Waveform").queryComponent().getExtents(self.pyatspi.DESKTOP_COORDS)
+        inset = 8
+        x = box.x + inset + (box.width - 2 * inset) * seconds / duration
+        return int(round(x)), box.y + box.height * 3 // 4
+
+    def resize(self, width, height):
+        window = self.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$").stdout.split()[-1].decode()
+        self.desktop.run("xdotool", "windowsize", "--sync", window, str(width), str(height))
+
+    def close(self):
+        if self.process.poll() is None:
+            self.desktop.key("ctrl+q")
+        return self.process.wait(10)
+
+
+class Watchdog:
+    """Asks the main thread for an answer all the time, and notes how long it took; and beside it how long a thread that has nothing
+    to do takes to wake up, which is the machine's own doing."""
+
+    def __init__(self, window):
+        self.window = window
+        self.slowest = 0.0
+        self.machine = 0.0
+        self._end = threading.Event()
+        self._thread = threading.Thread(target=self._watch, daemon=True)
+
+    def _watch(self):
+        while not self._end.is_set():
+            begin = time.monotonic()
+            time.sleep(0.01)
+            machine = time.monotonic() - begin - 0.01
+            begin = time.monotonic()
+            try:
+                self.window.application.getState()
+            except Exception:
+                continue
+            took = time.monotonic() - begin
+            # What the machine held up is not the program's doing.
+            self.machine = max(self.machine, machine)
+            if machine < 0.01:
+                self.slowest = max(self.slowest, took)
+
+    def __enter__(self):
+        self._thread.start()
+        return self
+
+    def __exit__(self, *_):
+        self._end.set()
+        self._thread.join()
+
+
+def run_tests(begin):
+    """Runs the tests of the calling program on a desktop of their own; `begin` is given that desktop first. The exit status.
+
+    Usage: PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]"""
+    Path(sys.argv[2]).mkdir(parents=True, exist_ok=True)
+    desktop = Desktop()
+    try:
+        desktop.start_portal("light")
+        # The accessibility bus answers from its second client on.
+        subprocess.run(["/usr/bin/python3", "-c", "import pyatspi; pyatspi.Registry.getDesktop(0).childCount"], check=False,
+                       env=desktop.environment)
+        begin(desktop)
+        outcome = unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2, exit=False).result
+    finally:
+        desktop.close()
+    return 0 if outcome.wasSuccessful() else 1
