@@ -87,10 +87,10 @@ URLDownloader::Outcome outcomeOf(const ProcessEnd& end, std::string_view errorTe
 {
     if (end.status != 0)
         return std::unexpected(DownloadError{ DownloadError::Kind::processFailed, end.status, trimmedText(errorText) });
-    const std::string path = trimmedText(end.standardOutput);
+    std::string path = trimmedText(end.standardOutput);
     if (path.empty())
         return std::unexpected(DownloadError{ DownloadError::Kind::noOutputFile });
-    return path;
+    return FilePath(std::move(path));
 }
 
 }  // namespace

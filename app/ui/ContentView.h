@@ -52,6 +52,8 @@ public:
 
     explicit ContentView(const Services& services, QWidget* parent = nullptr);
     ~ContentView() override;
+    ContentView(const ContentView&) = delete;
+    ContentView& operator=(const ContentView&) = delete;
 
     /// Opens a file in place of the present one.
     void loadFile(const FilePath& url, RestoreSettings restoreSettings);

@@ -18,6 +18,8 @@ public:
     DownloadNotice(const ThemeSource& source, std::shared_ptr<RunningDownload> download,
                    std::function<void(const FilePath& file)> open, QWidget* parent = nullptr);
     ~DownloadNotice() override;
+    DownloadNotice(const DownloadNotice&) = delete;
+    DownloadNotice& operator=(const DownloadNotice&) = delete;
 
 private:
     void showProgress();

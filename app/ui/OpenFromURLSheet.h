@@ -41,6 +41,8 @@ public:
 
     OpenFromURLSheet(const Services& services, Handlers handlers, QWidget* parent);
     ~OpenFromURLSheet() override;
+    OpenFromURLSheet(const OpenFromURLSheet&) = delete;
+    OpenFromURLSheet& operator=(const OpenFromURLSheet&) = delete;
 
     /// What has been typed is a web address.
     [[nodiscard]] bool canSubmit() const;

@@ -23,16 +23,16 @@ def make_songs(folder, seconds=6):
 
 
 class SongServer:
-    """/song.mp3, .wav, .m4a and any other name with such an ending: the song. Below /slow/, in pieces over SLOW_SECONDS; below
-    /endless/, without an end; below /broken/, half of it. /moved/X leads to /X. /page: a page without a song. /titled/T: a page
+    """/song.mp3, .wav, .m4a and any other name with such an ending: the song. Below /slow/, in pieces over SLOW_SECONDS, and from
+    any place on that is asked for; below /endless/, without an end; below /broken/, half of it. /moved/X leads to /X. /page: a page without a song. /titled/T: a page
     with the title T and a song. Everything else is not found."""
 
     def __init__(self, songs):
         server = self
         self.songs = songs
-        # What was asked for, and by whom.
-        self.requested = []
+        # Who has asked, and for which place to begin at.
         self.agents = []
+        self.places = []
 
         class Handler(BaseHTTPRequestHandler):
             def do_HEAD(self):
@@ -57,8 +57,9 @@ class SongServer:
 
     def answer(self, request, with_body):
         path = urllib.parse.unquote(urllib.parse.urlsplit(request.path).path)
-        self.requested.append(path)
+        place = int(request.headers.get("Range", "bytes=0-").removeprefix("bytes=").partition("-")[0])
         self.agents.append(request.headers["User-Agent"])
+        self.places.append(place)
         _, first, *rest = path.split("/", 2)
         song = self.songs.get(path.rpartition(".")[2])
         if first == "moved":
@@ -70,8 +71,11 @@ class SongServer:
             self._send(request, 200, {"Content-Type": "text/html; charset=utf-8"}, page.encode(), with_body)
         elif song is None:
             self._send(request, 404, {}, b"", with_body)
+        elif first == "slow" and place > 0:
+            headers = {"Content-Range": f"bytes {place}-{len(song) - 1}/{len(song)}"}
+            self._send(request, 206, headers, song[place:], with_body, first)
         else:
-            headers = {"Content-Type": TYPES[path.rpartition(".")[2]]}
+            headers = {"Content-Type": TYPES[path.rpartition(".")[2]], "Accept-Ranges": "bytes"}
             self._send(request, 200, headers, song, with_body, first)
 
     @staticmethod

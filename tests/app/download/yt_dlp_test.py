@@ -105,22 +105,22 @@ class FetchTest(unittest.TestCase):
         self.assertEqual(self.fetched("/song.mp3"), "song.m4a")
         self.assertEqual(self.server.agents[-1], "practising")
 
-    def test_a_polite_request_ends_everything(self):
-        process = subprocess.Popen(command(self.folder, self.server.address("/endless/song.mp3")), env=self.environment, cwd="/",
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, start_new_session=True)
-        for line in process.stderr:
-            if line.startswith(b"quillet-progress"):
-                break
+    def test_a_polite_request_ends_everything_and_the_next_time_goes_on_from_there(self):
+        process = subprocess.Popen(command(self.folder, self.server.address("/slow/song.mp3")), env=self.environment, cwd="/",
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
+        end = time.monotonic() + 20
+        while not any(file.stat().st_size > 0 for file in self.folder.rglob("*.part")):
+            self.assertLess(time.monotonic(), end, "nothing came")
+            time.sleep(0.05)
         process.send_signal(signal.SIGTERM)
-        process.stderr.read()  # to its end: nobody has it open any more
-        process.stderr.close()
         process.wait(10)
-        sizes = []
-        for _ in range(2):
-            sizes.append(sum(file.stat().st_size for file in self.folder.rglob("*.part")))
-            time.sleep(0.5)
-        self.assertEqual(sizes[0], sizes[1])
         self.assertTrue(ends(process.pid), "something of it still runs")
+        self.server.places.clear()
+        self.assertEqual(self.fetched("/slow/song.mp3"), "song.m4a")
+        self.assertGreater(max(self.server.places), 0)
+        # Byte for byte what it is in one go.
+        self.assertEqual(self.fetched("/song.mp3"), "song.m4a")
+        self.assertEqual(self.names(), ["song.m4a"])
 
 
 if __name__ == "__main__":
