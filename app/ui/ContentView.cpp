@@ -205,8 +205,7 @@ void ContentView::openFromURL()
                                           },
                                            [this] { closeOpenFromURL(); } },
                                          this);
-    connect(m_openFromURL, &OpenFromURLSheet::isDownloadingChanged, m_shade,
-            [this] { m_shade->setVisible(m_openFromURL && !m_openFromURL->isDownloading()); });
+    connect(m_openFromURL, &OpenFromURLSheet::isInFrontChanged, m_shade, &QWidget::setVisible);
     openSheet(*m_openFromURL);
 }
 

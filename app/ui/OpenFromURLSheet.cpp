@@ -145,7 +145,6 @@ void OpenFromURLSheet::startDownload()
     m_download = download;
     download->setListener({ [this] { showProgress(); }, [this](const auto& outcome) { finish(outcome); } });
     sync();
-    Q_EMIT isDownloadingChanged();
     download->start(m_services.downloader, *address, m_downloadDirectory);
     // It may have failed at once.
     if (isDownloading())
@@ -158,14 +157,16 @@ void OpenFromURLSheet::finish(const URLDownloader::Outcome& outcome)
     if (!outcome)
         m_errorMessage = QString::fromStdString(outcome.error().description());
     sync();
-    Q_EMIT isDownloadingChanged();
     if (outcome) {
         // The last thing: it may destroy this sheet.
         m_handlers.onLoad(*outcome);
         return;
     }
-    setInFront(true);
-    m_address->setFocus();
+    // Whoever plays meanwhile keeps the keys.
+    if (isActiveWindow()) {
+        setInFront(true);
+        m_address->setFocus();
+    }
     QAccessibleEvent alert(m_errorText, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);
 }
@@ -241,6 +242,7 @@ void OpenFromURLSheet::setInFront(bool isInFront)
     setWindowModality(modality);
     move(place);
     show();
+    Q_EMIT isInFrontChanged(isInFront);
 }
 
 void OpenFromURLSheet::showEvent(QShowEvent* event)

@@ -57,7 +57,8 @@ public:
     void reject() override;
 
 Q_SIGNALS:
-    void isDownloadingChanged();
+    /// Whether the window under the sheet can be used has changed.
+    void isInFrontChanged(bool isInFront);
 
 protected:
     void showEvent(QShowEvent* event) override;

@@ -92,7 +92,10 @@ class Downloader(yt_dlp.YoutubeDL):
         return template  # a "$" or "~" in the folder's name is part of its name
 
     def prepare_filename(self, *arguments, **options):
-        folder, name = os.path.split(super().prepare_filename(*arguments, **options) or "")
+        path = super().prepare_filename(*arguments, **options)
+        if not path:
+            return path
+        folder, name = os.path.split(path)
         stem, extension = os.path.splitext(name)
         stem = os.fsencode(stem)[:LONGEST_NAME_BYTES].decode(sys.getfilesystemencoding(), "ignore")
         return os.path.join(folder, stem + extension)

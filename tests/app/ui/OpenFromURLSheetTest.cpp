@@ -119,7 +119,6 @@ TEST_F(OpenFromURLSheetTest, AFailureIsShownAndAnotherAttemptClearsIt)
     processes.children.at(0).say("ERROR: <b>not found</b>\n");
     processes.children[0].end(1, {});
     EXPECT_TRUE(isShown("Download failed: ERROR: <b>not found</b>"));
-    EXPECT_TRUE(sheet.isModal());
     EXPECT_TRUE(sheet.isVisible());
     EXPECT_FALSE(loaded);
     press(Qt::Key_Backspace);
@@ -134,6 +133,20 @@ TEST_F(OpenFromURLSheetTest, AFailureIsShownAndAnotherAttemptClearsIt)
     std::filesystem::remove(tools / "yt-dlp");
     press(Qt::Key_Return);
     EXPECT_TRUE(isShown("yt-dlp not found inside the app bundle."));
+}
+
+TEST_F(OpenFromURLSheetTest, AFailureTakesNoKeysFromWhoPlays)
+{
+    for (const bool plays : { false, true }) {
+        type("https://example.com/a.mp3");
+        QApplication::setActiveWindow(&sheet);
+        press(Qt::Key_Return);
+        QApplication::setActiveWindow(plays ? &window : &sheet);
+        EXPECT_FALSE(sheet.isModal());
+        processes.children.back().end(1, {});
+        EXPECT_TRUE(isShown("Download failed (exit code 1)."));
+        EXPECT_EQ(sheet.isModal(), !plays);
+    }
 }
 
 TEST_F(OpenFromURLSheetTest, TheChosenFolderIsUsedAndKept)
