@@ -2,6 +2,7 @@
 
 #include "app/ui/FileNames.h"
 
+#include <QAccessible>
 #include <QPushButton>
 
 namespace quillet {
@@ -34,6 +35,8 @@ void DownloadNotice::showEnd(const URLDownloader::Outcome& outcome)
     }
     QPushButton& close = addButton(tr("Close"));
     connect(&close, &QAbstractButton::clicked, this, &QObject::deleteLater);
+    QAccessibleEvent alert(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
 }
 
 }  // namespace quillet

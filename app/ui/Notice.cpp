@@ -31,6 +31,7 @@ Notice::Notice(const ThemeSource& source, const QString& sentence, QWidget* pare
 void Notice::setSentence(const QString& sentence)
 {
     m_sentence = sentence;
+    setAccessibleName(sentence);
     m_label->setAccessibleName(sentence);
     m_label->setToolTip(sentence);
     fitSentence();

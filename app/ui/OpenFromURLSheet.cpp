@@ -35,7 +35,7 @@ OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, 
       m_services(services),
       m_handlers(std::move(handlers)),
       m_downloadDirectory(services.settings.downloadDirectory()),
-      m_address(new QLineEdit),
+      m_urlField(new QLineEdit),
       m_directory(new Label(services.theme, Label::Role::secondary, {})),
       m_bar(new QProgressBar),
       m_words(new Label(services.theme, Label::Role::number, {})),
@@ -45,15 +45,15 @@ OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, 
     setWindowTitle(tr("Open from URL"));
     auto* title = new Label(services.theme, Label::Role::title, tr("Open from URL"));
     title->setHeading(titlePixels);
-    m_address->setPlaceholderText(QStringLiteral("https://example.com/song.mp3"));
-    m_address->setAccessibleName(tr("Web address"));
-    m_address->setFixedHeight(AppTheme::controlHeight);
-    m_address->setTextMargins(fieldPadding, 0, fieldPadding, 0);
-    connect(m_address, &QLineEdit::textChanged, this, [this](const QString& text) {
+    m_urlField->setPlaceholderText(QStringLiteral("https://example.com/song.mp3"));
+    m_urlField->setAccessibleName(tr("Web address"));
+    m_urlField->setFixedHeight(AppTheme::controlHeight);
+    m_urlField->setTextMargins(fieldPadding, 0, fieldPadding, 0);
+    connect(m_urlField, &QLineEdit::textChanged, this, [this](const QString& text) {
         // A pasted line brings its end along.
         static const QRegularExpression lineEnds(QStringLiteral("[\\r\\n\\x{2028}\\x{2029}]"));
         if (text.contains(lineEnds))
-            m_address->setText(QString(text).remove(lineEnds));
+            m_urlField->setText(QString(text).remove(lineEnds));
         sync();
     });
 
@@ -71,7 +71,7 @@ OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, 
     auto* inside = new QVBoxLayout(card);
     inside->setContentsMargins(AppTheme::cardPadding, AppTheme::cardPadding, AppTheme::cardPadding, AppTheme::cardPadding);
     inside->setSpacing(12);
-    inside->addWidget(m_address);
+    inside->addWidget(m_urlField);
     inside->addLayout(folder);
 
     auto* cancel = new QPushButton(tr("Cancel"));
@@ -133,11 +133,13 @@ QWidget* OpenFromURLSheet::makeError()
     return m_error;
 }
 
-bool OpenFromURLSheet::canSubmit() const { return WebAddress::parse(m_address->text().toStdString()).has_value(); }
+std::string OpenFromURLSheet::urlText() const { return m_urlField->text().toStdString(); }
+
+bool OpenFromURLSheet::canSubmit() const { return WebAddress::parse(urlText()).has_value(); }
 
 void OpenFromURLSheet::startDownload()
 {
-    const auto address = WebAddress::parse(m_address->text().toStdString());
+    const auto address = WebAddress::parse(urlText());
     if (!address || m_download)
         return;
     m_errorMessage.reset();
@@ -165,7 +167,7 @@ void OpenFromURLSheet::finish(const URLDownloader::Outcome& outcome)
     // Whoever plays meanwhile keeps the keys.
     if (isActiveWindow()) {
         setInFront(true);
-        m_address->setFocus();
+        m_urlField->setFocus();
     }
     QAccessibleEvent alert(m_errorText, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);
@@ -200,7 +202,7 @@ void OpenFromURLSheet::chooseDirectory()
 void OpenFromURLSheet::sync()
 {
     m_submit->setEnabled(!isDownloading() && canSubmit());
-    m_address->setReadOnly(isDownloading());
+    m_urlField->setReadOnly(isDownloading());
     m_progress->setVisible(isDownloading());
     m_error->setVisible(m_errorMessage.has_value());
     if (m_errorMessage) {

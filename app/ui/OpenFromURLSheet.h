@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 class QLabel;
 class QLineEdit;
@@ -65,6 +66,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    [[nodiscard]] std::string urlText() const;
     [[nodiscard]] QWidget* makeError();
     [[nodiscard]] QWidget* makeProgress();
     void finish(const URLDownloader::Outcome& outcome);
@@ -80,7 +82,7 @@ private:
     std::optional<QString> m_errorMessage;
     std::shared_ptr<RunningDownload> m_download;
 
-    QLineEdit* m_address;
+    QLineEdit* m_urlField;
     QLabel* m_directory;
     QWidget* m_progress;
     QProgressBar* m_bar;

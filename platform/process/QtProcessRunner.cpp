@@ -60,6 +60,8 @@ public:
         if (leader <= 0)
             return;
         kill(-leader, SIGKILL);
+        // It may not have become a leader yet.
+        m_process.kill();
         m_process.waitForFinished();
     }
 

@@ -109,9 +109,11 @@ TEST_F(URLDownloaderTest, TheFirstToolThatIsMissingIsNamed)
     std::filesystem::create_directory(tools / "uv");
     EXPECT_EQ(failure(), "uv not found inside the app bundle.");
 
-    const URLDownloader nowhere(processes, {});
-    ASSERT_FALSE(nowhere.bundleHelperDirectory());
-    EXPECT_EQ(nowhere.bundleHelperDirectory().error().description(), "uv not found inside the app bundle.");
+    URLDownloader nowhere(processes, {});
+    std::string sentence;
+    nowhere.download(address, "/songs",
+                     { {}, [&](const URLDownloader::Outcome& outcome) { sentence = outcome.error().description(); } });
+    EXPECT_EQ(sentence, "uv not found inside the app bundle.");
 }
 
 TEST_F(URLDownloaderTest, AToolThatCannotBeStartedIsTheSystemsWord)
