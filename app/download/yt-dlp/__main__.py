@@ -2,15 +2,17 @@
 program needs around it and no argument can say:
 
 - on standard error, lines that begin with "quillet-progress": how far the download is (PROGRESS below);
-- what is unfinished lies in a folder of its own, so that no file of the user's is taken for a download or replaced. If that is cut
-  short, the same address goes on from there the next time. A finished song gets a name that no other file has, unless it is the same
-  file once more;
+- what is unfinished lies in a folder of its own, so that no file of the user's is taken for a download or replaced. If it is cut
+  short, the same address goes on from there the next time; of two at once, one waits for the other. A finished song gets a name that
+  no other file has, unless it is the same file once more;
 - the folder is taken letter by letter, whatever percent and dollar signs are in its name, and names are cut to what a file system
   can hold;
 - options of the user's own for this program ("yt-dlp.conf" in its directory of settings), and no other configuration;
 - an end of everything that has been started when the program ends.
 """
 
+import contextlib
+import fcntl
 import filecmp
 import hashlib
 import itertools
@@ -118,6 +120,21 @@ def own_arguments(program_folder):
     return own
 
 
+def claim(folder):
+    """Makes the folder, and waits until no other download uses it. What is returned holds the claim until it is closed."""
+    while True:
+        folder.mkdir(parents=True, exist_ok=True)
+        claimed = os.open(folder, os.O_RDONLY)
+        with contextlib.suppress(OSError):  # not every file system can
+            fcntl.flock(claimed, fcntl.LOCK_EX)
+        try:
+            if os.path.samestat(os.fstat(claimed), folder.stat()):
+                return claimed
+        except FileNotFoundError:
+            pass  # whoever had it has removed it
+        os.close(claimed)
+
+
 def end_with_everything(*_):
     # The program gives the tools a process group of their own, which the tool that has started this one leads.
     if os.getpgrp() == os.getppid():
@@ -147,11 +164,16 @@ def main():
     Downloader.final_folder = Path(arguments[place].removesuffix(TITLE_AND_EXTENSION) or "/")
     unfinished = Downloader.final_folder / f".quillet-{hashlib.sha256(arguments[-1].encode()).hexdigest()[:12]}"
     arguments[place] = str(unfinished).replace("%", "%%") + TITLE_AND_EXTENSION
+    try:
+        claimed = claim(unfinished)
+    except OSError as reason:
+        sys.exit(f"ERROR: {reason.strerror}: {Downloader.final_folder}")
     status = run(own + arguments)
     if status == 0:
         shutil.rmtree(unfinished, ignore_errors=True)
     elif unfinished.is_dir() and not any(unfinished.iterdir()):
         unfinished.rmdir()
+    os.close(claimed)
     return status
 
 

@@ -89,6 +89,13 @@ class FetchTest(unittest.TestCase):
         self.assertEqual(self.names(), ["song (2).m4a", "song (3).m4a", "song.m4a", "song.mp3"])
         self.assertEqual({(self.folder / name).read_text() for name in ("song.m4a", "song.mp3")}, {"the user's own"})
 
+    def test_the_same_address_twice_at_once_is_one_song(self):
+        both = [subprocess.Popen(command(self.folder, self.server.address("/slow/song.mp3")), env=self.environment, cwd="/",
+                                 stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) for _ in range(2)]
+        for process in both:
+            self.assertEqual(process.communicate()[0].decode().strip(), str(self.folder / "song.m4a"))
+        self.assertEqual(self.names(), ["song.m4a"])
+
     def test_failures_are_said_and_leave_nothing_in_view(self):
         for path, word in (("/nothing", "404"), ("/page", "Unsupported URL"), ("/broken/song.mp3", "24")):
             outcome = self.fetch(path)
@@ -96,7 +103,9 @@ class FetchTest(unittest.TestCase):
             self.assertEqual(outcome.stdout, b"")
             self.assertIn(word, outcome.stderr.decode())
         self.assertTrue(all(name.startswith(".") for name in self.names()))
-        self.assertEqual(self.fetch("/song.mp3", "/proc/nowhere").returncode, 1)
+        nowhere = self.fetch("/song.mp3", "/proc/nowhere")
+        self.assertEqual(nowhere.returncode, 1)
+        self.assertEqual(nowhere.stderr.decode().strip(), "ERROR: No such file or directory: /proc/nowhere")
 
     def test_options_of_the_users_own_for_this_program_are_read(self):
         for folder, option in ((".config/yt-dlp", "--print title"), (".config/quillet", "--user-agent practising")):
