@@ -2,6 +2,7 @@
 
 #include <QAbstractSpinBox>
 #include <QApplication>
+#include <QDialog>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -29,7 +30,12 @@ bool isEditingText()
     return spin != nullptr && !spin->isReadOnly();
 }
 
-bool isElsewhere() { return QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget() != nullptr; }
+/// In a menu, or in a dialog, whether or not the window behind it can be used.
+bool isElsewhere()
+{
+    return QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget() != nullptr
+        || qobject_cast<QDialog*>(QApplication::activeWindow()) != nullptr;
+}
 
 }  // namespace
 

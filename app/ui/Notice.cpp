@@ -1,6 +1,6 @@
 #include "app/ui/Notice.h"
 
-#include "app/ui/controls/Label.h"
+#include "app/ui/controls/ElidedLabel.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
@@ -16,12 +16,10 @@ constexpr int padding = 8;
 Notice::Notice(const ThemeSource& source, const QString& sentence, QWidget* parent)
     : QWidget(parent),
       m_source(source),
-      m_label(new Label(source, Label::Role::text, {})),
+      m_label(new ElidedLabel(source, Label::Role::text)),
       m_row(new QHBoxLayout(this))
 {
-    m_label->setTextFormat(Qt::PlainText);
     m_label->setAlignment(Qt::AlignCenter);
-    m_label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_row->setContentsMargins(AppTheme::windowMargin, padding, AppTheme::windowMargin, padding);
     m_row->setSpacing(padding);
     m_row->addWidget(m_label, 1);
@@ -30,12 +28,11 @@ Notice::Notice(const ThemeSource& source, const QString& sentence, QWidget* pare
 
 void Notice::setSentence(const QString& sentence)
 {
-    m_sentence = sentence;
     setAccessibleName(sentence);
-    m_label->setAccessibleName(sentence);
-    m_label->setToolTip(sentence);
-    fitSentence();
+    m_label->setWholeText(sentence);
 }
+
+const QString& Notice::sentence() const { return m_label->wholeText(); }
 
 QPushButton& Notice::addButton(const QString& title)
 {
@@ -46,17 +43,5 @@ QPushButton& Notice::addButton(const QString& title)
 }
 
 void Notice::paintEvent(QPaintEvent*) { QPainter(this).fillRect(rect(), m_source.theme().fieldPressed); }
-
-void Notice::resizeEvent(QResizeEvent* event)
-{
-    QWidget::resizeEvent(event);
-    fitSentence();
-}
-
-void Notice::fitSentence()
-{
-    m_row->activate();
-    m_label->setText(m_label->fontMetrics().elidedText(m_sentence, Qt::ElideMiddle, m_label->width()));
-}
 
 }  // namespace quillet

@@ -10,7 +10,7 @@ class QPushButton;
 
 namespace quillet {
 
-class Label;
+class ElidedLabel;
 
 class Notice : public QWidget {
     Q_OBJECT
@@ -18,23 +18,18 @@ class Notice : public QWidget {
 public:
     Notice(const ThemeSource& source, const QString& sentence, QWidget* parent = nullptr);
 
-    /// Shown on one line, cut in the middle where there is no room, whole in its tooltip.
     void setSentence(const QString& sentence);
-    [[nodiscard]] const QString& sentence() const { return m_sentence; }
+    [[nodiscard]] const QString& sentence() const;
 
 protected:
     /// In the order in which they are added, behind the sentence.
     QPushButton& addButton(const QString& title);
 
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void fitSentence();
-
     const ThemeSource& m_source;
-    QString m_sentence;
-    Label* m_label;
+    ElidedLabel* m_label;
     QHBoxLayout* m_row;
 };
 

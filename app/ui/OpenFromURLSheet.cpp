@@ -5,7 +5,7 @@
 #include "app/ui/FileNames.h"
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/controls/Card.h"
-#include "app/ui/controls/Label.h"
+#include "app/ui/controls/ElidedLabel.h"
 
 #include <QAccessible>
 #include <QFileDialog>
@@ -15,6 +15,7 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace quillet {
@@ -36,7 +37,7 @@ OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, 
       m_handlers(std::move(handlers)),
       m_downloadDirectory(services.settings.downloadDirectory()),
       m_urlField(new QLineEdit),
-      m_directory(new Label(services.theme, Label::Role::secondary, {})),
+      m_directory(new ElidedLabel(services.theme, Label::Role::secondary)),
       m_bar(new QProgressBar),
       m_words(new Label(services.theme, Label::Role::number, {})),
       m_errorText(new Label(services.theme, Label::Role::error, {})),
@@ -62,7 +63,6 @@ OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, 
     choose->setAccessibleName(tr("Select the download folder"));
     choose->setAutoDefault(false);
     connect(choose, &QAbstractButton::clicked, this, &OpenFromURLSheet::chooseDirectory);
-    m_directory->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     folder->setSpacing(12);
     folder->addWidget(new Label(services.theme, Label::Role::text, tr("Download folder")));
     folder->addWidget(m_directory, 1);
@@ -95,6 +95,7 @@ OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, 
     column->addWidget(makeError());
     column->addLayout(buttons);
     card->setFixedWidth(sheetWidth - 2 * AppTheme::windowMargin);
+    showDirectory();
     sync();
 }
 
@@ -207,13 +208,14 @@ void OpenFromURLSheet::sync()
     m_error->setVisible(m_errorMessage.has_value());
     if (m_errorMessage) {
         m_errorText->setText(*m_errorMessage);
-        const int width = m_error->width();
+        int width = m_error->width();
+        if (m_errorText->heightForWidth(width) > tallestError)
+            width -= m_error->verticalScrollBar()->sizeHint().width();
         m_errorText->setFixedSize(width, m_errorText->heightForWidth(width));
         m_error->setFixedHeight(std::min(tallestError, m_errorText->height()));
     }
     if (isDownloading())
         showProgress();
-    showDirectory();
 }
 
 void OpenFromURLSheet::showProgress()
@@ -227,10 +229,8 @@ void OpenFromURLSheet::showProgress()
 
 void OpenFromURLSheet::showDirectory()
 {
-    const QString whole = abbreviatedPath(m_downloadDirectory);
-    m_directory->setText(m_directory->fontMetrics().elidedText(whole, Qt::ElideMiddle, m_directory->width()));
-    m_directory->setAccessibleName(tr("Download folder %1").arg(whole));
-    m_directory->setToolTip(whole);
+    const QString folder = abbreviatedPath(m_downloadDirectory);
+    m_directory->setWholeText(folder, tr("Download folder %1").arg(folder));
 }
 
 void OpenFromURLSheet::setInFront(bool isInFront)
@@ -245,18 +245,6 @@ void OpenFromURLSheet::setInFront(bool isInFront)
     move(place);
     show();
     Q_EMIT isInFrontChanged(isInFront);
-}
-
-void OpenFromURLSheet::showEvent(QShowEvent* event)
-{
-    QDialog::showEvent(event);
-    showDirectory();
-}
-
-void OpenFromURLSheet::resizeEvent(QResizeEvent* event)
-{
-    QDialog::resizeEvent(event);
-    showDirectory();
 }
 
 }  // namespace quillet

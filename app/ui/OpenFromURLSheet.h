@@ -23,6 +23,8 @@ class QScrollArea;
 
 namespace quillet {
 
+class ElidedLabel;
+
 class OpenFromURLSheet final : public QDialog {
     Q_OBJECT
 
@@ -61,10 +63,6 @@ Q_SIGNALS:
     /// Whether the window under the sheet can be used has changed.
     void isInFrontChanged(bool isInFront);
 
-protected:
-    void showEvent(QShowEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-
 private:
     [[nodiscard]] std::string urlText() const;
     [[nodiscard]] QWidget* makeError();
@@ -83,7 +81,7 @@ private:
     std::shared_ptr<RunningDownload> m_download;
 
     QLineEdit* m_urlField;
-    QLabel* m_directory;
+    ElidedLabel* m_directory;
     QWidget* m_progress;
     QProgressBar* m_bar;
     QLabel* m_words;

@@ -5,11 +5,10 @@
 #include "app/ui/FileNames.h"
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
-#include "app/ui/controls/Fonts.h"
+#include "app/ui/controls/ElidedLabel.h"
 #include "app/ui/controls/SymbolButton.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QMenu>
 #include <QPainter>
 #include <QPushButton>
@@ -76,7 +75,7 @@ ToolBar::ToolBar(AppState& state, Notifications& notifications, const ThemeSourc
       m_open(new QPushButton(tr("Open File..."))),
       m_recent(new MenuButton(tr("Recent"))),
       m_busy(new BusyIndicator(source, AppTheme::onToolbar, busySize)),
-      m_title(new QLabel)
+      m_title(new ElidedLabel(source, Label::Role::toolbarTitle))
 {
     setFixedHeight(barHeight);
     setButtonKind(*m_open, ButtonKind::toolbar);
@@ -86,12 +85,7 @@ ToolBar::ToolBar(AppState& state, Notifications& notifications, const ThemeSourc
     m_recent->setMenu(menu);
     auto* help = new SymbolButton(source, QStringLiteral("questionmark.circle"), tr("Help"), ButtonKind::toolbar, symbolSize);
     help->setToolTip(tr("Help"));
-    m_title->setTextFormat(Qt::PlainText);
     m_title->setAlignment(Qt::AlignCenter);
-    m_title->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    QPalette palette;
-    palette.setColor(QPalette::WindowText, AppTheme::onToolbar);
-    m_title->setPalette(palette);
     for (QPushButton* button : { m_open, m_recent })
         button->setFocusPolicy(Qt::TabFocus);
 
@@ -119,25 +113,12 @@ void ToolBar::syncLoading()
     const bool isLoading = loading.stage == LoadingState::Stage::loading;
     m_open->setEnabled(!isLoading);
     m_busy->setVisible(isLoading);
-    m_title->setFont(isLoading ? secondaryFont() : titleFont());
-    m_titleText = isLoading      ? QString::fromStdString(loading.message)
-        : m_state.audioFileURL() ? fileName(*m_state.audioFileURL())
-                                 : QString();
-    showTitle();
-}
-
-void ToolBar::showTitle()
-{
-    m_title->setText(m_title->fontMetrics().elidedText(m_titleText, Qt::ElideMiddle, m_title->width()));
-    m_title->setAccessibleName(m_titleText);
+    m_title->setRole(isLoading ? Label::Role::toolbarSecondary : Label::Role::toolbarTitle);
+    m_title->setWholeText(isLoading                    ? QString::fromStdString(loading.message)
+                              : m_state.audioFileURL() ? fileName(*m_state.audioFileURL())
+                                                       : QString());
+    // Where the file lies.
     m_title->setToolTip(m_state.audioFileURL() ? pathText(*m_state.audioFileURL()) : QString());
-}
-
-void ToolBar::resizeEvent(QResizeEvent* event)
-{
-    QWidget::resizeEvent(event);
-    layout()->activate();
-    showTitle();
 }
 
 void ToolBar::paintEvent(QPaintEvent*)

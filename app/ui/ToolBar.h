@@ -8,13 +8,13 @@
 
 #include <QWidget>
 
-class QLabel;
 class QMenu;
 class QPushButton;
 
 namespace quillet {
 
 class BusyIndicator;
+class ElidedLabel;
 class SymbolButton;
 
 class ToolBar final : public QWidget {
@@ -26,19 +26,15 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void syncLoading();
-    void showTitle();
 
     AppState& m_state;
     QPushButton* m_open;
     QPushButton* m_recent;
     BusyIndicator* m_busy;
-    QLabel* m_title;
-    /// Before it is cut to the room that there is.
-    QString m_titleText;
+    ElidedLabel* m_title;
 };
 
 /// Fills `menu` with the recent files, a divider and "Clear Recents"; or with "No Recent Files".

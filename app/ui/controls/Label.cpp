@@ -43,6 +43,11 @@ void Label::applyTheme()
         setFont(secondaryFont());
         color = theme.secondaryText;
         break;
+    case Role::toolbarTitle:
+    case Role::toolbarSecondary:
+        setFont(m_role == Role::toolbarTitle ? titleFont() : secondaryFont());
+        color = AppTheme::onToolbar;
+        break;
     case Role::error:
         setFont(controlFont());
         color = theme.redText;

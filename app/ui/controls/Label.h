@@ -7,11 +7,11 @@
 
 namespace quillet {
 
-class Label final : public QLabel {
+class Label : public QLabel {
     Q_OBJECT
 
 public:
-    enum class Role { title, text, secondary, error, number, accentNumber };
+    enum class Role { title, text, secondary, error, number, accentNumber, toolbarTitle, toolbarSecondary };
 
     Label(const ThemeSource& source, Role role, const QString& text, QWidget* parent = nullptr);
 

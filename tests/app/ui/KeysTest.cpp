@@ -155,16 +155,22 @@ TEST_F(KeysTest, ArrowsMoveTheCursorUnlessSomethingIsHeld)
 
 TEST_F(KeysTest, NothingIsTakenForADialogNorAfterTheEnd)
 {
-    {
+    // The second lets the window be used.
+    for (const Qt::WindowModality modality : { Qt::WindowModal, Qt::NonModal }) {
         QDialog dialog(&window);
         auto* entry = new QLineEdit(&dialog);
-        dialog.open();
+        entry->setReadOnly(modality == Qt::NonModal);
+        dialog.setWindowModality(modality);
+        dialog.show();
+        QApplication::setActiveWindow(&dialog);
         for (const auto& [key, modifiers] :
              { std::pair(Qt::Key_Up, Qt::ControlModifier), std::pair(Qt::Key_H, Qt::NoModifier) }) {
             QTest::keyClick(entry, key, modifiers);
             rig.scheduler.advance(0);
         }
-        EXPECT_EQ(entry->text(), QStringLiteral("h"));
+        EXPECT_EQ(entry->text(), entry->isReadOnly() ? QString() : QStringLiteral("h"));
+        EXPECT_EQ(state.pitch(), 0);
+        EXPECT_FALSE(state.holdEnabled());
     }
     window.activateWindow();
     responder->setFocus();
