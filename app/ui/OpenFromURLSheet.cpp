@@ -46,34 +46,6 @@ OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, 
     setWindowTitle(tr("Open from URL"));
     auto* title = new Label(services.theme, Label::Role::title, tr("Open from URL"));
     title->setHeading(titlePixels);
-    m_urlField->setPlaceholderText(QStringLiteral("https://example.com/song.mp3"));
-    m_urlField->setAccessibleName(tr("Web address"));
-    m_urlField->setFixedHeight(AppTheme::controlHeight);
-    m_urlField->setTextMargins(fieldPadding, 0, fieldPadding, 0);
-    connect(m_urlField, &QLineEdit::textChanged, this, [this](const QString& text) {
-        // A pasted line brings its end along.
-        static const QRegularExpression lineEnds(QStringLiteral("[\\r\\n\\x{2028}\\x{2029}]"));
-        if (text.contains(lineEnds))
-            m_urlField->setText(QString(text).remove(lineEnds));
-        sync();
-    });
-
-    auto* folder = new QHBoxLayout;
-    auto* choose = new QPushButton(tr("Select"));
-    choose->setAccessibleName(tr("Select the download folder"));
-    choose->setAutoDefault(false);
-    connect(choose, &QAbstractButton::clicked, this, &OpenFromURLSheet::chooseDirectory);
-    folder->setSpacing(12);
-    folder->addWidget(new Label(services.theme, Label::Role::text, tr("Download folder")));
-    folder->addWidget(m_directory, 1);
-    folder->addWidget(choose);
-    auto* card = new Card(services.theme);
-    auto* inside = new QVBoxLayout(card);
-    inside->setContentsMargins(AppTheme::cardPadding, AppTheme::cardPadding, AppTheme::cardPadding, AppTheme::cardPadding);
-    inside->setSpacing(12);
-    inside->addWidget(m_urlField);
-    inside->addLayout(folder);
-
     auto* cancel = new QPushButton(tr("Cancel"));
     cancel->setAutoDefault(false);
     connect(cancel, &QAbstractButton::clicked, this, &QDialog::reject);
@@ -90,16 +62,47 @@ OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, 
     column->setSpacing(AppTheme::cardSpacing);
     column->setSizeConstraint(QLayout::SetFixedSize);
     column->addWidget(title);
-    column->addWidget(card);
+    column->addWidget(makeQuestions());
     column->addWidget(makeProgress());
     column->addWidget(makeError());
     column->addLayout(buttons);
-    card->setFixedWidth(sheetWidth - 2 * AppTheme::windowMargin);
     showDirectory();
     sync();
 }
 
 OpenFromURLSheet::~OpenFromURLSheet() { (void)releaseDownload(); }
+
+QWidget* OpenFromURLSheet::makeQuestions()
+{
+    m_urlField->setPlaceholderText(QStringLiteral("https://example.com/song.mp3"));
+    m_urlField->setAccessibleName(tr("Web address"));
+    m_urlField->setFixedHeight(AppTheme::controlHeight);
+    m_urlField->setTextMargins(fieldPadding, 0, fieldPadding, 0);
+    connect(m_urlField, &QLineEdit::textChanged, this, [this](const QString& text) {
+        // A pasted line brings its end along.
+        static const QRegularExpression lineEnds(QStringLiteral("[\\r\\n\\x{2028}\\x{2029}]"));
+        if (text.contains(lineEnds))
+            m_urlField->setText(QString(text).remove(lineEnds));
+        sync();
+    });
+    auto* choose = new QPushButton(tr("Select"));
+    choose->setAccessibleName(tr("Select the download folder"));
+    choose->setAutoDefault(false);
+    connect(choose, &QAbstractButton::clicked, this, &OpenFromURLSheet::chooseDirectory);
+    auto* folder = new QHBoxLayout;
+    folder->setSpacing(12);
+    folder->addWidget(new Label(m_services.theme, Label::Role::text, tr("Download folder")));
+    folder->addWidget(m_directory, 1);
+    folder->addWidget(choose);
+    auto* card = new Card(m_services.theme);
+    card->setFixedWidth(sheetWidth - 2 * AppTheme::windowMargin);
+    auto* column = new QVBoxLayout(card);
+    column->setContentsMargins(AppTheme::cardPadding, AppTheme::cardPadding, AppTheme::cardPadding, AppTheme::cardPadding);
+    column->setSpacing(12);
+    column->addWidget(m_urlField);
+    column->addLayout(folder);
+    return card;
+}
 
 QWidget* OpenFromURLSheet::makeProgress()
 {

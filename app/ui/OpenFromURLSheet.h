@@ -65,8 +65,9 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] std::string urlText() const;
-    [[nodiscard]] QWidget* makeError();
+    [[nodiscard]] QWidget* makeQuestions();
     [[nodiscard]] QWidget* makeProgress();
+    [[nodiscard]] QWidget* makeError();
     void finish(const URLDownloader::Outcome& outcome);
     void showProgress();
     void showDirectory();
