@@ -1,5 +1,6 @@
 #include "app/ui/EQView.h"
 
+#include "app/ui/controls/Drawer.h"
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/Switch.h"
 #include "app/ui/controls/ValueRow.h"
@@ -23,8 +24,7 @@ EQView::EQView(AppState& state, AudioEngine& engine, const ThemeSource& source, 
       m_state(state),
       m_engine(engine),
       m_switch(new Switch(source, tr("EQ"))),
-      m_reset(new QPushButton(tr("Reset"))),
-      m_columns(new QWidget)
+      m_reset(new QPushButton(tr("Reset")))
 {
     m_reset->setAccessibleName(tr("Reset EQ"));
     auto* caption = new Label(source, Label::Role::title, tr("EQ"));
@@ -35,15 +35,17 @@ EQView::EQView(AppState& state, AudioEngine& engine, const ThemeSource& source, 
     header->addWidget(m_switch);
     header->addStretch();
     header->addWidget(m_reset);
-    auto* bands = new QHBoxLayout(m_columns);
+    auto* columns = new QWidget;
+    auto* bands = new QHBoxLayout(columns);
     bands->setContentsMargins(0, 8, 0, 0);
     for (int band = 0; band < EqualizerNode::bandCount; ++band)
         m_bands[static_cast<std::size_t>(band)] = addBand(*bands, band, source);
+    m_drawer = new Drawer(columns);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addLayout(header);
-    column->addWidget(m_columns);
+    column->addWidget(m_drawer);
 
     connect(m_switch, &QAbstractButton::clicked, this, [this](bool isOn) {
         m_state.setEqEnabled(isOn);
@@ -89,7 +91,7 @@ void EQView::resetGains()
 void EQView::syncSwitch()
 {
     m_switch->setChecked(m_state.eqEnabled());
-    m_columns->setVisible(m_state.eqEnabled());
+    m_drawer->setOpen(m_state.eqEnabled());
 }
 
 void EQView::syncGains()

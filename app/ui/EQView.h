@@ -14,6 +14,7 @@ class QPushButton;
 
 namespace quillet {
 
+class Drawer;
 class Label;
 class Switch;
 class VerticalSlider;
@@ -41,7 +42,7 @@ private:
     AudioEngine& m_engine;
     Switch* m_switch;
     QPushButton* m_reset;
-    QWidget* m_columns;
+    Drawer* m_drawer;
     std::array<Band, EqualizerNode::bandCount> m_bands{};
 };
 

@@ -6,6 +6,7 @@
 #include "app/ui/RegionControls.h"
 #include "app/ui/SpeedControl.h"
 #include "app/ui/TransportView.h"
+#include "app/ui/controls/Drawer.h"
 #include "app/ui/controls/Switch.h"
 #include "app/ui/controls/TimePickerField.h"
 #include "app/ui/controls/ValueField.h"
@@ -173,6 +174,28 @@ TEST_F(ControlsTest, LoopHidesItsDelayAndKeepsItsPlace)
     EXPECT_FALSE(state.loopEnabled());
     EXPECT_FALSE(named<ValueField>("Loop delay, seconds")->isVisible());
     EXPECT_EQ(loop->sizeHint().width(), width);
+}
+
+TEST_F(ControlsTest, ADrawerSlidesToTheHeightOfItsContentAndShut)
+{
+    auto* content = new QWidget;
+    content->setMinimumHeight(200);
+    (new QVBoxLayout(content))->addSpacing(200);
+    auto* drawer = show(new Drawer(content));
+    const int height = content->sizeHint().height();
+    EXPECT_EQ(drawer->sizeHint().height(), 0);
+    for (const bool isOpen : { true, false }) {
+        drawer->setOpen(isOpen);
+        EXPECT_EQ(content->isVisible(), isOpen);
+        const int end = isOpen ? height : 0;
+        EXPECT_NE(drawer->sizeHint().height(), end) << "jumped";
+        EXPECT_TRUE(QTest::qWaitFor([&] { return drawer->sizeHint().height() == end; }));
+        EXPECT_EQ(content->height(), height) << "squeezed";
+    }
+    // Out of view there is nothing to see of it.
+    drawer->hide();
+    drawer->setOpen(true);
+    EXPECT_EQ(drawer->sizeHint().height(), height);
 }
 
 TEST_F(ControlsTest, EqualizerSnapsToHalfDecibels)
