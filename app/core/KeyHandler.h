@@ -23,6 +23,8 @@ class KeyHandler final : public QObject {
 public:
     explicit KeyHandler(Scheduler& scheduler);
     ~KeyHandler() override;
+    KeyHandler(const KeyHandler&) = delete;
+    KeyHandler& operator=(const KeyHandler&) = delete;
 
     /// Begins to act on `state`, held weakly, by way of `commands`, which outlives it. Does so anew when it has been started
     /// before.
