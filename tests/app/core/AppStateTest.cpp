@@ -1,9 +1,6 @@
 #include "app/core/AppState.h"
 
-#include "platform/defaults/MemoryDefaultsDomain.h"
-#include "platform/schedule/VirtualScheduler.h"
-#include "tests/support/FakeAudioGraph.h"
-#include "tests/support/MemoryAudioFile.h"
+#include "tests/support/StateRig.h"
 
 #include <gtest/gtest.h>
 
@@ -12,45 +9,8 @@
 namespace quillet {
 namespace {
 
-constexpr const char* song = "/music/song.flac";
-
-/// A state with a file of ten seconds at 8000 Hz, whole as the region, nothing playing and nothing to save.
-struct AppStateTest : testing::Test {
-    VirtualScheduler scheduler;
-    MemoryDefaultsDomain defaults;
-    SettingsStore store{ defaults };
-    FakeAudioGraph graph;
-    AudioEngine engine{ graph, scheduler };
-    std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, store, engine);
-
-    AppStateTest()
-    {
-        engine.setAppState(state);
-        open(10);
-    }
-
-    void open(double durationSeconds)
-    {
-        const auto samples = static_cast<std::size_t>(2 * 8000 * durationSeconds);
-        engine.setAudioFile(std::make_shared<MemoryAudioFile>(8000, std::vector<float>(samples)));
-        state->setAudioFileURL(song);
-        state->setAudioDuration(durationSeconds);
-        state->resetToDefaults(durationSeconds);
-        scheduler.advance(1);
-        defaults.remove(std::string("settings.") + song);
-    }
-
-    [[nodiscard]] std::optional<FileSettings> saved() const { return store.load(song); }
-    /// What sounds, in seconds; nothing when the player rests.
-    [[nodiscard]] std::optional<std::pair<double, double>> sounding() const
-    {
-        const auto& player = *graph.players.front();
-        if (!player.isSounding)
-            return std::nullopt;
-        const double start = static_cast<double>(player.segment->start) / 8000;
-        return std::pair(start, start + static_cast<double>(player.segment->count) / 8000);
-    }
-    [[nodiscard]] int starts() const { return graph.players.front()->scheduleCount; }
+struct AppStateTest : testing::Test, StateRig {
+    [[nodiscard]] std::optional<FileSettings> saved() const { return settings.load(song); }
 };
 
 using Window = std::pair<double, double>;
@@ -100,7 +60,7 @@ TEST_F(AppStateTest, EverySetOfAPreferenceSavesAndNoSetOfAnythingElse)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        store.clearAll();
+        settings.clearAll();
         c.set(*state);
         scheduler.advance(0.3);
         EXPECT_EQ(saved().has_value(), c.saves);
@@ -113,11 +73,11 @@ TEST_F(AppStateTest, TheSaveBelongsToTheFileOfTheLastChange)
     state->setAudioFileURL("/music/other.flac");
     scheduler.advance(0.3);
     EXPECT_EQ(saved().value_or(FileSettings{}).speed, 70);
-    EXPECT_FALSE(store.load("/music/other.flac"));
+    EXPECT_FALSE(settings.load("/music/other.flac"));
 
     state->setSpeed(80);
     scheduler.advance(0.3);
-    EXPECT_EQ(store.load("/music/other.flac").value_or(FileSettings{}).speed, 80);
+    EXPECT_EQ(settings.load("/music/other.flac").value_or(FileSettings{}).speed, 80);
     EXPECT_EQ(saved()->speed, 70);
 }
 
@@ -138,9 +98,9 @@ TEST_F(AppStateTest, NothingIsSavedWithoutAFileOrAfterTheStatesEnd)
 
 TEST_F(AppStateTest, SettingsApplyAsTheyAreAndResetBringsTheDefaultsBack)
 {
-    const FileSettings settings{ 1, 2, 55, 7, -300, true, { 1, -2, 3 }, false, 4, 5 };
-    state->applySettings(settings);
-    EXPECT_EQ(state->currentSettings(), settings);
+    const FileSettings kept{ 1, 2, 55, 7, -300, true, { 1, -2, 3 }, false, 4, 5 };
+    state->applySettings(kept);
+    EXPECT_EQ(state->currentSettings(), kept);
 
     state->setZoomLevel(3);
     state->setPanOffset(4);
