@@ -25,7 +25,7 @@ def make_songs(folder, seconds=6):
 class SongServer:
     """/song.mp3, .wav, .m4a and any other name with such an ending: the song. Below /slow/, in pieces over SLOW_SECONDS, and from
     any place on that is asked for; below /endless/, without an end; below /broken/, half of it. /moved/X leads to /X. /page: a page without a song. /titled/T: a page
-    with the title T and a song. Everything else is not found."""
+    with the title T and a song. /album: a page with two songs. Everything else is not found."""
 
     def __init__(self, songs):
         server = self
@@ -69,6 +69,9 @@ class SongServer:
         elif first == "titled":
             page = f"<html><title>{html.escape(rest[0])}</title><audio src='/song.mp3'></audio>"
             self._send(request, 200, {"Content-Type": "text/html; charset=utf-8"}, page.encode(), with_body)
+        elif first == "album":
+            page = b"<html><title>Album</title><audio src='/One.mp3'></audio><audio src='/Two.wav'></audio>"
+            self._send(request, 200, {"Content-Type": "text/html"}, page, with_body)
         elif song is None:
             self._send(request, 404, {}, b"", with_body)
         elif first == "slow" and place > 0:

@@ -110,7 +110,8 @@ def settings_folder():
 
 
 def own_arguments(program_folder):
-    own = ["--encoding", "utf-8", "--no-warnings"]
+    # One song is asked for: of a page with several, the first.
+    own = ["--encoding", "utf-8", "--no-warnings", "--playlist-items", "1"]
     options = settings_folder() / "yt-dlp.conf"
     if options.is_file():
         own += ["--config-locations", str(options)]

@@ -1,6 +1,7 @@
 #include "app/ui/controls/ElidedLabel.h"
 
 #include <QEvent>
+#include <QTextDocument>
 
 namespace quillet {
 
@@ -14,7 +15,8 @@ void ElidedLabel::setWholeText(const QString& text, const QString& name)
 {
     m_wholeText = text;
     setAccessibleName(name.isEmpty() ? text : name);
-    setToolTip(text);
+    // A name with "<b>" in it is shown as it is.
+    setToolTip(Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text);
     fit();
 }
 

@@ -77,6 +77,10 @@ class FetchTest(unittest.TestCase):
                 self.assertTrue(name.endswith(".m4a"))
                 self.assertTrue(name.isprintable())
 
+    def test_of_several_songs_it_is_the_first(self):
+        name = self.fetched("/album")
+        self.assertEqual(self.names(), [name])
+
     def test_files_that_are_there_are_left_alone(self):
         for name in ("song.mp3", "song.m4a"):
             (self.folder / name).write_text("the user's own")
