@@ -7,11 +7,17 @@
 namespace quillet {
 namespace {
 
-constexpr double bytesPerMB = 1024 * 1024;
+constexpr std::int64_t bytesPerKB = 1024;
+constexpr std::int64_t bytesPerMB = 1024 * bytesPerKB;
 
 QString tr(const char* text) { return QCoreApplication::translate("RunningDownload", text); }
 
-QString megabytes(std::int64_t bytes) { return tr("%1 MB").arg(static_cast<double>(bytes) / bytesPerMB, 0, 'f', 1); }
+QString sizeText(std::int64_t bytes)
+{
+    if (bytes < bytesPerMB)
+        return tr("%1 KB").arg((bytes + bytesPerKB - 1) / bytesPerKB);
+    return tr("%1 MB").arg(static_cast<double>(bytes) / bytesPerMB, 0, 'f', 1);
+}
 
 }  // namespace
 
@@ -37,8 +43,8 @@ QString RunningDownload::words() const
     if (m_progress->step == DownloadProgress::Step::converting)
         return tr("Converting…");
     if (const auto part = percent())
-        return tr("%1 % of %2").arg(*part).arg(megabytes(m_progress->expectedBytes));
-    return tr("%1 received").arg(megabytes(m_progress->receivedBytes));
+        return tr("%1 % of %2").arg(*part).arg(sizeText(m_progress->expectedBytes));
+    return tr("%1 received").arg(sizeText(m_progress->receivedBytes));
 }
 
 std::optional<int> RunningDownload::percent() const

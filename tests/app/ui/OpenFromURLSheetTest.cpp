@@ -179,7 +179,7 @@ TEST_F(OpenFromURLSheetTest, CancelLeavesTheDownloadToANotice)
             new DownloadNotice(theme, sheet.releaseDownload(), [&](const FilePath& file) { opened = file; }, &window);
         notice->show();
         processes.children.back().say("quillet-progress 1 2\n");
-        EXPECT_EQ(notice->sentence(), QStringLiteral("The download goes on: 50 % of 0.0 MB"));
+        EXPECT_EQ(notice->sentence(), QStringLiteral("The download goes on: 50 % of 1 KB"));
         EXPECT_TRUE(notice->findChildren<QPushButton*>().empty());
         processes.children.back().end(succeeds ? 0 : 1, succeeds ? "/songs/a.m4a" : "");
         EXPECT_EQ(notice->sentence(),
