@@ -14,7 +14,7 @@ WakeSemaphore::~WakeSemaphore() { sem_destroy(&m_semaphore); }
 void WakeSemaphore::wait(double timeoutSeconds)
 {
     timespec until{};
-    REQUIRE(clock_gettime(CLOCK_REALTIME, &until) == 0);
+    REQUIRE(clock_gettime(CLOCK_MONOTONIC, &until) == 0);
     const double whole = std::floor(timeoutSeconds);
     until.tv_sec += static_cast<time_t>(whole);
     until.tv_nsec += static_cast<long>((timeoutSeconds - whole) * 1e9);
@@ -23,7 +23,7 @@ void WakeSemaphore::wait(double timeoutSeconds)
         ++until.tv_sec;
     }
     // An interruption by a signal counts as a wake: every worker looks at its state after one anyway.
-    if (sem_timedwait(&m_semaphore, &until) == 0)
+    if (sem_clockwait(&m_semaphore, CLOCK_MONOTONIC, &until) == 0)
         while (sem_trywait(&m_semaphore) == 0) { }
 }
 

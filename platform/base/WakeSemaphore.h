@@ -1,5 +1,6 @@
 // Wakes a worker thread from any thread, the device callback included: `wake` neither locks nor allocates nor waits. Wakes
-// that come while the worker is busy are remembered as one or more, never lost.
+// that come while the worker is busy are remembered as one or more, never lost. Timeouts follow the time that passes: setting
+// the system's clock neither prolongs nor shortens them.
 // Threads: `wake` anywhere; `wait` on the worker.
 #pragma once
 
