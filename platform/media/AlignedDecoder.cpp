@@ -101,6 +101,9 @@ std::optional<AlignedBlock> AlignedDecoder::next()
             return std::nullopt;
         if (!m_entryFailed && m_track->decode()) {
             takeBlock();
+        } else if (m_track->hasDiskFailed()) {
+            // Blocks that wait for a vote wait for ever: too few have come to be sure of their places.
+            return std::nullopt;
         } else {
             m_atEnd = true;
             m_aligner.finish();

@@ -1,7 +1,7 @@
 // Decodes a file into blocks with their exact places on its timeline, from any frame on: it enters ahead of the wanted frame by
 // what the encoding needs, and lets what comes out be checked against the time stamps. Blocks keep the decoder's own sample
 // format. It makes no silence for gaps and does not remember what it gave.
-// Threads: confined to one thread at a time.
+// Threads: confined to one thread at a time, except `readErrors`.
 #pragma once
 
 #include "platform/media/EntryRecipe.h"
@@ -31,8 +31,13 @@ public:
     /// Makes `next` answer from at or before frame `position` (0 or more) on. Blocks before `position` may come first, and
     /// their sound may differ from a decode from the start; the block of `position` and those behind it do not.
     void enter(std::int64_t position);
-    /// The next block; nothing at the end of what can be decoded from here. Positions grow, save where stamps run backwards.
+    /// The next block; nothing at the end of what can be decoded from here, and from when the disk refuses to be read until
+    /// the next `enter`. Positions grow, save where stamps run backwards.
     [[nodiscard]] std::optional<AlignedBlock> next();
+    /// Whether that was the reason why `next` gave nothing.
+    [[nodiscard]] bool hasDiskFailed() const { return m_track->hasDiskFailed(); }
+    /// How often the disk has refused since the file was opened. Any thread.
+    [[nodiscard]] std::int64_t readErrors() const { return m_track->readErrors(); }
 
     [[nodiscard]] int sampleRate() const { return m_sampleRate; }
     [[nodiscard]] int channelCount() const { return m_channelCount; }

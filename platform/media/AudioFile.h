@@ -1,8 +1,8 @@
 // An audio file opened for reading: stereo frames at the file's own sample rate, from any position, exact to the sample.
 // Mono is doubled, more than two channels are mixed down to stereo. It holds no more of the file in memory than a decoder
 // needs; it does not resample, and it knows nothing of playback.
-// Threads: `length`, `sampleRate` and `channelCount` never change and may be read anywhere; `read` is confined to one thread at
-// a time.
+// Threads: `length`, `sampleRate` and `channelCount` never change and may be read anywhere, as may `readErrors`; `read` is
+// confined to one thread at a time.
 #pragma once
 
 #include "platform/base/FilePath.h"
@@ -29,8 +29,13 @@ public:
     /// Reads frames [firstFrame, firstFrame + stereo.size() / 2) into `stereo` (left, right, left, …; full scale is ±1).
     /// The same frame reads the same value however it was reached. Returns the frames read: fewer than asked only where the
     /// file ends; 0 at or behind the end. What is damaged in the middle reads as silence of the same length.
+    /// So does what the disk refuses to give, but only this once: it is counted in `readErrors`, each later read asks the disk
+    /// again, and frames that it gives are exact.
     /// `firstFrame` is at least 0. Consecutive reads are cheap; a jump costs a few milliseconds. May touch the disk.
     [[nodiscard]] virtual std::int64_t read(std::int64_t firstFrame, std::span<float> stereo) = 0;
+
+    /// How often the disk has refused to be read since the file was opened. Damage in what it did give is not counted.
+    [[nodiscard]] virtual std::int64_t readErrors() const = 0;
 };
 
 enum class AudioFileError { notFound, notAFile, notPermitted, empty, notAudio, noAudioTrack, unreadable };

@@ -33,10 +33,11 @@ public:
     [[nodiscard]] int sampleRate() const override { return m_decoder.sampleRate(); }
     [[nodiscard]] int channelCount() const override { return m_decoder.channelCount(); }
     [[nodiscard]] std::int64_t read(std::int64_t firstFrame, std::span<float> stereo) override;
+    [[nodiscard]] std::int64_t readErrors() const override { return m_decoder.readErrors(); }
 
 private:
     void moveTo(std::int64_t position);
-    void growWindow();
+    [[nodiscard]] std::int64_t growWindow();
 
     GaplessDecoder m_decoder;
     StereoConverter m_converter;
@@ -59,7 +60,9 @@ std::int64_t FfmpegAudioFile::read(std::int64_t firstFrame, std::span<float> ste
             continue;
         }
         moveTo(position);
-        growWindow();
+        const std::int64_t refused = std::clamp<std::int64_t>(growWindow() - position, 0, wanted - done);
+        std::fill_n(stereo.begin() + 2 * done, 2 * refused, 0.0F);
+        done += refused;
     }
     return done;
 }
@@ -75,13 +78,18 @@ void FfmpegAudioFile::moveTo(std::int64_t position)
     m_isPlaced = true;
 }
 
-/// Makes the window's end grow, by a part of a block or some silence.
-void FfmpegAudioFile::growWindow()
+/// Makes the window's end grow, by a part of a block or some silence. Where the disk refuses to be read it begins after what is
+/// missing instead, so that nobody takes that for silence later; that place is returned, else 0.
+std::int64_t FfmpegAudioFile::growWindow()
 {
     if (m_window.end() == m_decoder.position()) {
         const auto piece = m_decoder.next();
         REQUIRE(piece);
         m_stereo.clear();
+        if (piece->isRefused) {
+            m_window.restart(m_decoder.position());
+            return m_decoder.position();
+        }
         if (piece->sound != nullptr) {
             m_converter.convert(*piece->sound, m_stereo);
             const auto begin = m_stereo.begin() + 2 * piece->firstInSound;
@@ -96,6 +104,7 @@ void FfmpegAudioFile::growWindow()
     else
         m_window.append(
             std::span(m_stereo).last(2 * static_cast<std::size_t>(left)).first(2 * static_cast<std::size_t>(frames)));
+    return 0;
 }
 
 }  // namespace

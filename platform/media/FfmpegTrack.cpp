@@ -179,7 +179,7 @@ bool FfmpegTrack::readPacket()
 
 bool FfmpegTrack::decode()
 {
-    for (;;) {
+    while (!hasDiskFailed()) {
         const int result = avcodec_receive_frame(m_decoder.get(), m_frame.get());
         if (result == 0) {
             if (m_frame->nb_samples > 0)
@@ -195,11 +195,12 @@ bool FfmpegTrack::decode()
         if (readPacket()) {
             // A packet that cannot be decoded leaves a gap in the time stamps, which is all that has to be known of it.
             [[maybe_unused]] const int sent = avcodec_send_packet(m_decoder.get(), m_packet.get());
-        } else {
+        } else if (!hasDiskFailed()) {
             m_draining = true;
             [[maybe_unused]] const int sent = avcodec_send_packet(m_decoder.get(), nullptr);
         }
     }
+    return false;
 }
 
 FfmpegHandle<AVFrame> FfmpegTrack::takeFrame()
@@ -219,6 +220,7 @@ std::optional<std::int64_t> FfmpegTrack::frameTicks() const
 bool FfmpegTrack::seek(std::int64_t ticks)
 {
     const std::int64_t target = std::max(ticks, m_firstTicks.value_or(ticks));
+    m_input->tryAgain();
     m_draining = false;
     m_pageOfEntry.reset();
     m_stampsAreGuessed = m_isOgg && target != m_firstTicks;

@@ -1,7 +1,7 @@
 // The first audio track of a file, block by block as its decoder gives it, from the start or from a jump. It knows the stream's
 // own time stamps only: which frame of the file a block is, and how far ahead of a frame to jump, is decided above. Nothing but
-// the file itself is opened, whatever the file says, and FFmpeg's messages go nowhere. Threads: confined to one thread at a
-// time.
+// the file itself is opened, whatever the file says, and FFmpeg's messages go nowhere.
+// Threads: confined to one thread at a time, except `readErrors`.
 #pragma once
 
 #include "platform/media/FfmpegHandles.h"
@@ -19,8 +19,8 @@ public:
     /// Reads the headers; decodes nothing yet. `empty` is not answered for a track without packets: that shows when decoding.
     [[nodiscard]] static std::expected<std::unique_ptr<FfmpegTrack>, AudioFileError> open(const FilePath& path);
 
-    /// Decodes the next block into `frame`; false at the end (and again after it, until a jump). Undecodable packets are left
-    /// out.
+    /// Decodes the next block into `frame`; false at the end (and again after it, until a jump), and from when the disk refuses
+    /// to be read until the next jump. Undecodable packets are left out.
     [[nodiscard]] bool decode();
     /// The block of the last `decode` that was true; valid until the next call.
     [[nodiscard]] const AVFrame& frame() const { return *m_frame; }
@@ -28,6 +28,11 @@ public:
     [[nodiscard]] FfmpegHandle<AVFrame> takeFrame();
     /// The start of `frame`; nothing if the stream does not say.
     [[nodiscard]] std::optional<std::int64_t> frameTicks() const;
+
+    /// Whether the disk has refused to be read since the last jump began.
+    [[nodiscard]] bool hasDiskFailed() const { return m_input->hasFailed(); }
+    /// How often it has, ever. Any thread.
+    [[nodiscard]] std::int64_t readErrors() const { return m_input->readErrors(); }
 
     /// Jumps towards `ticks`, or to the first packet if that is later. Containers mean to land at or before it, and most of
     /// them do. False if the file cannot be entered there; the track is then at an unknown place, until the next jump that

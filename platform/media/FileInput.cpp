@@ -69,14 +69,32 @@ FileInput::FileInput(int descriptor, std::int64_t size)
 
 FileInput::~FileInput() { ::close(m_descriptor); }
 
-std::size_t FileInput::readAt(std::int64_t offset, std::span<unsigned char> bytes) const
+void FileInput::tryAgain()
+{
+    m_failed = false;
+    m_context->error = 0;
+    m_context->eof_reached = 0;
+}
+
+std::int64_t FileInput::readDisk(std::int64_t offset, std::span<unsigned char> bytes)
+{
+    for (;;) {
+        const ssize_t got = ::pread(m_descriptor, bytes.data(), bytes.size(), offset);
+        if (got >= 0)
+            return got;
+        if (errno == EINTR)
+            continue;
+        m_failed = true;
+        m_readErrors.fetch_add(1, std::memory_order_relaxed);
+        return -1;
+    }
+}
+
+std::size_t FileInput::readAt(std::int64_t offset, std::span<unsigned char> bytes)
 {
     std::size_t done = 0;
     while (done < bytes.size()) {
-        const ssize_t got =
-            ::pread(m_descriptor, bytes.data() + done, bytes.size() - done, offset + static_cast<std::int64_t>(done));
-        if (got < 0 && errno == EINTR)
-            continue;
+        const std::int64_t got = readDisk(offset + static_cast<std::int64_t>(done), bytes.subspan(done));
         if (got <= 0)
             break;
         done += static_cast<std::size_t>(got);
@@ -87,14 +105,11 @@ std::size_t FileInput::readAt(std::int64_t offset, std::span<unsigned char> byte
 int FileInput::readCallback(void* self, std::uint8_t* bytes, int count)
 {
     auto& input = *static_cast<FileInput*>(self);
-    ssize_t got = -1;
-    do
-        got = ::pread(input.m_descriptor, bytes, static_cast<std::size_t>(count), input.m_position);
-    while (got < 0 && errno == EINTR);
-    if (got < 0) {
-        input.m_failed = true;
-        return AVERROR(errno);
-    }
+    if (input.m_failed)
+        return AVERROR(EIO);
+    const std::int64_t got = input.readDisk(input.m_position, std::span(bytes, static_cast<std::size_t>(count)));
+    if (got < 0)
+        return AVERROR(EIO);
     if (got == 0)
         return AVERROR_EOF;
     input.m_position += got;

@@ -7,6 +7,14 @@
 #include <utility>
 
 namespace quillet {
+namespace {
+
+/// What is given up at once where the disk refuses to be read; each refusal in a row doubles it up to the longest, since a
+/// failing disk may take seconds over every one.
+constexpr double shortestRefusedSeconds = 0.05;
+constexpr std::int64_t longestRefusedSeconds = 1;
+
+}  // namespace
 
 std::expected<GaplessDecoder, AudioFileError> GaplessDecoder::open(const FilePath& path)
 {
@@ -14,6 +22,8 @@ std::expected<GaplessDecoder, AudioFileError> GaplessDecoder::open(const FilePat
     if (!decoder)
         return std::unexpected(decoder.error());
     const std::int64_t length = exactLength(*decoder);
+    if (decoder->readErrors() > 0)
+        return std::unexpected(AudioFileError::unreadable);
     if (length <= 0)
         return std::unexpected(AudioFileError::empty);
     return GaplessDecoder(std::move(*decoder), length);
@@ -31,6 +41,7 @@ void GaplessDecoder::enter(std::int64_t position)
     m_decoder.enter(position);
     m_position = position;
     m_block.reset();
+    m_refusedFrames = 0;
     m_silentFromHere = false;
 }
 
@@ -38,7 +49,12 @@ std::optional<SoundPiece> GaplessDecoder::next()
 {
     if (m_position >= m_length)
         return std::nullopt;
+    if (m_refusedFrames > 0)
+        m_decoder.enter(m_position);
     findBlock();
+    if (!m_block && m_decoder.hasDiskFailed())
+        return refusedPiece();
+    m_refusedFrames = 0;
     SoundPiece piece{ m_position, m_length - m_position, nullptr, 0 };
     if (!m_silentFromHere && m_block->position > m_position) {
         piece.frames = std::min(piece.frames, m_block->position - m_position);
@@ -51,11 +67,24 @@ std::optional<SoundPiece> GaplessDecoder::next()
     return piece;
 }
 
-/// Leaves a block that ends behind the present position, if there is one.
+/// Some silence; the disk is tried again after it.
+SoundPiece GaplessDecoder::refusedPiece()
+{
+    const auto shortest = static_cast<std::int64_t>(shortestRefusedSeconds * sampleRate());
+    const std::int64_t longest = std::min(longestRefusedSeconds * sampleRate(), m_length - m_position);
+    m_refusedFrames = std::min(std::max(shortest, 2 * m_refusedFrames), longest);
+    const SoundPiece piece{ m_position, m_refusedFrames, nullptr, 0, true };
+    m_position += piece.frames;
+    return piece;
+}
+
+/// Leaves a block that ends behind the present position, if there is one and the disk can be read.
 void GaplessDecoder::findBlock()
 {
     while (!m_silentFromHere && (!m_block || m_block->position + m_block->frames <= m_position)) {
         m_block = m_decoder.next();
+        if (!m_block && m_decoder.hasDiskFailed())
+            return;
         if (!m_block)
             skipUndecodable();
     }
@@ -69,6 +98,8 @@ void GaplessDecoder::skipUndecodable()
         while ((m_block = m_decoder.next()))
             if (m_block->position + m_block->frames > m_position)
                 return;
+        if (m_decoder.hasDiskFailed())
+            return;
     }
     m_silentFromHere = true;
 }

@@ -1,7 +1,7 @@
 // Decodes every frame of a file exactly once and in order, from any frame on: what is missing between blocks comes as silence
-// of the same length, what comes twice is left out. Pieces keep the decoder's own sample format. It remembers nothing that it
-// gave.
-// Threads: confined to one thread at a time.
+// of the same length, what comes twice is left out. Where the disk refuses to be read it goes on a little later. Pieces keep
+// the decoder's own sample format. It remembers nothing that it gave.
+// Threads: confined to one thread at a time, except `readErrors`.
 #pragma once
 
 #include "platform/media/AlignedDecoder.h"
@@ -19,11 +19,14 @@ struct SoundPiece {
     /// They begin at frame `firstInSound` of it; null: silence. Valid until the decoder's next call.
     const AVFrame* sound;
     std::int64_t firstInSound;
+    /// Silence because the disk has refused to be read.
+    bool isRefused = false;
 };
 
 class GaplessDecoder {
 public:
     /// Finds the exact length too, which takes a look at the file's tail, and in a bare stream (MP3) at all of its packets.
+    /// The length could be too short where the disk refuses to be read: `unreadable` then.
     [[nodiscard]] static std::expected<GaplessDecoder, AudioFileError> open(const FilePath& path);
 
     /// At least 1.
@@ -34,6 +37,8 @@ public:
     [[nodiscard]] std::int64_t prerollFrames() const { return m_decoder.prerollFrames(); }
     /// Whether `enter` has to decode all that comes before.
     [[nodiscard]] bool decodesFromTheStart() const { return m_decoder.decodesFromTheStart(); }
+    /// How often the disk has refused to be read since the file was opened. Any thread.
+    [[nodiscard]] std::int64_t readErrors() const { return m_decoder.readErrors(); }
 
     /// Makes `next` answer from frame `position` (0 or more) on. It has to come before the first `next`.
     void enter(std::int64_t position);
@@ -45,6 +50,7 @@ public:
 private:
     GaplessDecoder(AlignedDecoder decoder, std::int64_t length);
     void findBlock();
+    [[nodiscard]] SoundPiece refusedPiece();
     void skipUndecodable();
 
     AlignedDecoder m_decoder;
@@ -52,6 +58,8 @@ private:
     std::int64_t m_position = 0;
     /// Decoded, and not yet (all) given.
     std::optional<AlignedBlock> m_block;
+    /// Frames of silence that the disk's last refusal has cost; 0 once it gives something.
+    std::int64_t m_refusedFrames = 0;
     /// Nothing more can be decoded up to the end of the file.
     bool m_silentFromHere = false;
 };

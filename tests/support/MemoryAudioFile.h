@@ -1,10 +1,12 @@
 // An audio file that is a signal in memory, for tests that need to know every sample. It can be told to end early, as a damaged
-// file does.
+// file does, and to fail as a disk does.
+// Threads: as AudioFile says; `failReads` anywhere.
 #pragma once
 
 #include "platform/media/AudioFile.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <utility>
@@ -40,18 +42,30 @@ public:
     {
         const std::int64_t left = std::max<std::int64_t>(0, std::min(m_readable, length()) - firstFrame);
         const std::int64_t count = std::min(left, static_cast<std::int64_t>(stereo.size()) / 2);
-        std::copy_n(m_stereo.begin() + 2 * firstFrame, 2 * count, stereo.begin());
+        if (count > 0 && m_readsToFail.load() > 0) {
+            --m_readsToFail;
+            ++m_readErrors;
+            std::fill_n(stereo.begin(), 2 * count, 0.0F);
+        } else {
+            std::copy_n(m_stereo.begin() + 2 * firstFrame, 2 * count, stereo.begin());
+        }
         return count;
     }
+
+    [[nodiscard]] std::int64_t readErrors() const override { return m_readErrors.load(); }
 
     [[nodiscard]] float left(std::int64_t frame) const { return m_stereo[static_cast<std::size_t>(2 * frame)]; }
     /// From now on the file reads only up to this frame.
     void breakAt(std::int64_t frame) { m_readable = frame; }
+    /// The next `count` reads that would give something are refused by the disk: silence of the same length.
+    void failReads(int count) { m_readsToFail = count; }
 
 private:
     int m_sampleRate;
     std::vector<float> m_stereo;
     std::int64_t m_readable = INT64_MAX;
+    std::atomic<int> m_readsToFail = 0;
+    std::atomic<std::int64_t> m_readErrors = 0;
 };
 
 }  // namespace quillet
