@@ -62,7 +62,10 @@ double graphCost(const char* path, double rate, int voices, double seconds)
             players.push_back(graph.makePlayer());
             graph.connect(*players.back(), *sum);
             players.back()->scheduleSegment(file, { 0, length }, nullptr);
-            players.back()->hintNextSegment(FrameRange{ 0, length });
+            PlannedPass again;
+            again.segment = { 0, length };
+            again.times = PlannedPass::endless;
+            players.back()->setPlan({ { again }, std::nullopt });
             players.back()->play();
         }
         graph.timePitch().setRate(rate);

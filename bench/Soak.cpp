@@ -69,7 +69,10 @@ int main(int argc, char* argv[])
     graph.start();
     const FrameRange whole{ 0, file->length() };
     player->scheduleSegment(file, whole, nullptr);
-    player->hintNextSegment(whole);
+    PlannedPass again;
+    again.segment = whole;
+    again.times = PlannedPass::endless;
+    player->setPlan({ { again }, std::nullopt });
     player->play();
     const auto end = scheduler.after(seconds, [] { QCoreApplication::quit(); });
     QCoreApplication::exec();

@@ -65,11 +65,7 @@ std::expected<int, std::string> playFile(const PlaybackOptions& options)
     const ScheduledTask clock = scheduler.every(progressSeconds, [&] {
         progress.show(clockText(session.state().playbackPosition()) + " / " + clockText(session.state().audioDuration()));
     });
-    session.start([&] {
-        if (options.holdSeconds)
-            session.stop();
-        endAfter(graph.presentationLatencySeconds() + fadeSeconds, 0);
-    });
+    session.start([&] { endAfter(graph.presentationLatencySeconds() + fadeSeconds, 0); });
     return QCoreApplication::exec();
 }
 

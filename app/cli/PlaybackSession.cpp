@@ -35,6 +35,11 @@ std::expected<void, std::string> PlaybackSession::open(const PlaybackOptions& op
     if (begin >= duration)
         return std::unexpected(seconds(begin) + " is past the end of “" + displayText(options.input) + "”, which is "
                                + seconds(duration) + " long.");
+    const double end = options.holdSeconds ? begin + AppState::holdWindowSize : options.toSeconds.value_or(duration);
+    const auto frame = [rate = (*file)->sampleRate()](double time) { return static_cast<std::int64_t>(time * rate); };
+    if (frame(std::min(end, duration)) <= frame(begin) && !options.holdSeconds)
+        return std::unexpected("Between " + seconds(begin) + " and " + seconds(end) + " there is not a single sample of “"
+                               + displayText(options.input) + "”; choose a longer region.");
     m_engine.setAudioFile(std::move(*file));
     setUp(options, duration);
     return {};
@@ -43,7 +48,7 @@ std::expected<void, std::string> PlaybackSession::open(const PlaybackOptions& op
 void PlaybackSession::setUp(const PlaybackOptions& options, double durationSeconds)
 {
     m_options = options;
-    m_passesLeft = options.passes;
+    m_engine.setPassLimit(options.passes);
     m_state->setAudioDuration(durationSeconds);
     m_state->resetToDefaults(durationSeconds);
     m_state->setRegionStart(options.holdSeconds.value_or(options.fromSeconds));
@@ -67,22 +72,11 @@ void PlaybackSession::setUp(const PlaybackOptions& options, double durationSecon
 
 void PlaybackSession::start(std::function<void()> finished)
 {
-    m_finished = std::move(finished);
-    m_engine.onSegmentEnd([this] { passEnded(); });
+    m_engine.onEnd(std::move(finished));
     if (m_options.holdSeconds)
         m_state->toggleHold();
     else
         m_state->togglePlayPause();
-}
-
-void PlaybackSession::passEnded()
-{
-    --m_passesLeft;
-    // The pass that follows is settled already; it is to be the last.
-    if (m_passesLeft == 1)
-        m_state->setLoopEnabled(false);
-    if (m_passesLeft == 0)
-        m_finished();
 }
 
 double PlaybackSession::playingSeconds() const

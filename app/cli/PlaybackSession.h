@@ -37,7 +37,6 @@ public:
 
 private:
     void setUp(const PlaybackOptions& options, double durationSeconds);
-    void passEnded();
 
     AudioFileOpener& m_opener;
     MemoryDefaultsDomain m_defaults;
@@ -45,8 +44,6 @@ private:
     AudioEngine m_engine;
     std::shared_ptr<AppState> m_state;
     PlaybackOptions m_options;
-    int m_passesLeft = 0;
-    std::function<void()> m_finished;
 };
 
 }  // namespace quillet

@@ -18,15 +18,13 @@
 namespace quillet {
 namespace {
 
-/// Frames between two looks at the clock: the precision of the pauses.
-constexpr std::size_t blockFrames = 64;
-/// What a stopped sound takes to fade.
-constexpr int fadeBlocks = 4;
+/// Frames between two looks at the clock.
+constexpr std::int64_t blockFrames = 64;
 constexpr std::size_t samplesPerWrite = 1 << 16;
 
 using Outcome = std::expected<int, std::string>;
 
-/// Pulls sound and hands it on in larger pieces.
+/// Pulls sound and hands it on in larger pieces, without the delay that it comes with.
 class SoundToFile {
 public:
     SoundToFile(OfflineOutput& output, WavWriter& writer)
@@ -36,26 +34,45 @@ public:
         m_pending.reserve(samplesPerWrite);
     }
 
-    void skipBlock() { m_output.pull(m_block); }
+    [[nodiscard]] std::int64_t framesPulled() const { return m_pulled; }
 
-    [[nodiscard]] std::expected<void, WriteError> writeBlock()
+    [[nodiscard]] std::expected<void, WriteError> writeBlock(std::int64_t frames = blockFrames)
     {
-        m_output.pull(m_block);
-        m_pending.insert(m_pending.end(), m_block.begin(), m_block.end());
+        std::array<float, 2 * blockFrames> block;
+        const auto pulled = std::span(block).first(static_cast<std::size_t>(2 * frames));
+        m_output.pull(pulled);
+        m_pulled += frames;
+        const std::int64_t kept = std::clamp<std::int64_t>(m_pulled - Limiter::delayFrames, 0, frames);
+        const auto sound = pulled.last(static_cast<std::size_t>(2 * kept));
+        m_pending.insert(m_pending.end(), sound.begin(), sound.end());
         return m_pending.size() < samplesPerWrite ? std::expected<void, WriteError>() : flush();
     }
 
-    [[nodiscard]] std::expected<void, WriteError> flush()
+    /// Writes what is still on its way, so that the file ends with the first `frames` frames that were pulled.
+    [[nodiscard]] std::expected<void, WriteError> finish(std::int64_t frames)
     {
-        auto written = m_writer.write(m_pending);
-        m_pending.clear();
-        return written;
+        const std::int64_t missing = frames + Limiter::delayFrames - m_pulled;
+        for (std::int64_t left = missing; left > 0; left -= blockFrames)
+            if (auto written = writeBlock(std::min(left, blockFrames)); !written)
+                return written;
+        const std::size_t surplus =
+            std::min(m_pending.size(), static_cast<std::size_t>(2 * std::max<std::int64_t>(0, -missing)));
+        return m_writer.write(std::span(m_pending).first(m_pending.size() - surplus));
     }
 
 private:
+    [[nodiscard]] std::expected<void, WriteError> flush()
+    {
+        // The newest frames stay: the sound may prove to have ended before them.
+        const std::size_t kept = std::min(m_pending.size(), static_cast<std::size_t>(2 * blockFrames));
+        auto written = m_writer.write(std::span(m_pending).first(m_pending.size() - kept));
+        m_pending.erase(m_pending.begin(), m_pending.end() - static_cast<std::ptrdiff_t>(kept));
+        return written;
+    }
+
     OfflineOutput& m_output;
     WavWriter& m_writer;
-    std::array<float, 2 * blockFrames> m_block{};
+    std::int64_t m_pulled = 0;
     std::vector<float> m_pending;
 };
 
@@ -90,9 +107,6 @@ Outcome renderFile(const RenderOptions& options)
     const double totalSeconds = session.playingSeconds();
     bool finished = false;
     session.start([&finished] { finished = true; });
-    // The limiter's delay is no part of the sound.
-    static_assert(Limiter::delayFrames == static_cast<int>(blockFrames));
-    sound.skipBlock();
     for (double time = 0; !finished; time += blockSeconds) {
         if (interruption.requested())
             return Interruption::exitStatus;
@@ -101,13 +115,10 @@ Outcome renderFile(const RenderOptions& options)
         scheduler.advance(blockSeconds);
         progress.show("Rendering… " + std::to_string(std::clamp(static_cast<int>(100 * time / totalSeconds), 0, 100)) + "%");
     }
-    session.stop();
-    const int tailBlocks = options.playback.holdSeconds ? fadeBlocks : 1;
-    for (int block = 0; block < tailBlocks; ++block)
-        if (auto written = sound.writeBlock(); !written)
-            return std::unexpected(describe(written.error()));
-    if (auto written = sound.flush(); !written)
+    if (auto written = sound.finish(sound.framesPulled() - graph.framesSinceEnd()); !written)
         return std::unexpected(describe(written.error()));
+    if (session.file().readErrors() > 0)
+        return std::unexpected(describe(AudioFileError::unreadable, options.playback.input));
     if (auto named = (*writer)->finish(); !named)
         return std::unexpected(describe(named.error()));
     return 0;

@@ -20,7 +20,7 @@ std::int64_t frameAt(double seconds, int sampleRate)
     return static_cast<std::int64_t>(frame);
 }
 
-/// The frames from `fromSeconds` to `toSeconds`; nothing when there are none or they begin before the file's start.
+/// The frames from `fromSeconds` to `toSeconds`; nothing when there are none, or they begin before the file's start.
 std::optional<FrameRange> framesOf(double fromSeconds, double toSeconds, int sampleRate)
 {
     const std::int64_t start = frameAt(fromSeconds, sampleRate);
@@ -30,10 +30,7 @@ std::optional<FrameRange> framesOf(double fromSeconds, double toSeconds, int sam
     return FrameRange{ start, end - start };
 }
 
-std::optional<FrameRange> within(const AudioFile& file, std::optional<FrameRange> frames)
-{
-    return frames && frames->start < file.length() ? frames : std::nullopt;
-}
+bool hasSound(const AudioFile& file, std::optional<FrameRange> frames) { return frames && frames->start < file.length(); }
 
 double loopDelay(const PlaybackState& state)
 {
@@ -85,34 +82,47 @@ void AudioEngine::play(double fromSeconds, double toSeconds)
         return;
     const GraphChange atOnce(m_graph);
     stop();
-    const int sampleRate = m_audioFile->sampleRate();
-    const auto frames = within(*m_audioFile, framesOf(fromSeconds, toSeconds, sampleRate));
-    if (!frames)
+    if (!hasSound(*m_audioFile, framesOf(fromSeconds, toSeconds, m_audioFile->sampleRate())))
         return;
     beginGeneration();
-    m_player->scheduleSegment(m_audioFile, *frames, completionHandler());
+    schedule(*m_player, m_audioFile, { fromSeconds, toSeconds }, completionHandler());
     nextSegmentDidChange();
     m_player->play();
-    startPositionTimer(fromSeconds, *m_player, sampleRate);
+    startPositionTimer(fromSeconds, *m_player, m_audioFile->sampleRate());
 }
 
 void AudioEngine::playStemMode(Segment segment)
 {
     const GraphChange atOnce(m_graph);
     stop();
+    const auto sounds = [&segment](const StemNode& stem) {
+        return hasSound(*stem.file, framesOf(segment.fromSeconds, segment.toSeconds, stem.file->sampleRate()));
+    };
     StemNode& first = m_stemNodes.front();
     const int sampleRate = first.file->sampleRate();
-    const auto frames = framesOf(segment.fromSeconds, segment.toSeconds, sampleRate);
-    if (!within(*first.file, frames))
+    if (!framesOf(segment.fromSeconds, segment.toSeconds, sampleRate) || std::ranges::none_of(m_stemNodes, sounds))
         return;
     beginGeneration();
     for (StemNode& stem : m_stemNodes)
-        if (within(*stem.file, frames))
-            stem.player->scheduleSegment(stem.file, *frames, &stem == &first ? completionHandler() : nullptr);
+        schedule(*stem.player, stem.file, segment, &stem == &first ? completionHandler() : nullptr);
     nextSegmentDidChange();
     forEachPlayer([](PlayerNode& player) { player.play(); });
     startPositionTimer(segment.fromSeconds, *first.player, sampleRate);
 }
+
+void AudioEngine::schedule(PlayerNode& player, const std::shared_ptr<AudioFile>& file, Segment segment,
+                           PlayerNode::CompletionHandler playedBack)
+{
+    // A segment that is too short for a frame at another stem's rate is that stem's business: it is silent then.
+    const auto frames = framesOf(segment.fromSeconds, segment.toSeconds, file->sampleRate());
+    const FrameRange range = frames.value_or(FrameRange{ frameAt(segment.fromSeconds, file->sampleRate()), 1 });
+    if (heldWindow() == segment)
+        player.holdSegment(file, range, std::move(playedBack));
+    else
+        player.scheduleSegment(file, range, std::move(playedBack));
+}
+
+PlayerNode& AudioEngine::primaryPlayer() { return isInStemMode() ? *m_stemNodes.front().player : *m_player; }
 
 void AudioEngine::pause()
 {
@@ -186,18 +196,25 @@ void AudioEngine::handleCompletion(std::int64_t generation)
     if (generation != m_generation || m_transport != Transport::scheduled || !state)
         return;
     m_transport = Transport::ended;
-    const double start = state->holdEnabled() ? state->holdPosition() : state->regionStart();
-    if (state->holdEnabled())
-        followUp(tailSeconds(), [this, start] { play(start, start + PlaybackState::holdWindowSeconds); });
-    else if (!state->loopEnabled())
+    const Segment region{ state->regionStart(), state->regionEnd() };
+    const bool ends = hasPlayedAllPasses() || (!state->holdEnabled() && !state->loopEnabled());
+    if (ends)
         followUp(tailSeconds(), [this] { finishRegion(); });
+    else if (const auto window = heldWindow())
+        followUp(tailSeconds(), [this, window = *window] { repeat(window); });
     else
-        followUp(tailSeconds(), [this, region = Segment{ start, state->regionEnd() }, delay = loopDelay(*state)] {
-            repeatRegion(region, delay);
-        });
-    if (m_segmentEnded)
-        m_segmentEnded();
+        followUp(tailSeconds(), [this, region, delay = loopDelay(*state)] { repeatRegion(region, delay); });
+    if (ends)
+        tellEnd();
 }
+
+void AudioEngine::tellEnd()
+{
+    if (m_ended)
+        m_ended();
+}
+
+bool AudioEngine::hasPlayedAllPasses() { return m_passLimit && primaryPlayer().passesEnded() >= *m_passLimit; }
 
 // The last frame has been handed over but not heard yet: nothing restarts before it is.
 double AudioEngine::tailSeconds() const { return std::max(m_graph.presentationLatencySeconds(), minimumTailSeconds); }
@@ -213,6 +230,11 @@ void AudioEngine::followUp(double delaySeconds, std::function<void()> action)
 void AudioEngine::finishRegion()
 {
     m_positionTimer.cancel();
+    // What was to follow may have begun while this thread was late.
+    {
+        const GraphChange atOnce(m_graph);
+        forEachPlayer([](PlayerNode& player) { player.stop(); });
+    }
     if (const auto state = m_appState.lock()) {
         state->setIsPlaying(false);
         state->setPlaybackPosition(state->regionStart());
@@ -225,21 +247,50 @@ void AudioEngine::repeatRegion(Segment region, double delaySeconds)
     if (const auto state = m_appState.lock())
         state->setPlaybackPosition(region.toSeconds);
     if (delaySeconds > 0)
-        followUp(delaySeconds, [this, region] { play(region.fromSeconds, region.toSeconds); });
+        followUp(delaySeconds, [this, region] { repeat(region); });
     else
-        play(region.fromSeconds, region.toSeconds);
+        repeat(region);
 }
 
-std::optional<AudioEngine::Segment> AudioEngine::nextSegment() const
+/// Plays the segment once more, unless the last of the wanted passes has ended meanwhile.
+void AudioEngine::repeat(Segment segment)
+{
+    if (hasPlayedAllPasses()) {
+        finishRegion();
+        tellEnd();
+        return;
+    }
+    play(segment.fromSeconds, segment.toSeconds);
+}
+
+std::optional<AudioEngine::Segment> AudioEngine::heldWindow() const
 {
     const auto state = m_appState.lock();
-    if (!state)
+    if (!state || !state->holdEnabled())
         return std::nullopt;
-    if (state->holdEnabled())
-        return Segment{ state->holdPosition(), state->holdPosition() + PlaybackState::holdWindowSeconds };
-    if (state->loopEnabled() && loopDelay(*state) <= 0)
-        return Segment{ state->regionStart(), state->regionEnd() };
-    return std::nullopt;
+    return Segment{ state->holdPosition(), state->holdPosition() + PlaybackState::holdWindowSeconds };
+}
+
+/// What follows a segment of `file`, as the state is now: the held window again and again, or the region after its pause, or
+/// nothing.
+PassPlan AudioEngine::planFor(const AudioFile& file) const
+{
+    const auto state = m_appState.lock();
+    const auto window = heldWindow();
+    if (!state || (!window && !state->loopEnabled()))
+        return {};
+    const Segment next = window.value_or(Segment{ state->regionStart(), state->regionEnd() });
+    if (!(next.fromSeconds < next.toSeconds))
+        return {};
+    const auto frames = framesOf(next.fromSeconds, next.toSeconds, file.sampleRate());
+    if (!frames)
+        return {};
+    PlannedPass pass;
+    pass.segment = *frames;
+    pass.times = PlannedPass::endless;
+    pass.held = window.has_value();
+    pass.pauseSeconds = window ? 0 : std::max(0.0, loopDelay(*state));
+    return { { pass }, m_passLimit };
 }
 
 void AudioEngine::nextSegmentDidChange()
@@ -247,15 +298,8 @@ void AudioEngine::nextSegmentDidChange()
     // What follows a segment that has ended is settled already.
     if (m_transport != Transport::scheduled)
         return;
-    const GraphChange atOnce(m_graph);
-    const auto next = nextSegment();
-    const auto framesIn = [&](const AudioFile& file, int sampleRate) {
-        return next ? within(file, framesOf(next->fromSeconds, next->toSeconds, sampleRate)) : std::nullopt;
-    };
-    if (!isInStemMode())
-        m_player->hintNextSegment(framesIn(*m_audioFile, m_audioFile->sampleRate()));
-    for (const StemNode& stem : m_stemNodes)
-        stem.player->hintNextSegment(framesIn(*stem.file, m_stemNodes.front().file->sampleRate()));
+    const AudioFile& file = isInStemMode() ? *m_stemNodes.front().file : *m_audioFile;
+    primaryPlayer().setPlan(planFor(file));
 }
 
 // ---- Stems ----
@@ -270,12 +314,13 @@ void AudioEngine::enterStemMode(std::vector<StemFile> stems)
     m_graph.disconnectInput(m_graph.timePitch());
     m_graph.connect(*m_stemMixer, m_graph.timePitch());
     for (StemFile& stem : stems) {
-        StemNode node{ std::move(stem.stem.key), m_graph.makePlayer(), m_graph.makeMixer(), std::move(stem.file) };
-        m_graph.connect(*node.player, *node.gain);
-        m_graph.connect(*node.gain, *m_stemMixer);
-        node.gain->setOutputVolume(stem.stem.isMuted ? 0 : 1);
+        StemNode node{ std::move(stem.stem.key), m_graph.makePlayer(), m_graph.makeMixer(), std::move(stem.file), {} };
+        m_graph.connect(*node.player, *node.mixer);
+        m_graph.connect(*node.mixer, *m_stemMixer);
+        node.gain.isMuted = stem.stem.isMuted;
         m_stemNodes.push_back(std::move(node));
     }
+    applyStemGains();
     m_transport = Transport::idle;
 }
 
@@ -302,11 +347,27 @@ void AudioEngine::connectMainPlayer()
     m_graph.connect(*m_player, m_graph.timePitch());
 }
 
-void AudioEngine::setStemMuted(std::string_view key, bool isMuted)
+void AudioEngine::setStemGain(std::string_view key, StemGain gain)
 {
     for (StemNode& stem : m_stemNodes)
         if (stem.key == key)
-            stem.gain->setOutputVolume(isMuted ? 0 : 1);
+            stem.gain = gain;
+    applyStemGains();
+}
+
+std::optional<StemGain> AudioEngine::stemGain(std::string_view key) const
+{
+    const auto stem = std::ranges::find(m_stemNodes, key, &StemNode::key);
+    return stem == m_stemNodes.end() ? std::nullopt : std::optional(stem->gain);
+}
+
+void AudioEngine::applyStemGains()
+{
+    const bool anySoloed = std::ranges::any_of(m_stemNodes, [](const StemNode& stem) { return stem.gain.isSoloed; });
+    for (StemNode& stem : m_stemNodes) {
+        const bool isHeard = !stem.gain.isMuted && (!anySoloed || stem.gain.isSoloed);
+        stem.mixer->setOutputVolume(isHeard ? stem.gain.volume : 0);
+    }
 }
 
 }  // namespace quillet

@@ -1,7 +1,7 @@
 // Plays a segment of the open file, or of its stems in step: once, in a loop with an optional pause, or as a short held window
-// that repeats; and reports the play head to the state. It decides what is played when; how it sounds is the graph's
-// business, and what the user may choose is the state's. It does not follow changes of the output device.
-// Threads: main thread.
+// that repeats; and reports the play head to the state. It decides what is played when, and tells the graph ahead of time what
+// will follow, so that nothing waits for this thread; how it sounds is the graph's business, and what the user may choose is
+// the state's. It does not follow changes of the output device. Threads: main thread.
 #pragma once
 
 #include "app/playback/PlaybackState.h"
@@ -19,6 +19,15 @@
 #include <vector>
 
 namespace quillet {
+
+/// How a stem is mixed. Where any is soloed only those are heard, unless they are muted.
+struct StemGain {
+    /// A linear factor, 0 to 1.
+    double volume = 1;
+    bool isMuted = false;
+    bool isSoloed = false;
+    bool operator==(const StemGain&) const = default;
+};
 
 class AudioEngine {
 public:
@@ -46,10 +55,12 @@ public:
     /// Ends the sound and calls off every repetition. Does not touch the state.
     void stop();
 
-    /// `ended` is told whenever a segment has been handed to the device to its last frame, after what follows has been decided.
-    void onSegmentEnd(std::function<void()> ended) { m_segmentEnded = std::move(ended); }
+    /// `ended` is told when a segment has been handed to the device to its last frame and nothing follows it.
+    void onEnd(std::function<void()> ended) { m_ended = std::move(ended); }
+    /// From the next `play` on, a loop or a hold ends after so many passes; nothing: it does not end by itself.
+    void setPassLimit(std::optional<std::int64_t> passes) { m_passLimit = passes; }
 
-    /// Tells the graph anew what follows without a gap. To be called after any change of the region, of the loop and its
+    /// Tells the graph what follows the segment that plays. To be called after any change of the region, of the loop and its
     /// pause, or of hold and its position, while something may be playing; `play` does it by itself.
     void nextSegmentDidChange();
 
@@ -64,22 +75,29 @@ public:
     /// Returns to the file: stops, and reports so to the state. Does nothing outside stem mode.
     void exitStemMode();
     [[nodiscard]] bool isInStemMode() const { return !m_stemNodes.empty(); }
-    /// Silences the stem with `key`, or lets it sound again, in step with the others. Does nothing when there is none.
-    void setStemMuted(std::string_view key, bool isMuted);
+    /// How loud the stem with `key` is beside the others; it stays in step with them. Does nothing when there is none.
+    void setStemGain(std::string_view key, StemGain gain);
+    /// Nothing when there is no such stem.
+    [[nodiscard]] std::optional<StemGain> stemGain(std::string_view key) const;
 
 private:
     struct StemNode {
         std::string key;
         std::unique_ptr<PlayerNode> player;
-        std::unique_ptr<MixerNode> gain;
+        std::unique_ptr<MixerNode> mixer;
         std::shared_ptr<AudioFile> file;
+        StemGain gain;
     };
     struct Segment {
         double fromSeconds;
         double toSeconds;
+        bool operator==(const Segment&) const = default;
     };
 
     void playStemMode(Segment segment);
+    void schedule(PlayerNode& player, const std::shared_ptr<AudioFile>& file, Segment segment,
+                  PlayerNode::CompletionHandler playedBack);
+    [[nodiscard]] PlayerNode& primaryPlayer();
     void forEachPlayer(const std::function<void(PlayerNode&)>& action);
     void advanceGeneration();
     void beginGeneration();
@@ -91,7 +109,12 @@ private:
     void followUp(double delaySeconds, std::function<void()> action);
     void finishRegion();
     void repeatRegion(Segment region, double delaySeconds);
-    [[nodiscard]] std::optional<Segment> nextSegment() const;
+    void repeat(Segment segment);
+    [[nodiscard]] bool hasPlayedAllPasses();
+    void tellEnd();
+    [[nodiscard]] std::optional<Segment> heldWindow() const;
+    [[nodiscard]] PassPlan planFor(const AudioFile& file) const;
+    void applyStemGains();
 
     void connectMainPlayer();
 
@@ -109,7 +132,8 @@ private:
     enum class Transport { idle, scheduled, ended };
     Transport m_transport = Transport::idle;
     ScheduledTask m_followUp;
-    std::function<void()> m_segmentEnded;
+    std::function<void()> m_ended;
+    std::optional<std::int64_t> m_passLimit;
     // Expires with the engine, for handlers that the graph keeps longer.
     std::shared_ptr<AudioEngine*> m_self;
 };

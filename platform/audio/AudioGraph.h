@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace quillet {
 
@@ -21,27 +22,58 @@ struct FrameRange {
     bool operator==(const FrameRange&) const = default;
 };
 
+/// A pass that is to follow the scheduled segment.
+struct PlannedPass {
+    static constexpr std::int64_t endless = INT64_MAX;
+
+    /// Frames of the player's file.
+    FrameRange segment;
+    /// Silence before it, placed by frames; without one the pass joins the pass before it seamlessly.
+    double pauseSeconds = 0;
+    /// The speed from this pass on; nothing: the time-pitch unit's.
+    std::optional<double> rate;
+    /// A held window, as in `PlayerNode::holdSegment`.
+    bool held = false;
+    /// How often it is played in a row, at least once.
+    std::int64_t times = 1;
+
+    bool operator==(const PlannedPass&) const = default;
+};
+
+/// What is to follow the scheduled segment, pass by pass.
+struct PassPlan {
+    std::vector<PlannedPass> passes;
+    /// The sound ends when so many passes have been played, counted as `PlayerNode::passesEnded` counts them.
+    std::optional<std::int64_t> passLimit;
+
+    bool operator==(const PassPlan&) const = default;
+};
+
 class AudioNode {
 public:
     virtual ~AudioNode() = default;
 };
 
-/// Plays one scheduled segment of a file. Destroying a player takes it out of the graph.
+/// Plays one scheduled segment of a file and the passes planned after it. Destroying a player takes it out of the graph.
 class PlayerNode : public AudioNode {
 public:
     using CompletionHandler = std::function<void()>;
 
-    /// Makes `segment` of `file` what the next `play` sounds, in place of anything scheduled before. `playedBack` (may be
-    /// empty) is called once, when the segment's last frame has been handed to the device: it is heard
-    /// `presentationLatencySeconds` later. It is not called for a segment that is stopped, replaced or never played. The
-    /// segment begins within the file; what lies behind the file's end is cut off.
+    /// Makes `segment` (its start at least 0, its count above 0) of `file` what the next `play` sounds, in place of anything
+    /// scheduled before. Where another segment sounds already, it goes on until the new one is ready, and the two cross over.
+    /// `playedBack` (may be empty) is called once, when the segment's last frame has been handed to the device: it is heard
+    /// `presentationLatencySeconds` later. It is not called for a segment that is stopped, replaced or never played. What lies
+    /// beyond the file's end is cut off.
     virtual void scheduleSegment(std::shared_ptr<AudioFile> file, FrameRange segment, CompletionHandler playedBack) = 0;
+    /// The same for a window that is held: a short instant that is to repeat. The sound repeats at a length that fits the
+    /// waveform, so that it sings instead of trembling; positions and ends are those of the window.
+    virtual void holdSegment(std::shared_ptr<AudioFile> file, FrameRange window, CompletionHandler playedBack) = 0;
 
-    /// Tells which segment of the same file will probably follow the scheduled one without a pause, or that none will. The
-    /// graph reads it ahead and lets it follow seamlessly; a `stop`, `scheduleSegment`, `play` of exactly that segment then
-    /// takes over what already sounds. A hint that is withdrawn or changed is not heard. Forgotten at the next
-    /// `scheduleSegment` that is no take-over.
-    virtual void hintNextSegment(std::optional<FrameRange> segment) = 0;
+    /// What follows the scheduled segment, in place of any plan before. The graph works through it by itself; a `stop`,
+    /// `scheduleSegment`, `play` of exactly the pass that sounds by then (or is about to, after its pause) takes it over, and
+    /// the plan given then is what follows that pass. A change is heard at its place however far ahead of the sound the old
+    /// plan has been prepared. Forgotten at the next `scheduleSegment`.
+    virtual void setPlan(PassPlan plan) = 0;
 
     /// Starts the scheduled segment, or goes on after `pause`. Nothing happens without a segment.
     virtual void play() = 0;
@@ -53,6 +85,9 @@ public:
     /// Frames of the source that have been heard since the scheduled segment's start (it may exceed the segment's length after
     /// the end); nothing while the player has not sounded yet. Counts source frames whatever the rate is.
     [[nodiscard]] virtual std::optional<double> sampleTime() const = 0;
+    /// Passes handed to the device to their last frame since the sound began, with those that were taken over; 0 when nothing
+    /// sounds.
+    [[nodiscard]] virtual std::int64_t passesEnded() const = 0;
 };
 
 /// Sums its inputs and scales the sum. Destroying a mixer takes it out of the graph.
@@ -103,14 +138,14 @@ public:
 
     /// Leads `source` (a player or a mixer) into `destination` (a mixer or the time-pitch unit). A mixer takes several sources,
     /// the time-pitch unit one: connecting a second replaces the first. All players that reach the time-pitch unit sound in
-    /// step.
+    /// step, each to its own end, whatever their files' sample rates; the plan and the positions are those of the first one.
     virtual void connect(AudioNode& source, AudioNode& destination) = 0;
     virtual void disconnectInput(AudioNode& destination) = 0;
 
     /// Opens the output. A machine without a device is no error: the graph then plays to a device that only takes time.
     virtual void start() = 0;
     [[nodiscard]] virtual bool isRunning() const = 0;
-    /// Gets the output ready for files of this sample rate, so that the first sound of one does not wait for it.
+    /// Gets ready for files of this sample rate, so that the first sound of one does not wait for it.
     virtual void prepare(int sampleRate) = 0;
 
     /// How long a frame handed to the device takes to the ear, in seconds.

@@ -22,9 +22,13 @@ public:
 
     /// Begins to ask `callback`, which outlives the output's work, for frames. `changed` is called on the main thread when a
     /// device was lost or found; the first call tells how it began.
-    virtual void start(int sampleRate, OutputCallback& callback, std::function<void(State)> changed) = 0;
+    virtual void start(OutputCallback& callback, std::function<void(State)> changed) = 0;
     /// Ends the work; after it the callback is not called any more.
     virtual void stop() = 0;
+    /// Frames a second that the output asks for; 0 while that is not known. Where it is free to choose it is what its device
+    /// prefers.
+    [[nodiscard]] virtual int sampleRate() const = 0;
+    /// Binds it to a rate; 0 leaves it free again, which by itself changes nothing for a device that is open.
     virtual void setSampleRate(int sampleRate) = 0;
     /// Lets the device rest while there is nothing to play, and wakes it.
     virtual void suspend() = 0;

@@ -28,7 +28,7 @@ public:
     [[nodiscard]] std::int64_t capacity() const QUILLET_REALTIME { return m_capacity; }
     [[nodiscard]] int width() const QUILLET_REALTIME { return m_width; }
 
-    /// Any thread: the position behind the last frame written, and that of the next frame to read.
+    /// Any thread: the position after the last frame written, and that of the next frame to read.
     [[nodiscard]] std::int64_t written() const QUILLET_REALTIME { return m_written.load(std::memory_order_acquire); }
     [[nodiscard]] std::int64_t consumed() const QUILLET_REALTIME { return m_consumed.load(std::memory_order_acquire); }
 
@@ -53,6 +53,13 @@ public:
     [[nodiscard]] std::int64_t available() const QUILLET_REALTIME
     {
         return written() - m_consumed.load(std::memory_order_relaxed);
+    }
+
+    /// The frame `index` places after the next one, left in the ring; `index` is less than `available()`.
+    [[nodiscard]] std::span<const float> peek(std::int64_t index) const QUILLET_REALTIME
+    {
+        const std::int64_t at = (m_consumed.load(std::memory_order_relaxed) + index) & (m_capacity - 1);
+        return std::span(m_samples).subspan(static_cast<std::size_t>(at * m_width), static_cast<std::size_t>(m_width));
     }
 
     /// Takes `frames.size() / width` frames out, at most `available()`.

@@ -4,6 +4,7 @@
 
 #include <cubeb/cubeb.h>
 
+#include <chrono>
 #include <utility>
 
 namespace quillet {
@@ -21,8 +22,15 @@ struct StreamDeleter {
     }
 };
 
+std::int64_t steadyNanoseconds()
+{
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
+}
+
 /// What PulseAudio calls safe; used where the library does not know better.
 constexpr double usualLatencySeconds = 0.025;
+constexpr int usualSampleRate = 48000;
 
 }  // namespace
 
@@ -32,7 +40,10 @@ struct CubebOutputDevice::Stream {
     WakeSemaphore* died = nullptr;
     std::atomic<bool> alive{ true };
     bool priorityRaised = false;
+    /// Counted up before and after each change of the two below, so that a reader sees whether they belong together.
+    std::atomic<std::uint32_t> handOvers{ 0 };
     std::atomic<std::int64_t> framesHandedOver{ 0 };
+    std::atomic<std::int64_t> handedOverNanoseconds{ 0 };
     std::unique_ptr<cubeb, ContextDeleter> context;
     std::unique_ptr<cubeb_stream, StreamDeleter> stream;
 
@@ -42,7 +53,10 @@ struct CubebOutputDevice::Stream {
         if (!std::exchange(self->priorityRaised, true))
             raiseThreadPriority();
         self->callback->render({ static_cast<float*>(output), static_cast<std::size_t>(2 * frames) });
-        self->framesHandedOver.fetch_add(frames, std::memory_order_relaxed);
+        self->handOvers.fetch_add(1);
+        self->framesHandedOver.fetch_add(frames);
+        self->handedOverNanoseconds.store(steadyNanoseconds());
+        self->handOvers.fetch_add(1);
         return frames;
     }
 
@@ -60,11 +74,11 @@ CubebOutputDevice::CubebOutputDevice() = default;
 
 CubebOutputDevice::~CubebOutputDevice() = default;
 
-std::expected<void, OutputError> CubebOutputDevice::open(int sampleRate, OutputCallback& callback, WakeSemaphore& died)
+std::expected<int, OutputError> CubebOutputDevice::open(int sampleRate, OutputCallback& callback, WakeSemaphore& died)
 {
     close();
+    m_latencySeconds = usualLatencySeconds;
     auto stream = std::make_unique<Stream>();
-    stream->sampleRate = sampleRate;
     stream->callback = &callback;
     stream->died = &died;
 
@@ -73,6 +87,13 @@ std::expected<void, OutputError> CubebOutputDevice::open(int sampleRate, OutputC
         return std::unexpected(OutputError::noServer);
     stream->context.reset(context);
 
+    std::uint32_t preferredRate = 0;
+    if (sampleRate == 0 && cubeb_get_preferred_sample_rate(context, &preferredRate) == CUBEB_OK && preferredRate > 0)
+        sampleRate = static_cast<int>(preferredRate);
+    else if (sampleRate == 0)
+        sampleRate = usualSampleRate;
+    stream->sampleRate = sampleRate;
+    callback.streamBegins();
     cubeb_stream_params parameters{};
     parameters.format = CUBEB_SAMPLE_FLOAT32NE;
     parameters.rate = static_cast<std::uint32_t>(sampleRate);
@@ -92,7 +113,7 @@ std::expected<void, OutputError> CubebOutputDevice::open(int sampleRate, OutputC
     if (cubeb_stream_start(handle) != CUBEB_OK)
         return std::unexpected(OutputError::refused);
     m_stream = std::move(stream);
-    return {};
+    return sampleRate;
 }
 
 void CubebOutputDevice::close() { m_stream.reset(); }
@@ -105,9 +126,18 @@ double CubebOutputDevice::latencySeconds()
     std::uint64_t position = 0;
     if (!isAlive() || cubeb_stream_get_position(m_stream->stream.get(), &position) != CUBEB_OK)
         return usualLatencySeconds;
-    const std::int64_t under = m_stream->framesHandedOver.load() - static_cast<std::int64_t>(position);
-    const double seconds = static_cast<double>(under) / m_stream->sampleRate;
-    return seconds >= 0 && seconds < 5 ? seconds : usualLatencySeconds;
+    const std::uint32_t handOvers = m_stream->handOvers.load();
+    const std::int64_t handedOver = m_stream->framesHandedOver.load();
+    const std::int64_t handedOverAt = m_stream->handedOverNanoseconds.load();
+    if (handOvers % 2 != 0 || m_stream->handOvers.load() != handOvers)
+        return m_latencySeconds;
+    // As of the end of the last hand-over: what has sounded since has been waiting then.
+    const double since = 1e-9 * static_cast<double>(steadyNanoseconds() - handedOverAt);
+    const double waiting = static_cast<double>(handedOver - static_cast<std::int64_t>(position)) / m_stream->sampleRate;
+    const double seconds = waiting + since;
+    if (waiting >= 0 && seconds < 5)
+        m_latencySeconds = seconds;
+    return m_latencySeconds;
 }
 
 }  // namespace quillet

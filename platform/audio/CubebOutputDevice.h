@@ -1,5 +1,5 @@
 // The machine's own sound device, through cubeb: PulseAudio, PipeWire's stand-in for it, JACK or ALSA, whichever answers first.
-// The server resamples where the hardware runs at another rate.
+// It runs at the rate that the server prefers, or resamples where it is asked for another one.
 // Threads: as OutputDevice; the controlling thread may block while a server is slow to answer, so it is not the main thread.
 #pragma once
 
@@ -18,7 +18,7 @@ public:
     CubebOutputDevice(const CubebOutputDevice&) = delete;
     CubebOutputDevice& operator=(const CubebOutputDevice&) = delete;
 
-    [[nodiscard]] std::expected<void, OutputError> open(int sampleRate, OutputCallback& callback, WakeSemaphore& died) override;
+    [[nodiscard]] std::expected<int, OutputError> open(int sampleRate, OutputCallback& callback, WakeSemaphore& died) override;
     void close() override;
     [[nodiscard]] bool isAlive() const override;
     [[nodiscard]] double latencySeconds() override;
@@ -26,6 +26,7 @@ public:
 private:
     struct Stream;
     std::unique_ptr<Stream> m_stream;
+    double m_latencySeconds = 0;
 };
 
 }  // namespace quillet

@@ -1,6 +1,7 @@
 #include "platform/audio/DeviceOutput.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace quillet {
@@ -10,6 +11,8 @@ constexpr double retrySeconds = 0.25;
 /// How often the latency is measured while a device sounds; the mean follows it slowly, for its single values scatter.
 constexpr double measureSeconds = 0.1;
 constexpr double newestPart = 0.25;
+/// So far off it is no scatter but another device, or another latency.
+constexpr double anotherLatencySeconds = 0.03;
 constexpr double idleSeconds = 3600;
 
 }  // namespace
@@ -23,12 +26,12 @@ DeviceOutput::DeviceOutput(std::unique_ptr<OutputDevice> device, std::unique_ptr
 
 DeviceOutput::~DeviceOutput() { stop(); }
 
-void DeviceOutput::start(int sampleRate, OutputCallback& callback, std::function<void(State)> changed)
+void DeviceOutput::start(OutputCallback& callback, std::function<void(State)> changed)
 {
     stop();
     m_callback = &callback;
     m_changed = std::move(changed);
-    m_wish = { sampleRate, true };
+    m_wish.sounding = true;
     m_keeper = std::jthread([this](const std::stop_token& stopped) { run(stopped); });
 }
 
@@ -70,7 +73,6 @@ void DeviceOutput::change(const std::function<void(Wish&)>& edit)
 
 void DeviceOutput::run(const std::stop_token& stopped)
 {
-    std::optional<Wish> present;
     while (!stopped.stop_requested()) {
         Wish wish;
         {
@@ -78,11 +80,16 @@ void DeviceOutput::run(const std::stop_token& stopped)
             wish = m_wish;
         }
         const bool lost = m_open == State::device && !m_device->isAlive();
-        if (present != wish || lost)
+        const bool otherRate = wish.sampleRate != 0 && wish.sampleRate != m_sampleRate.load();
+        if (lost || otherRate || !wish.sounding)
             closeAll();
+        if (!wish.sounding) {
+            // Another device may be there when it wakes up.
+            m_sampleRate.store(0);
+            m_told.reset();
+        }
         if (wish.sounding && m_open != State::device)
             open(wish.sampleRate);
-        present = wish;
         if (m_open == State::device)
             measureLatency();
         m_wake.wait(!wish.sounding ? idleSeconds : m_open == State::substitute ? retrySeconds : measureSeconds);
@@ -114,19 +121,23 @@ void DeviceOutput::openDevice(int sampleRate)
             return;
         closeAll();
     }
-    if (m_device->open(sampleRate, *m_callback, m_wake)) {
-        m_open = State::device;
-        tell(State::device);
-    }
+    if (const auto rate = m_device->open(sampleRate, *m_callback, m_wake))
+        opened(State::device, *rate);
 }
 
 void DeviceOutput::openSubstitute(int sampleRate)
 {
-    if (!m_substitute->open(sampleRate, *m_callback, m_wake))
-        return;
-    m_open = State::substitute;
-    m_latencySeconds.store(m_substitute->latencySeconds());
-    tell(State::substitute);
+    if (const auto rate = m_substitute->open(sampleRate, *m_callback, m_wake)) {
+        opened(State::substitute, *rate);
+        m_latencySeconds.store(m_substitute->latencySeconds());
+    }
+}
+
+void DeviceOutput::opened(State state, int sampleRate)
+{
+    m_open = state;
+    m_sampleRate.store(sampleRate);
+    tell(state);
 }
 
 void DeviceOutput::closeAll()
@@ -139,7 +150,8 @@ void DeviceOutput::closeAll()
 void DeviceOutput::measureLatency()
 {
     const double before = m_latencySeconds.load();
-    m_latencySeconds.store(before + (m_device->latencySeconds() - before) * newestPart);
+    const double change = m_device->latencySeconds() - before;
+    m_latencySeconds.store(before + change * (std::abs(change) < anotherLatencySeconds ? newestPart : 1));
 }
 
 void DeviceOutput::tell(State state)

@@ -22,8 +22,9 @@ public:
     DeviceOutput(const DeviceOutput&) = delete;
     DeviceOutput& operator=(const DeviceOutput&) = delete;
 
-    void start(int sampleRate, OutputCallback& callback, std::function<void(State)> changed) override;
+    void start(OutputCallback& callback, std::function<void(State)> changed) override;
     void stop() override;
+    [[nodiscard]] int sampleRate() const override { return m_sampleRate.load(std::memory_order_relaxed); }
     void setSampleRate(int sampleRate) override;
     void suspend() override;
     void resume() override;
@@ -33,6 +34,7 @@ public:
 private:
     /// What the main thread asks for.
     struct Wish {
+        /// 0: whatever the device prefers.
         int sampleRate = 0;
         bool sounding = true;
         bool operator==(const Wish&) const = default;
@@ -46,6 +48,7 @@ private:
     void open(int sampleRate);
     void openDevice(int sampleRate);
     void openSubstitute(int sampleRate);
+    void opened(State state, int sampleRate);
     void closeAll();
     void measureLatency();
     void tell(State state);
@@ -62,6 +65,7 @@ private:
     Wish m_wish;
 
     std::atomic<double> m_latencySeconds{ 0.025 };
+    std::atomic<int> m_sampleRate{ 0 };
 
     std::optional<State> m_open, m_told;
     std::jthread m_keeper;

@@ -13,25 +13,31 @@ GraphPlayer::~GraphPlayer() { m_graph.remove(*this); }
 
 void GraphPlayer::scheduleSegment(std::shared_ptr<AudioFile> file, FrameRange segment, CompletionHandler playedBack)
 {
-    REQUIRE(file != nullptr && segment.start >= 0 && segment.count > 0 && segment.start < file->length());
-    segment.count = std::min(segment.count, file->length() - segment.start);
-    m_schedule = Schedule{ std::move(file), segment, std::move(playedBack) };
-    m_hint.reset();
-    m_restart = true;
-    m_graph.playerChanged(*this);
+    takeSchedule({ std::move(file), segment, false, std::move(playedBack) });
 }
 
-void GraphPlayer::hintNextSegment(std::optional<FrameRange> segment)
+void GraphPlayer::holdSegment(std::shared_ptr<AudioFile> file, FrameRange window, CompletionHandler playedBack)
 {
-    if (!m_schedule)
+    takeSchedule({ std::move(file), window, true, std::move(playedBack) });
+}
+
+void GraphPlayer::takeSchedule(Schedule schedule)
+{
+    REQUIRE(schedule.file != nullptr && schedule.segment.start >= 0 && schedule.segment.count > 0);
+    m_schedule = std::move(schedule);
+    m_plan = {};
+    m_restart = true;
+    m_graph.playerChanged();
+}
+
+void GraphPlayer::setPlan(PassPlan plan)
+{
+    if (!m_schedule || m_plan == plan)
         return;
-    const std::int64_t length = m_schedule->file->length();
-    if (segment && (segment->start < 0 || segment->count <= 0 || segment->start >= length))
-        segment.reset();
-    if (segment)
-        segment->count = std::min(segment->count, length - segment->start);
-    m_hint = segment;
-    m_graph.playerChanged(*this);
+    for (const PlannedPass& pass : plan.passes)
+        REQUIRE(pass.segment.start >= 0 && pass.segment.count > 0 && pass.pauseSeconds >= 0 && pass.times > 0);
+    m_plan = std::move(plan);
+    m_graph.playerChanged();
 }
 
 void GraphPlayer::play()
@@ -39,7 +45,7 @@ void GraphPlayer::play()
     if (!m_schedule)
         return;
     m_state = State::playing;
-    m_graph.playerChanged(*this);
+    m_graph.playerChanged();
 }
 
 void GraphPlayer::pause()
@@ -47,19 +53,21 @@ void GraphPlayer::pause()
     if (m_state != State::playing)
         return;
     m_state = State::paused;
-    m_graph.playerChanged(*this);
+    m_graph.playerChanged();
 }
 
 void GraphPlayer::stop()
 {
     m_state = State::stopped;
     m_schedule.reset();
-    m_hint.reset();
+    m_plan = {};
     m_restart = true;
-    m_graph.playerChanged(*this);
+    m_graph.playerChanged();
 }
 
 std::optional<double> GraphPlayer::sampleTime() const { return m_graph.sampleTime(*this); }
+
+std::int64_t GraphPlayer::passesEnded() const { return m_graph.passesEnded(*this); }
 
 PlayerNode::CompletionHandler GraphPlayer::takeHandler()
 {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/audio/AudioGraph.h"
-#include "platform/audio/Take.h"
+#include "platform/audio/Run.h"
 
 #include <array>
 #include <functional>
@@ -32,33 +32,37 @@ public:
     GraphPlayer& operator=(const GraphPlayer&) = delete;
 
     void scheduleSegment(std::shared_ptr<AudioFile> file, FrameRange segment, CompletionHandler playedBack) override;
-    void hintNextSegment(std::optional<FrameRange> segment) override;
+    void holdSegment(std::shared_ptr<AudioFile> file, FrameRange window, CompletionHandler playedBack) override;
+    void setPlan(PassPlan plan) override;
     void play() override;
     void pause() override;
     void stop() override;
     [[nodiscard]] std::optional<double> sampleTime() const override;
+    [[nodiscard]] std::int64_t passesEnded() const override;
 
     enum class State { stopped, playing, paused };
     struct Schedule {
         std::shared_ptr<AudioFile> file;
         FrameRange segment;
+        bool held = false;
         CompletionHandler playedBack;
-        bool operator==(const Schedule& other) const { return file == other.file && segment == other.segment; }
     };
 
     [[nodiscard]] State state() const { return m_state; }
     [[nodiscard]] const std::optional<Schedule>& schedule() const { return m_schedule; }
-    [[nodiscard]] const std::optional<FrameRange>& hint() const { return m_hint; }
-    /// True once after each `scheduleSegment` or `stop`.
+    [[nodiscard]] const PassPlan& plan() const { return m_plan; }
+    /// True once after each `scheduleSegment`, `holdSegment` or `stop`.
     bool takeRestart() { return std::exchange(m_restart, false); }
     /// The handler of the scheduled segment; afterwards there is none.
     [[nodiscard]] CompletionHandler takeHandler();
 
 private:
+    void takeSchedule(Schedule schedule);
+
     PlaybackGraph& m_graph;
     State m_state = State::stopped;
     std::optional<Schedule> m_schedule;
-    std::optional<FrameRange> m_hint;
+    PassPlan m_plan;
     bool m_restart = false;
 };
 

@@ -10,6 +10,8 @@ namespace {
 constexpr std::int64_t blockFrames = 512;
 constexpr double gainGlideSeconds = 0.005;
 
+bool endsLeg(const PassEnd& end) { return end.last || end.pauseFrames > 0; }
+
 }  // namespace
 
 MixedSource::MixedSource(std::function<void()> consumed)
@@ -17,17 +19,17 @@ MixedSource::MixedSource(std::function<void()> consumed)
 {
 }
 
-void MixedSource::begin(std::shared_ptr<Take> take)
+void MixedSource::begin(std::shared_ptr<Run> run)
 {
-    m_take = std::move(take);
-    m_fetched = 0;
-    m_end.reset();
-    m_jointAtEnd = 0;
+    m_run = std::move(run);
     m_passEnds.clear();
-    if (m_take == nullptr)
+    m_legEnd.reset();
+    if (m_run == nullptr)
         return;
-    const auto capacity = std::bit_ceil(static_cast<std::uint64_t>(m_take->sampleRate / 2));
-    m_width = static_cast<std::size_t>(m_take->ring.width());
+    m_fetched = -m_run->leadFrames;
+    m_legStart = m_fetched;
+    const auto capacity = std::bit_ceil(static_cast<std::uint64_t>(m_run->sampleRate / 2));
+    m_width = static_cast<std::size_t>(m_run->ring.width());
     m_history.resize(m_width * capacity);
     m_mask = static_cast<std::int64_t>(capacity) - 1;
 }
@@ -37,16 +39,16 @@ std::int64_t MixedSource::fetch(std::int64_t frame)
     bool taken = false;
     while (m_fetched < frame) {
         // Read before the ends: an end is pushed before the frames around it, so none is overlooked.
-        const std::int64_t available = m_take->ring.available();
+        const std::int64_t available = m_run->ring.available();
         takeEnds();
         std::int64_t count = std::min({ frame - m_fetched, available, blockFrames });
-        if (m_end)
-            count = std::min(count, *m_end - m_fetched);
+        if (m_legEnd)
+            count = std::min(count, *m_legEnd - m_fetched);
         if (count <= 0)
             break;
         count = std::min(count, m_mask + 1 - (m_fetched & m_mask));
-        m_take->ring.read(std::span(m_history).subspan(static_cast<std::size_t>(m_fetched & m_mask) * m_width,
-                                                       static_cast<std::size_t>(count) * m_width));
+        m_run->ring.read(std::span(m_history).subspan(static_cast<std::size_t>(m_fetched & m_mask) * m_width,
+                                                      static_cast<std::size_t>(count) * m_width));
         m_fetched += count;
         taken = true;
     }
@@ -57,7 +59,7 @@ std::int64_t MixedSource::fetch(std::int64_t frame)
 
 bool MixedSource::knows(std::int64_t frame) const
 {
-    return frame >= 0 && frame < m_fetched && frame >= m_fetched - (m_mask + 1);
+    return frame >= m_legStart && frame < m_fetched && frame >= m_fetched - (m_mask + 1);
 }
 
 const float* MixedSource::frameAt(std::int64_t frame) const
@@ -65,33 +67,32 @@ const float* MixedSource::frameAt(std::int64_t frame) const
     return m_history.data() + static_cast<std::size_t>(frame & m_mask) * m_width;
 }
 
-void MixedSource::readGains(Gains& gains) const
+const MixedSource::Gains& MixedSource::gains() const
 {
-    gains.clear();
-    for (const TakeSource& source : m_take->sources) {
+    m_targets.clear();
+    for (const RunSource& source : m_run->sources) {
         float gain = 1;
         for (const auto& stage : source.gains)
             gain *= stage->factor.load(std::memory_order_relaxed);
-        gains.push_back(gain);
+        m_targets.push_back(gain);
     }
+    return m_targets;
 }
 
-void MixedSource::mixGliding(std::int64_t first, std::span<float> stereo, Gains& gains) const
+void MixedSource::mix(std::int64_t first, std::span<float> stereo, Gains& gains) const
 {
-    readGains(m_targets);
-    if (gains == m_targets) {
-        mixSteady(first, stereo, gains);
-        return;
-    }
-    const auto step = static_cast<float>(1 / (gainGlideSeconds * m_take->sampleRate));
-    for (std::size_t i = 0; i < stereo.size(); i += 2) {
+    const Gains& targets = this->gains();
+    const auto step = static_cast<float>(1 / (gainGlideSeconds * m_run->sampleRate));
+    std::size_t done = 0;
+    for (; done < stereo.size() && gains != targets; done += 2) {
         for (std::size_t source = 0; source < gains.size(); ++source) {
-            const float target = m_targets[source];
+            const float target = targets[source];
             gains[source] =
                 gains[source] < target ? std::min(target, gains[source] + step) : std::max(target, gains[source] - step);
         }
-        mixSteady(first + static_cast<std::int64_t>(i / 2), stereo.subspan(i, 2), gains);
+        mixSteady(first + static_cast<std::int64_t>(done / 2), stereo.subspan(done, 2), gains);
     }
+    mixSteady(first + static_cast<std::int64_t>(done / 2), stereo.subspan(done), gains);
 }
 
 void MixedSource::mixSteady(std::int64_t first, std::span<float> stereo, const Gains& gains) const
@@ -109,36 +110,33 @@ void MixedSource::mixSteady(std::int64_t first, std::span<float> stereo, const G
     }
 }
 
-std::optional<PassEnd> MixedSource::nextPassEnd() const
+void MixedSource::passNextEnd()
 {
-    if (m_passEnds.empty())
-        return std::nullopt;
-    return m_passEnds.front();
-}
-
-void MixedSource::passNextEnd() { m_passEnds.erase(m_passEnds.begin()); }
-
-void MixedSource::obeyClosing(std::int64_t earliest)
-{
-    if (m_take == nullptr || m_end || !m_take->closed.load(std::memory_order_acquire))
+    const PassEnd passed = m_passEnds.front();
+    m_passEnds.pop_front();
+    if (!endsLeg(passed) || passed.last)
         return;
-    takeEnds();
-    if (m_passEnds.empty())
-        return;
-    const PassEnd& cut = m_passEnds.front();
-    m_end = std::min(cut.frame, std::max(cut.frame - cut.joint, earliest));
-    m_jointAtEnd = *m_end - (cut.frame - cut.joint);
-    m_passEnds.clear();
+    m_legStart = passed.frame;
+    m_legEnd.reset();
+    findLegEnd();
 }
 
 void MixedSource::takeEnds()
 {
-    while (const auto end = m_take->passEnds.pop()) {
-        if (end->last)
-            m_end = std::min(m_end.value_or(end->frame), end->frame);
-        else if (!m_end)
-            m_passEnds.push_back(*end);
+    bool taken = false;
+    while (const auto end = m_run->passEnds.pop()) {
+        m_passEnds.push_back(*end);
+        taken = true;
     }
+    if (taken && !m_legEnd)
+        findLegEnd();
+}
+
+void MixedSource::findLegEnd()
+{
+    const auto end = std::ranges::find_if(m_passEnds, endsLeg);
+    if (end != m_passEnds.end())
+        m_legEnd = end->frame;
 }
 
 }  // namespace quillet

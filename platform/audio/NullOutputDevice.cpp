@@ -7,6 +7,7 @@ namespace quillet {
 namespace {
 
 constexpr int periodsPerSecond = 100;
+constexpr int preferredRate = 48000;
 
 void consume(const std::stop_token& stopped, int sampleRate, OutputCallback& callback)
 {
@@ -25,11 +26,12 @@ void consume(const std::stop_token& stopped, int sampleRate, OutputCallback& cal
 
 }  // namespace
 
-std::expected<void, OutputError> NullOutputDevice::open(int sampleRate, OutputCallback& callback, WakeSemaphore&)
+std::expected<int, OutputError> NullOutputDevice::open(int sampleRate, OutputCallback& callback, WakeSemaphore&)
 {
-    m_worker =
-        std::jthread([sampleRate, &callback](const std::stop_token& stopped) { consume(stopped, sampleRate, callback); });
-    return {};
+    const int rate = sampleRate > 0 ? sampleRate : preferredRate;
+    callback.streamBegins();
+    m_worker = std::jthread([rate, &callback](const std::stop_token& stopped) { consume(stopped, rate, callback); });
+    return rate;
 }
 
 void NullOutputDevice::close() { m_worker = std::jthread(); }

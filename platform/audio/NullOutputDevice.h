@@ -10,7 +10,7 @@ namespace quillet {
 
 class NullOutputDevice final : public OutputDevice {
 public:
-    [[nodiscard]] std::expected<void, OutputError> open(int sampleRate, OutputCallback& callback, WakeSemaphore& died) override;
+    [[nodiscard]] std::expected<int, OutputError> open(int sampleRate, OutputCallback& callback, WakeSemaphore& died) override;
     void close() override;
     [[nodiscard]] bool isAlive() const override { return true; }
     [[nodiscard]] double latencySeconds() override;

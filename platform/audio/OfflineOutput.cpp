@@ -14,7 +14,7 @@ constexpr std::size_t blockSamples = 128;
 
 }  // namespace
 
-void OfflineOutput::start(int, OutputCallback& callback, std::function<void(State)>) { m_callback = &callback; }
+void OfflineOutput::start(OutputCallback& callback, std::function<void(State)>) { m_callback = &callback; }
 
 void OfflineOutput::pull(std::span<float> stereo)
 {

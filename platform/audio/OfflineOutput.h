@@ -11,8 +11,15 @@ namespace quillet {
 
 class OfflineOutput final : public AudioOutput {
 public:
-    void start(int sampleRate, OutputCallback& callback, std::function<void(State)> changed) override;
+    /// The frames' rate in Hz; 0: whatever the file that is played has.
+    explicit OfflineOutput(int sampleRate = 0)
+        : m_sampleRate(sampleRate)
+    {
+    }
+
+    void start(OutputCallback& callback, std::function<void(State)> changed) override;
     void stop() override { m_callback = nullptr; }
+    [[nodiscard]] int sampleRate() const override { return m_sampleRate; }
     void setSampleRate(int) override { }
     void suspend() override { }
     void resume() override { }
@@ -24,6 +31,7 @@ public:
     void pull(std::span<float> stereo);
 
 private:
+    int m_sampleRate;
     OutputCallback* m_callback = nullptr;
     WakeSemaphore m_ready;
 };

@@ -15,6 +15,8 @@ namespace quillet {
 class OutputCallback {
 public:
     virtual ~OutputCallback() = default;
+    /// Before the first call of `render` for a stream, on the thread that opens it.
+    virtual void streamBegins() { }
     /// Audio thread: fills interleaved stereo frames. Never called by two threads at once.
     virtual void render(std::span<float> stereo) QUILLET_REALTIME = 0;
     /// Audio thread: whether the next `frames` frames are there already, for an output that can wait.
@@ -27,10 +29,10 @@ class OutputDevice {
 public:
     virtual ~OutputDevice() = default;
 
-    /// Begins to call `callback` for frames at `sampleRate` Hz, until `close`. `died` is woken when the stream dies by itself;
-    /// both must outlive the stream.
-    [[nodiscard]] virtual std::expected<void, OutputError> open(int sampleRate, OutputCallback& callback,
-                                                                WakeSemaphore& died) = 0;
+    /// Begins to call `callback` for frames at `sampleRate` Hz (0: at the rate that the device prefers), until `close`; answers
+    /// with the rate. `died` is woken when the stream dies by itself; both must outlive the stream.
+    [[nodiscard]] virtual std::expected<int, OutputError> open(int sampleRate, OutputCallback& callback,
+                                                               WakeSemaphore& died) = 0;
     /// Ends the stream; after it the callback is not called any more. Harmless when none is open.
     virtual void close() = 0;
     /// False once the open stream has died (the server went away, the device was pulled). Any thread.

@@ -1,8 +1,9 @@
-// What the renderer tells the output stage about the frames in the output ring, in the order of the frames: where a take begins
-// and ends, where a pass ends, and which source frame is heard where.
-// Threads: plain values, pushed by the render thread and popped by the device callback.
+// What the renderer tells about the frames in the output ring, in the order of the frames: to the device callback where a run
+// begins and ends and where a pass ends; to the main thread which frame of the run's stream is heard where.
+// Threads: plain values, pushed by the render thread; marks are popped by the device callback, places by the main thread.
 #pragma once
 
+#include "platform/audio/PositionMap.h"
 #include "platform/base/SpscQueue.h"
 
 #include <cstdint>
@@ -11,29 +12,33 @@ namespace quillet {
 
 struct OutputMark {
     enum class Kind : std::uint8_t {
-        /// The first frame of a take.
-        takeBegin,
-        /// The first frame behind a pass that another one follows.
+        /// The first frame of a run.
+        runBegin,
+        /// The first frame after a pass that another one follows.
         passEnd,
-        /// The first frame behind a take.
-        takeEnd,
-        /// From here on, a source position and the source frames per output frame.
-        position,
+        /// The first frame after a run.
+        runEnd,
     };
 
-    Kind kind = Kind::position;
+    Kind kind = Kind::runBegin;
     /// The place in the output ring.
     std::int64_t outputFrame = 0;
-    std::int64_t epoch = 0;
-    /// takeBegin: frames to be in the ring before the sound starts.
+    std::int64_t generation = 0;
+    /// runBegin: frames to be in the ring before the sound starts; frames a second; and the place in the ring, in the run
+    /// before, that the run's first frame stands for (-1: none, it is heard from its first frame on).
     std::int64_t framesNeeded = 0;
-    /// passEnd, takeEnd: where the frames begin that fade over into the next pass, also into one that was called off since.
-    std::int64_t cutFrame = 0;
-    /// Source frames since the take's start, and their rate.
-    double sourceFrame = 0;
-    double slope = 0;
+    int sampleRate = 0;
+    std::int64_t alignedFrame = -1;
 };
 
 using OutputMarks = SpscQueue<OutputMark, 1024>;
+
+/// A piece of the map from places in the output ring to frames of a run's stream.
+struct OutputPlace {
+    std::int64_t generation = 0;
+    MapPiece piece;
+};
+
+using OutputPlaces = SpscQueue<OutputPlace, 1024>;
 
 }  // namespace quillet

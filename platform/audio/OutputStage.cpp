@@ -6,20 +6,18 @@
 #include <chrono>
 
 namespace quillet {
+namespace {
+
+/// Out of silence; into silence; from one run to the next.
+constexpr double riseSeconds = 0.002;
+constexpr double fallSeconds = 0.0045;
+constexpr double crossSeconds = 0.008;
+
+}  // namespace
 
 OutputStage::OutputStage(WakeSemaphore& renderer)
     : m_renderer(renderer)
 {
-    for (int i = 0; i < fadeFrames; ++i)
-        m_fade[static_cast<std::size_t>(i)] = i == 0 ? 0.0F : rampWeight(i - 1, fadeFrames - 1);
-    m_fade.back() = 1;
-}
-
-// ---- Main thread ----
-
-void OutputStage::setEpoch(std::int64_t epoch, Content content)
-{
-    m_wanted.store(epoch << 1 | (content == Content::take ? 1 : 0), std::memory_order_release);
 }
 
 // ---- Audio thread ----
@@ -27,196 +25,291 @@ void OutputStage::setEpoch(std::int64_t epoch, Content content)
 void OutputStage::render(std::span<float> stereo) QUILLET_REALTIME
 {
     const RealtimeScope scope;
-    const std::int64_t sounding = copySound(stereo);
-    std::fill(stereo.begin() + 2 * sounding, stereo.end(), 0.0F);
+    const std::int64_t frames = static_cast<std::int64_t>(stereo.size()) / 2;
+    if (frames > m_largestBlock.load(std::memory_order_relaxed))
+        m_largestBlock.store(frames, std::memory_order_relaxed);
+    fillBlock(stereo);
     m_equalizer.process(stereo);
     m_limiter.process(stereo, m_limiting.load(std::memory_order_relaxed));
-    reportProgress(sounding > 0);
     m_renderer.wake();
 }
 
-std::int64_t OutputStage::wantedEpoch() const QUILLET_REALTIME { return m_wanted.load(std::memory_order_acquire) >> 1; }
+std::int64_t OutputStage::wantedGeneration() const QUILLET_REALTIME { return m_wanted.load(std::memory_order_acquire) >> 1; }
 
-/// Fills the front of `stereo` with what is to be heard; returns the number of frames.
-std::int64_t OutputStage::copySound(std::span<float> stereo) QUILLET_REALTIME
+bool OutputStage::wantsRun() const QUILLET_REALTIME { return (m_wanted.load(std::memory_order_acquire) & 1) != 0; }
+
+/// Fills the block with what is to be heard, and with silence where there is nothing.
+void OutputStage::fillBlock(std::span<float> stereo) QUILLET_REALTIME
 {
-    const std::int64_t wanted = wantedEpoch();
-    const bool paused = m_pausedEpoch.load(std::memory_order_acquire) == wanted;
     const std::int64_t frames = static_cast<std::int64_t>(stereo.size()) / 2;
+    bool moving = false;
     std::int64_t at = 0;
+    followPause();
     while (at < frames) {
-        const bool leaving = m_epoch != wanted;
-        const OutputMark* cut = findCut();
-        const std::int64_t untilCut = cut == nullptr ? INT64_MAX : std::max<std::int64_t>(0, cut->cutFrame - m_ring.consumed());
-        const bool silenced = leaving || paused || m_ended || untilCut <= m_level;
-        if (silenced && m_level == 0) {
-            if (cut != nullptr && untilCut == 0) {
-                m_ring.skipTo(std::min(cut->outputFrame, m_ring.written()));
-                passMarks();
-            }
-            if (!leaving || !enterTake(wanted))
-                break;
-            continue;
+        passMarks();
+        if (m_generation != wantedGeneration())
+            followWanted(frames - at);
+        if (m_dry && (framesOfRun() >= std::max(m_framesNeeded, frames - at) || knowsEndOf(m_generation))) {
+            m_dry = false;
+            beginFadeIn(fade(riseSeconds));
         }
-        if (m_waiting && !hasStarted())
+        if (!isAudible())
             break;
-        const std::int64_t most = silenced ? frames - at : std::min(frames - at, untilCut - m_level);
-        const std::int64_t copied =
-            copyBlock(stereo.subspan(static_cast<std::size_t>(2 * at)).first(static_cast<std::size_t>(2 * most)), silenced);
+        const auto rest = stereo.subspan(static_cast<std::size_t>(2 * at));
+        const std::int64_t copied = copyRun(rest);
+        addTail(rest.first(static_cast<std::size_t>(2 * copied)));
         at += copied;
-        if (copied > 0)
-            continue;
-        m_level = 0;
-        if (!silenced && !m_ended) {
-            m_waiting = true;
-            m_underruns.fetch_add(1, std::memory_order_relaxed);
-            break;
-        }
+        moving |= copied > 0;
     }
-    return at;
+    const auto silent = stereo.subspan(static_cast<std::size_t>(2 * at));
+    std::ranges::fill(silent, 0.0F);
+    addTail(silent);
+    if (m_ended)
+        m_framesSinceEnd += frames - at;
+    reportProgress(moving && isAudible());
 }
 
-/// The end of the pass that sounds, if it must not be crossed and is known.
-const OutputMark* OutputStage::findCut() const QUILLET_REALTIME
+bool OutputStage::isAudible() const QUILLET_REALTIME { return !m_ended && !m_paused && !m_dry; }
+
+std::int64_t OutputStage::fade(double seconds) const QUILLET_REALTIME
 {
-    if (m_ended || m_closedEpoch.load(std::memory_order_acquire) != m_epoch)
-        return nullptr;
+    return std::clamp<std::int64_t>(static_cast<std::int64_t>(seconds * m_sampleRate), 1, longestFade);
+}
+
+/// Takes up a pause, or its end.
+void OutputStage::followPause() QUILLET_REALTIME
+{
+    const bool paused = m_generation != 0 && m_pausedGeneration.load(std::memory_order_acquire) == m_generation;
+    if (paused == m_paused)
+        return;
+    if (isAudible())
+        beginTail(fade(fallSeconds));
+    m_paused = paused;
+    if (!paused)
+        beginFadeIn(fade(riseSeconds));
+}
+
+/// Goes over to what is wanted, if that is ready for a block of `frames`.
+void OutputStage::followWanted(std::int64_t frames) QUILLET_REALTIME
+{
+    const std::int64_t wanted = wantedGeneration();
+    if (!wantsRun()) {
+        if (isAudible())
+            beginTail(fade(fallSeconds));
+        enterNothing(wanted);
+        return;
+    }
+    const OutputMark* begin = beginOf(wanted);
+    if (begin == nullptr || !canEnter(*begin, frames))
+        return;
+    enter(*begin);
+}
+
+const OutputMark* OutputStage::beginOf(std::int64_t generation) const QUILLET_REALTIME
+{
     for (std::size_t i = 0;; ++i) {
         const OutputMark* mark = m_marks.peek(i);
-        const bool ends =
-            mark != nullptr && (mark->kind == OutputMark::Kind::passEnd || mark->kind == OutputMark::Kind::takeEnd);
-        if (mark == nullptr || (ends && mark->epoch == m_epoch))
+        if (mark == nullptr || (mark->kind == OutputMark::Kind::runBegin && mark->generation == generation))
             return mark;
     }
 }
 
-/// Copies up to the next mark, the end of the ring's content or the end of a fade, whichever comes first.
-std::int64_t OutputStage::copyBlock(std::span<float> stereo, bool fallSilent) QUILLET_REALTIME
+bool OutputStage::knowsEndOf(std::int64_t generation) const QUILLET_REALTIME
 {
-    const std::int64_t wantedFrames = static_cast<std::int64_t>(stereo.size()) / 2;
-    passMarks();
-    const std::int64_t available = m_ring.available();
-    std::int64_t count = std::min(wantedFrames, available);
-    const OutputMark* next = m_marks.front();
-    if (next != nullptr && (next->epoch != m_epoch || next->outputFrame > m_ring.consumed()))
-        count = std::min(count, next->outputFrame - m_ring.consumed());
-    // About to run out: rather a short fade than a cut.
-    const bool starving = available < wantedFrames && findMark(OutputMark::Kind::takeEnd, m_epoch) == nullptr;
-    const bool falling = fallSilent || starving;
-    if (fallSilent)
-        count = std::min<std::int64_t>(count, m_level);
-    m_ring.read(stereo.first(static_cast<std::size_t>(2 * count)));
-    for (std::int64_t i = 0; i < count && (falling || m_level < fadeFrames); ++i) {
-        m_level = falling ? std::max(m_level - 1, 1) : m_level + 1;
-        if (fallSilent && i == count - 1 && m_level == 1)
-            m_level = 0;
-        stereo[static_cast<std::size_t>(2 * i)] *= m_fade[static_cast<std::size_t>(m_level)];
-        stereo[static_cast<std::size_t>(2 * i + 1)] *= m_fade[static_cast<std::size_t>(m_level)];
+    for (std::size_t i = 0;; ++i) {
+        const OutputMark* mark = m_marks.peek(i);
+        if (mark == nullptr)
+            return false;
+        if (mark->kind == OutputMark::Kind::runEnd && mark->generation == generation)
+            return true;
     }
+}
+
+/// The place in the ring at which a run is entered now: one that goes on from the run that sounds is as far along as that is.
+std::int64_t OutputStage::entryOf(const OutputMark& begin) const QUILLET_REALTIME
+{
+    if (begin.alignedFrame < 0)
+        return begin.outputFrame;
+    return begin.outputFrame + std::max<std::int64_t>(0, m_ring.consumed() - begin.alignedFrame);
+}
+
+bool OutputStage::canEnter(const OutputMark& begin, std::int64_t frames) const QUILLET_REALTIME
+{
+    return m_ring.written() - entryOf(begin) >= std::max(begin.framesNeeded, frames) || knowsEndOf(begin.generation);
+}
+
+void OutputStage::enter(const OutputMark& begin) QUILLET_REALTIME
+{
+    const OutputMark run = begin;
+    const bool crosses = isAudible();
+    if (crosses)
+        beginTail(fade(crossSeconds));
+    while (m_marks.front()->kind != OutputMark::Kind::runBegin || m_marks.front()->generation != run.generation)
+        m_marks.pop();
+    m_marks.pop();
+    const std::int64_t entry = std::min(entryOf(run), m_ring.written());
+    m_ring.skipTo(entry);
+    m_generation = run.generation;
+    m_sampleRate = run.sampleRate;
+    m_framesNeeded = run.framesNeeded;
+    m_enteredFrame = entry;
+    m_passesEnded = 0;
+    m_framesSinceEnd = 0;
+    m_ended = false;
+    m_paused = m_pausedGeneration.load(std::memory_order_acquire) == run.generation;
+    m_dry = false;
+    m_hasNews = true;
+    beginFadeIn(fade(crosses ? crossSeconds : riseSeconds));
+    passMarks();
+}
+
+void OutputStage::enterNothing(std::int64_t generation) QUILLET_REALTIME
+{
+    // Read before the marks: a run's mark is pushed before its frames, so no frame of a later run is dropped unseen.
+    const std::int64_t written = m_ring.written();
+    const OutputMark* mark = m_marks.front();
+    while (mark != nullptr && mark->generation <= generation) {
+        m_marks.pop();
+        mark = m_marks.front();
+    }
+    m_ring.skipTo(mark == nullptr ? written : std::min(written, mark->outputFrame));
+    m_generation = generation;
+    m_ended = true;
+    m_paused = false;
+    m_dry = false;
+    m_framesSinceEnd = 0;
+    m_passesEnded = 0;
+}
+
+/// Frames of the run that sounds that are in the ring.
+std::int64_t OutputStage::framesOfRun() const QUILLET_REALTIME
+{
+    std::int64_t end = m_ring.written();
+    for (std::size_t i = 0;; ++i) {
+        const OutputMark* mark = m_marks.peek(i);
+        if (mark == nullptr)
+            break;
+        if (mark->generation == m_generation && mark->kind != OutputMark::Kind::runEnd)
+            continue;
+        end = std::min(end, mark->outputFrame);
+        break;
+    }
+    return std::max<std::int64_t>(0, end - m_ring.consumed());
+}
+
+/// Copies up to the next mark or to the end of what there is.
+std::int64_t OutputStage::copyRun(std::span<float> stereo) QUILLET_REALTIME
+{
+    const std::int64_t wanted = static_cast<std::int64_t>(stereo.size()) / 2;
+    const std::int64_t available = framesOfRun();
+    std::int64_t count = std::min(wanted, available);
+    bool runsDry = available < wanted && !knowsEndOf(m_generation);
+    // What another run is wanted for is left to cross over to it, if it is there by then.
+    const std::int64_t crossing = fade(crossSeconds);
+    if (runsDry && available > crossing && wantsRun() && wantedGeneration() != m_generation) {
+        count = available - crossing;
+        runsDry = false;
+    }
+    const OutputMark* next = m_marks.front();
+    if (!runsDry && next != nullptr && next->generation == m_generation)
+        count = std::min(count, next->outputFrame - m_ring.consumed());
+    const auto copied = stereo.first(static_cast<std::size_t>(2 * count));
+    m_ring.read(copied);
+    for (std::int64_t i = 0; i < count && m_fadeAt < m_fadeFrames; ++i, ++m_fadeAt) {
+        const float weight = rampWeight(m_fadeAt, m_fadeFrames);
+        copied[static_cast<std::size_t>(2 * i)] *= weight;
+        copied[static_cast<std::size_t>(2 * i + 1)] *= weight;
+    }
+    if (runsDry)
+        runDry(copied);
     passMarks();
     return count;
 }
 
-/// Drops everything before the take of `epoch` and begins it; false when there is nothing of it yet.
-bool OutputStage::enterTake(std::int64_t epoch) QUILLET_REALTIME
+/// `stereo` is all there is: its end fades, and the sound waits for more.
+void OutputStage::runDry(std::span<float> stereo) QUILLET_REALTIME
 {
-    // Read before the marks: a take's mark is pushed before its frames, so no frame of the wanted take is dropped unseen.
-    const std::int64_t written = m_ring.written();
-    const OutputMark* mark = m_marks.front();
-    while (mark != nullptr && mark->epoch < epoch) {
-        m_marks.pop();
-        mark = m_marks.front();
+    const std::int64_t count = static_cast<std::int64_t>(stereo.size()) / 2;
+    const std::int64_t falling = std::min(count, fade(fallSeconds));
+    for (std::int64_t i = 0; i < falling; ++i) {
+        const float weight = 1 - rampWeight(i, falling);
+        stereo[static_cast<std::size_t>(2 * (count - falling + i))] *= weight;
+        stereo[static_cast<std::size_t>(2 * (count - falling + i) + 1)] *= weight;
     }
-    if (mark == nullptr || mark->epoch > epoch || mark->kind != OutputMark::Kind::takeBegin) {
-        m_ring.skipTo(mark == nullptr ? written : std::min(written, mark->outputFrame));
-        return false;
-    }
-    m_ring.skipTo(mark->outputFrame);
-    m_epoch = epoch;
-    m_framesNeeded = mark->framesNeeded;
-    m_waiting = true;
-    m_ended = false;
-    m_level = fadeFrames;
-    m_passesEnded = 0;
-    m_markedOutput = mark->outputFrame;
-    m_markedSource = mark->sourceFrame;
-    m_slope = mark->slope;
-    m_marks.pop();
-    passMarks();
-    return true;
+    m_dry = true;
+    m_underruns.fetch_add(1, std::memory_order_relaxed);
 }
 
-/// True once enough is rendered to go on without running out again.
-bool OutputStage::hasStarted() QUILLET_REALTIME
+void OutputStage::beginFadeIn(std::int64_t frames) QUILLET_REALTIME
 {
-    m_waiting = m_ring.available() < m_framesNeeded && findMark(OutputMark::Kind::takeEnd, m_epoch) == nullptr;
-    return !m_waiting;
+    m_fadeAt = 0;
+    m_fadeFrames = frames;
+}
+
+/// What comes next of the run that sounds becomes a tail that fades beside whatever is heard then; nothing is taken out of the
+/// ring.
+void OutputStage::beginTail(std::int64_t frames) QUILLET_REALTIME
+{
+    const std::int64_t count = std::min(frames, framesOfRun());
+    const std::int64_t left = m_tailFrames - m_tailAt;
+    // Moved to the front first: the old tail is read from where it is.
+    std::copy_n(m_tail.begin() + 2 * m_tailAt, 2 * left, m_tail.begin());
+    std::fill(m_tail.begin() + 2 * left, m_tail.end(), 0.0F);
+    for (std::int64_t i = 0; i < count; ++i) {
+        const std::span<const float> frame = m_ring.peek(i);
+        const float weight = rampWeight(m_fadeAt + i, m_fadeFrames);
+        const float falling = 1 - rampWeight(i, count);
+        for (std::size_t channel = 0; channel < 2; ++channel) {
+            float& sample = m_tail[static_cast<std::size_t>(2 * i) + channel];
+            sample += frame[channel] * weight * falling;
+        }
+    }
+    m_tailAt = 0;
+    m_tailFrames = std::max(count, left);
+}
+
+void OutputStage::addTail(std::span<float> stereo) QUILLET_REALTIME
+{
+    const std::int64_t count = std::min(static_cast<std::int64_t>(stereo.size()) / 2, m_tailFrames - m_tailAt);
+    for (std::int64_t i = 0; i < 2 * count; ++i)
+        stereo[static_cast<std::size_t>(i)] += m_tail[static_cast<std::size_t>(2 * m_tailAt + i)];
+    m_tailAt += count;
 }
 
 void OutputStage::passMarks() QUILLET_REALTIME
 {
     const OutputMark* mark = m_marks.front();
-    while (mark != nullptr && mark->epoch == m_epoch && mark->outputFrame <= m_ring.consumed()) {
-        passMark(*mark);
+    while (mark != nullptr && mark->generation == m_generation && mark->outputFrame <= m_ring.consumed()) {
+        if (!m_ended && mark->kind != OutputMark::Kind::runBegin) {
+            ++m_passesEnded;
+            m_ended = mark->kind == OutputMark::Kind::runEnd;
+            m_hasNews = true;
+        }
         m_marks.pop();
         mark = m_marks.front();
-    }
-}
-
-void OutputStage::passMark(const OutputMark& mark) QUILLET_REALTIME
-{
-    m_markedOutput = mark.outputFrame;
-    m_markedSource = mark.sourceFrame;
-    m_slope = mark.slope;
-    if (mark.kind != OutputMark::Kind::passEnd && mark.kind != OutputMark::Kind::takeEnd)
-        return;
-    if (m_ended)
-        return;
-    ++m_passesEnded;
-    m_ended = mark.kind == OutputMark::Kind::takeEnd || m_closedEpoch.load(std::memory_order_acquire) == m_epoch;
-    m_endingPassed = true;
-    // A take that ended by itself has faded already; one that was closed fades over into the dropped pass.
-    if (mark.kind == OutputMark::Kind::takeEnd)
-        m_level = 0;
-}
-
-const OutputMark* OutputStage::findMark(OutputMark::Kind kind, std::int64_t epoch) const QUILLET_REALTIME
-{
-    for (std::size_t i = 0;; ++i) {
-        const OutputMark* mark = m_marks.peek(i);
-        if (mark == nullptr || (mark->kind == kind && mark->epoch == epoch))
-            return mark;
     }
 }
 
 void OutputStage::reportProgress(bool moving) QUILLET_REALTIME
 {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    const double played = static_cast<double>(m_ring.consumed() - m_markedOutput);
-    m_report.write({ m_epoch, m_passesEnded, m_ended, m_markedSource + played * m_slope, moving && !m_ended ? m_slope : 0,
+    m_report.write({ m_generation, m_passesEnded, m_ended, moving, m_ring.consumed(), m_enteredFrame, m_framesSinceEnd,
                      std::chrono::duration_cast<std::chrono::nanoseconds>(now).count() });
-    if (m_endingPassed) {
-        m_endingPassed = false;
-        m_endings.raise();
+    if (m_hasNews) {
+        m_hasNews = false;
+        m_news.raise();
     }
 }
 
 bool OutputStage::isReady(std::int64_t frames) const QUILLET_REALTIME
 {
-    const std::int64_t wanted = m_wanted.load(std::memory_order_acquire);
-    const std::int64_t epoch = wanted >> 1;
-    if ((wanted & 1) == 0 || m_pausedEpoch.load(std::memory_order_acquire) == epoch || (m_epoch == epoch && m_ended))
+    const std::int64_t wanted = wantedGeneration();
+    if (!wantsRun() || m_pausedGeneration.load(std::memory_order_acquire) == wanted)
         return true;
-    std::int64_t begin = m_ring.consumed();
-    std::int64_t needed = m_framesNeeded;
-    if (m_epoch != epoch) {
-        const OutputMark* mark = findMark(OutputMark::Kind::takeBegin, epoch);
-        if (mark == nullptr)
-            return false;
-        begin = mark->outputFrame;
-        needed = mark->framesNeeded;
-    }
-    return findMark(OutputMark::Kind::takeEnd, epoch) != nullptr || m_ring.written() - begin >= std::max(frames, needed);
+    if (m_generation == wanted)
+        return m_ended || framesOfRun() >= frames || knowsEndOf(wanted);
+    const OutputMark* begin = beginOf(wanted);
+    return begin != nullptr && canEnter(*begin, frames);
 }
 
 }  // namespace quillet

@@ -1,7 +1,7 @@
-// The end of the sound's road, run by the device callback: copies rendered frames out of the ring, fades where the sound stops
-// or is held, drops what belongs to an older take, equalises, limits, counts, and tells the main thread what has been heard. It
-// decodes and stretches nothing. Threads: three sides, divided by banners; the audio side neither allocates nor locks nor
-// waits.
+// The end of the sound's road, run by the device callback: copies rendered frames out of the ring, crosses over from one run to
+// the next as soon as that is ready, fades where the sound stops, is held or runs dry, equalises, limits, counts, and tells the
+// main thread what has been handed over. It decodes and stretches nothing.
+// Threads: three sides, divided by banners; the audio side neither allocates nor locks nor waits.
 #pragma once
 
 #include "platform/audio/AudioRing.h"
@@ -22,15 +22,19 @@ namespace quillet {
 
 /// What the device has been handed so far.
 struct OutputReport {
-    /// The take that sounds or sounded last; 0 before the first.
-    std::int64_t epoch = 0;
-    /// Passes of that take handed over to their last frame.
+    /// The run that sounds or sounded last; 0 before the first.
+    std::int64_t generation = 0;
+    /// Passes of that run handed over to their last frame.
     std::int64_t passesEnded = 0;
-    /// Nothing of the take is left.
-    bool takeEnded = false;
-    /// Source frames since the take's start, and source frames per output frame (0 while nothing moves).
-    double sourceFrame = 0;
-    double slope = 0;
+    /// Nothing of the run is left.
+    bool runEnded = false;
+    /// Frames are being handed over: neither paused nor dry nor at an end.
+    bool moving = false;
+    /// The place in the output ring that comes next, and the one at which the run was entered.
+    std::int64_t outputFrame = 0;
+    std::int64_t enteredFrame = 0;
+    /// Frames handed over since the run ended.
+    std::int64_t framesSinceEnd = 0;
     /// When that was, on the steady clock.
     std::int64_t steadyNanoseconds = 0;
 };
@@ -42,23 +46,30 @@ public:
 
     // ---- Main thread ----
 
-    /// Makes `epoch` (greater than any before) what is to be heard; what sounds is faded out. Without a take it is silence.
-    enum class Content { silence, take };
-    void setEpoch(std::int64_t epoch, Content content);
-    /// Holds the take of this epoch where it is; `resume` lets it go on.
-    void pause(std::int64_t epoch) { m_pausedEpoch.store(epoch, std::memory_order_release); }
-    void resume() { pause(0); }
-    /// Forbids the take of this epoch to go on behind the pass that sounds.
-    void closeTake(std::int64_t epoch) { m_closedEpoch.store(epoch, std::memory_order_release); }
+    /// Makes run `generation` (greater than any before) what is to be heard, as soon as it is ready; until then what sounds
+    /// goes on.
+    void enterRun(std::int64_t generation) { m_wanted.store(generation << 1 | 1, std::memory_order_release); }
+    /// Silence from now on; `generation` is greater than any before.
+    void enterSilence(std::int64_t generation) { m_wanted.store(generation << 1, std::memory_order_release); }
+    /// Holds the run of this generation where it is; `resume` lets it go on.
+    void pause(std::int64_t generation) { m_pausedGeneration.store(generation, std::memory_order_release); }
+    /// Does nothing if another run than this is paused: that one stays silent until this one comes.
+    void resume(std::int64_t generation)
+    {
+        if (m_pausedGeneration.load(std::memory_order_relaxed) == generation)
+            pause(0);
+    }
     /// Lets the limiter act; off where nothing changes the samples, so that they pass bit for bit.
     void setLimiting(bool on) { m_limiting.store(on, std::memory_order_relaxed); }
     [[nodiscard]] Equalizer& equalizer() { return m_equalizer; }
     [[nodiscard]] OutputReport report() { return m_report.read(); }
-    /// Readable when a pass or a take has ended since it was cleared.
-    [[nodiscard]] WakeDescriptor& endings() { return m_endings; }
+    /// Readable when a run was entered, or a pass or a run has ended, since it was cleared.
+    [[nodiscard]] WakeDescriptor& news() { return m_news; }
+    [[nodiscard]] OutputPlaces& places() { return m_places; }
 
-    /// Any thread: how often the frames ran out in mid-sound.
+    /// Any thread: how often the frames ran out in mid-sound, and the most frames the device has asked for at once.
     [[nodiscard]] std::int64_t underruns() const { return m_underruns.load(std::memory_order_relaxed); }
+    [[nodiscard]] std::int64_t largestBlock() const { return m_largestBlock.load(std::memory_order_relaxed); }
 
     // ---- Render thread ----
 
@@ -67,52 +78,68 @@ public:
 
     // ---- Audio thread ----
 
+    void streamBegins() override { m_largestBlock.store(0, std::memory_order_relaxed); }
     void render(std::span<float> stereo) QUILLET_REALTIME override;
     [[nodiscard]] bool isReady(std::int64_t frames) const QUILLET_REALTIME override;
 
 private:
-    static constexpr std::int64_t ringFrames = 65536;
-    /// 4.4 ms at 44.1 kHz.
-    static constexpr int fadeFrames = 192;
+    /// Twice what two of the largest blocks of a device take, for two runs side by side.
+    static constexpr std::int64_t ringFrames = 131072;
+    static constexpr std::int64_t longestFade = 2048;
 
-    [[nodiscard]] std::int64_t wantedEpoch() const QUILLET_REALTIME;
-    [[nodiscard]] const OutputMark* findCut() const QUILLET_REALTIME;
-    std::int64_t copySound(std::span<float> stereo) QUILLET_REALTIME;
-    std::int64_t copyBlock(std::span<float> stereo, bool fallSilent) QUILLET_REALTIME;
-    bool enterTake(std::int64_t epoch) QUILLET_REALTIME;
+    [[nodiscard]] std::int64_t wantedGeneration() const QUILLET_REALTIME;
+    [[nodiscard]] bool wantsRun() const QUILLET_REALTIME;
+    void fillBlock(std::span<float> stereo) QUILLET_REALTIME;
+    void followWanted(std::int64_t frames) QUILLET_REALTIME;
+    void followPause() QUILLET_REALTIME;
+    [[nodiscard]] bool isAudible() const QUILLET_REALTIME;
+    [[nodiscard]] const OutputMark* beginOf(std::int64_t generation) const QUILLET_REALTIME;
+    [[nodiscard]] bool knowsEndOf(std::int64_t generation) const QUILLET_REALTIME;
+    [[nodiscard]] std::int64_t entryOf(const OutputMark& begin) const QUILLET_REALTIME;
+    [[nodiscard]] bool canEnter(const OutputMark& begin, std::int64_t frames) const QUILLET_REALTIME;
+    void enter(const OutputMark& begin) QUILLET_REALTIME;
+    void enterNothing(std::int64_t generation) QUILLET_REALTIME;
+    [[nodiscard]] std::int64_t framesOfRun() const QUILLET_REALTIME;
+    [[nodiscard]] std::int64_t copyRun(std::span<float> stereo) QUILLET_REALTIME;
+    void runDry(std::span<float> stereo) QUILLET_REALTIME;
+    void beginFadeIn(std::int64_t frames) QUILLET_REALTIME;
+    void beginTail(std::int64_t frames) QUILLET_REALTIME;
+    void addTail(std::span<float> stereo) QUILLET_REALTIME;
     void passMarks() QUILLET_REALTIME;
-    void passMark(const OutputMark& mark) QUILLET_REALTIME;
-    [[nodiscard]] bool hasStarted() QUILLET_REALTIME;
-    [[nodiscard]] const OutputMark* findMark(OutputMark::Kind kind, std::int64_t epoch) const QUILLET_REALTIME;
+    [[nodiscard]] std::int64_t fade(double seconds) const QUILLET_REALTIME;
     void reportProgress(bool moving) QUILLET_REALTIME;
 
     WakeSemaphore& m_renderer;
     AudioRing m_ring{ ringFrames, 2 };
     OutputMarks m_marks;
+    OutputPlaces m_places;
     TripleBuffer<OutputReport> m_report;
-    WakeDescriptor m_endings;
+    WakeDescriptor m_news;
     Equalizer m_equalizer;
     Limiter m_limiter;
-    std::array<float, fadeFrames + 1> m_fade{};
 
-    /// The wanted epoch, shifted up by one bit; the lowest bit says whether it has a take.
+    /// The wanted generation, shifted up by one bit; the lowest bit says whether it is a run.
     std::atomic<std::int64_t> m_wanted{ 0 };
-    std::atomic<std::int64_t> m_closedEpoch{ 0 };
-    std::atomic<std::int64_t> m_pausedEpoch{ 0 };
+    std::atomic<std::int64_t> m_pausedGeneration{ 0 };
     std::atomic<bool> m_limiting{ false };
     std::atomic<std::int64_t> m_underruns{ 0 };
+    std::atomic<std::int64_t> m_largestBlock{ 0 };
 
-    // Audio thread.
-    std::int64_t m_epoch = 0;
+    // Audio thread: the run that sounds.
+    std::int64_t m_generation = 0;
+    int m_sampleRate = 44100;
     std::int64_t m_framesNeeded = 0;
-    bool m_waiting = false;
-    bool m_ended = true;
-    bool m_endingPassed = false;
-    int m_level = 0;
+    std::int64_t m_enteredFrame = 0;
     std::int64_t m_passesEnded = 0;
-    std::int64_t m_markedOutput = 0;
-    double m_markedSource = 0;
-    double m_slope = 0;
+    std::int64_t m_framesSinceEnd = 0;
+    bool m_ended = true;
+    bool m_paused = false;
+    bool m_dry = false;
+    bool m_hasNews = false;
+    // How far its beginning has risen, and what still fades of the sound before it.
+    std::int64_t m_fadeAt = 0, m_fadeFrames = 0;
+    std::array<float, 2 * longestFade> m_tail{};
+    std::int64_t m_tailAt = 0, m_tailFrames = 0;
 };
 
 }  // namespace quillet

@@ -20,11 +20,11 @@ RenderThread::~RenderThread()
     m_wake.wake();
 }
 
-void RenderThread::play(std::shared_ptr<Take> take)
+void RenderThread::play(std::shared_ptr<Run> run)
 {
     {
         const std::scoped_lock lock(m_lock);
-        m_pending = std::move(take);
+        m_pending = std::move(run);
         m_hasPending = true;
     }
     m_wake.wake();
@@ -63,14 +63,14 @@ int RenderThread::idleSampleRate()
 
 void RenderThread::takeOrders()
 {
-    std::shared_ptr<Take> take;
+    std::shared_ptr<Run> run;
     {
         const std::scoped_lock lock(m_lock);
         if (!std::exchange(m_hasPending, false))
             return;
-        take = std::move(m_pending);
+        run = std::move(m_pending);
     }
-    m_renderer.begin(std::move(take));
+    m_renderer.begin(std::move(run));
 }
 
 }  // namespace quillet

@@ -1,4 +1,4 @@
-// Drives the renderer: wakes when the device took frames, when the source delivered, or when there is a new take, and renders
+// Drives the renderer: wakes when the device took frames, when the source delivered, or when there is a new run, and renders
 // until the output ring is full again. Threads: owns one worker; its functions may be called from any other thread.
 #pragma once
 
@@ -21,9 +21,9 @@ public:
     RenderThread(const RenderThread&) = delete;
     RenderThread& operator=(const RenderThread&) = delete;
 
-    /// Renders `take` from now on, in place of the one before; null ends the sound.
-    void play(std::shared_ptr<Take> take);
-    /// Gets ready for takes of this sample rate, and for the present speed and pitch.
+    /// Renders `run` from now on, in place of the one before; null ends the sound.
+    void play(std::shared_ptr<Run> run);
+    /// Gets ready for runs of this sample rate, and for the present speed and pitch.
     void prepare(int sampleRate);
 
 private:
@@ -36,7 +36,7 @@ private:
     std::function<void()> m_rendered;
 
     std::mutex m_lock;
-    std::shared_ptr<Take> m_pending;
+    std::shared_ptr<Run> m_pending;
     bool m_hasPending = false;
     int m_sampleRate = 0;
 

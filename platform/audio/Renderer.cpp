@@ -9,26 +9,25 @@
 namespace quillet {
 namespace {
 
-/// Frames rendered in one step; small, so that a change or a new take is noticed soon.
+/// Frames rendered in one step; small, so that a change or a new run is noticed soon.
 constexpr std::int64_t stepFrames = 256;
 /// Room below which a step is not worth while.
 constexpr std::int64_t smallestStep = 64;
-constexpr std::int64_t framesBetweenMarks = 1024;
+/// Of a run, to be in the source's ring before it is begun.
+constexpr std::int64_t sourceFramesNeeded = 1024;
 
-// All of these at 44.1 kHz.
-constexpr double fillAtNormalSpeed = 2048;
-constexpr double fillAtHighSpeed = 8192;
-constexpr double fillAtHighSpeedInRealtime = 3072;
-constexpr double cautionAfterUnderrun = 44100 * 30;
-constexpr double dryStartFrames = 512;
-constexpr double wetStartFrames = 1024;
-constexpr double fadeInFrames = 88;
-constexpr double fadeOutFrames = 132;
-constexpr double blendToWetFrames = 256;
-constexpr double blendToDryFrames = 882;
-constexpr double blendRenewedFrames = 384;
+/// To be in the output ring before a run is entered.
+constexpr double bypassStartSeconds = 0.0116;
+constexpr double stretchedStartSeconds = 0.0232;
 
-constexpr double highSpeed = 1.5;
+constexpr double riseSeconds = 0.002;
+constexpr double fallSeconds = 0.003;
+constexpr double crossToStretchedSeconds = 0.0058;
+constexpr double crossToBypassSeconds = 0.02;
+constexpr double crossRenewedSeconds = 0.0087;
+
+/// How far off, in frames of the stream, a place may be that follows from the one before.
+constexpr double placeTolerance = 0.5;
 
 }  // namespace
 
@@ -36,339 +35,304 @@ Renderer::Renderer(OutputStage& output, std::function<void()> sourceConsumed)
     : m_output(output),
       m_source(std::move(sourceConsumed)),
       m_block(2 * stepFrames),
-      m_other(2 * stepFrames),
-      m_feed(2 * TimeStretcher::maximumBlock)
+      m_other(2 * stepFrames)
 {
 }
 
-// ---- Render thread ----
+// ---- Runs ----
 
-void Renderer::begin(std::shared_ptr<Take> take)
+void Renderer::begin(std::shared_ptr<Run> run)
 {
-    m_ended = take == nullptr;
-    m_begun = false;
-    m_source.begin(std::move(take));
-    m_position = 0;
-    m_rendered = 0;
-    m_mode = wantsStretcher() ? Mode::wet : Mode::dry;
-    if (m_source.take() != nullptr)
-        m_source.readGains(m_dryGains);
-}
-
-bool Renderer::wantsStretcher() const
-{
-    return m_rate.load(std::memory_order_relaxed) != 1 || m_pitchCents.load(std::memory_order_relaxed) != 0;
-}
-
-std::int64_t Renderer::scaled(double framesAt44100) const
-{
-    return std::max<std::int64_t>(1, std::llround(framesAt44100 * m_source.take()->sampleRate / 44100));
-}
-
-/// How many frames the output ring is to hold: more where the stretcher's bursts are dear, and for a while after one came too
-/// late.
-std::int64_t Renderer::fillTarget()
-{
-    if (m_output.underruns() != m_seenUnderruns) {
-        m_seenUnderruns = m_output.underruns();
-        m_cautiousFrames = scaled(cautionAfterUnderrun);
+    m_next = std::move(run);
+    if (m_next == nullptr) {
+        m_ended = true;
+        m_source.begin(nullptr);
     }
-    if (m_cautiousFrames > 0)
-        return scaled(fillAtHighSpeed);
-    const double highest = m_priority == ThreadPriority::realtime ? fillAtHighSpeedInRealtime : fillAtHighSpeed;
-    const double excess = std::clamp((m_slope - 1) / (highSpeed - 1), 0.0, 1.0);
-    return scaled(fillAtNormalSpeed + excess * (highest - fillAtNormalSpeed));
 }
 
-bool Renderer::step()
+/// Goes over to the run that waits, if its source has delivered.
+bool Renderer::beginNext()
 {
-    if (m_ended)
+    if (m_next == nullptr)
+        return !m_ended;
+    // Read before the frames: an end is pushed before the frames around it.
+    const bool isShort = m_next->passEnds.front() != nullptr;
+    if (!isShort && m_next->ring.available() < m_next->leadFrames + sourceFramesNeeded)
+        return !m_ended;
+    if (m_output.marks().isFull())
         return false;
-    AudioRing& ring = m_output.ring();
-    if (!m_begun && !beginOutput())
-        return false;
-    const std::int64_t filled = ring.written() - std::max(ring.consumed(), m_beginOutput);
-    const std::int64_t room = std::min(fillTarget() - filled, ring.space());
-    if (room < smallestStep)
-        return false;
-    followSettings();
-    const double position = m_position;
-    const auto block = std::span(m_block).first(static_cast<std::size_t>(2 * std::min(room, stepFrames)));
-    const std::int64_t count = renderBlock(block);
-    emit(block.first(static_cast<std::size_t>(2 * count)), position);
-    if (framesToEnd(1) > 0)
-        return count > 0;
-    const auto joint = static_cast<std::int64_t>(static_cast<double>(m_source.jointAtEnd()) / m_slope);
-    m_ended = pushMark(OutputMark::Kind::takeEnd, ring.written(), m_position, ring.written() - joint);
-    return false;
+    beginRun(std::move(m_next));
+    return true;
 }
 
-/// Opens the take in the output ring; false when there is no room to say so.
-bool Renderer::beginOutput()
+void Renderer::beginRun(std::shared_ptr<Run> run)
 {
+    m_ended = false;
+    m_blend = {};
+    m_passRate.reset();
+    m_noted.reset();
+    m_atRateJoint = false;
     m_beginOutput = m_output.ring().written();
-    m_slope = m_rate.load(std::memory_order_relaxed);
-    m_begun = pushMark(OutputMark::Kind::takeBegin, m_beginOutput, 0);
-    if (m_begun && m_mode == Mode::wet)
-        startStretcher(0);
-    return m_begun;
+    m_leg = { .pauseLeft = run->start.pauseFrames };
+    m_source.begin(std::move(run));
+    m_source.fetch(0);
+    pushMark(OutputMark::Kind::runBegin, m_beginOutput);
+    if (m_leg.pauseLeft > 0)
+        notePlace(m_beginOutput, 0, 0);
 }
 
-/// Takes up changes of speed and pitch, and begins to cross over where the stretcher comes in or goes out.
+void Renderer::beginLeg()
+{
+    m_leg.isBegun = true;
+    m_path = &m_bypass;
+    m_bypass.begin(m_leg.startFrame);
+    if (settings() != TimeStretcher::Settings{})
+        m_path = &startStretched(m_leg.startFrame, false);
+}
+
+// ---- Settings ----
+
+TimeStretcher::Settings Renderer::settings() const
+{
+    return { m_passRate.value_or(m_rate.load(std::memory_order_relaxed)), m_pitchCents.load(std::memory_order_relaxed) };
+}
+
+std::int64_t Renderer::frames(double seconds) const
+{
+    return std::max<std::int64_t>(1, std::llround(seconds * m_source.run()->sampleRate));
+}
+
+/// Takes up changes of speed, pitch and gains, and begins to cross over where another path or another stretcher comes in.
 void Renderer::followSettings()
 {
-    m_source.obeyClosing(static_cast<std::int64_t>(m_position + static_cast<double>(scaled(fadeOutFrames)) * m_slope));
-    const bool stretching = wantsStretcher();
-    if (m_mode == Mode::dry && stretching) {
-        beginBlend(Mode::toWet, blendToWetFrames);
-        startStretcher(m_dryPosition);
-    } else if (m_mode == Mode::wet && !stretching) {
-        beginBlend(Mode::toDry, blendToDryFrames);
-        m_dryGains = m_wetGains;
-    } else if (m_mode == Mode::wet) {
-        m_source.readGains(m_gainsNow);
-        if (m_gainsNow != m_wetGains)
-            renewStretcher();
-    }
-    if (m_mode == Mode::dry) {
-        m_slope = 1;
+    if (m_blend.from != nullptr)
         return;
+    const TimeStretcher::Settings wanted = settings();
+    const bool atRateJoint = std::exchange(m_atRateJoint, false);
+    const std::int64_t position = std::llround(m_path->position());
+    if (wanted == TimeStretcher::Settings{}) {
+        if (m_path == &m_bypass)
+            return;
+        m_bypass.begin(position);
+        crossTo(m_bypass, crossToBypassSeconds);
+    } else if (m_path == &m_bypass) {
+        crossTo(startStretched(position, false), crossToStretchedSeconds);
+    } else {
+        const bool gainsMove = m_stretched->wantsRenewal();
+        if (gainsMove || atRateJoint)
+            crossTo(startStretched(position, gainsMove), crossRenewedSeconds);
+        else
+            m_stretched->setSettings(wanted);
     }
-    m_slope = m_rate.load(std::memory_order_relaxed);
-    m_stretcher->setRate(m_slope);
-    m_stretcher->setPitch(m_pitchCents.load(std::memory_order_relaxed));
 }
 
-void Renderer::beginBlend(Mode mode, double framesAt44100)
+/// The spare stretcher, begun at `position`; the other one becomes the spare.
+StretchedPath& Renderer::startStretched(std::int64_t position, bool gainsMove)
 {
-    m_mode = mode;
-    m_dryPosition = std::llround(m_position);
-    m_blendAt = 0;
-    m_blendFrames = scaled(framesAt44100);
+    const int sampleRate = m_source.run()->sampleRate;
+    if (m_stretchedRate != sampleRate) {
+        m_stretchedRate = sampleRate;
+        m_stretched = std::make_unique<StretchedPath>(m_source, sampleRate);
+        m_spare = std::make_unique<StretchedPath>(m_source, sampleRate);
+    }
+    std::swap(m_stretched, m_spare);
+    m_stretched->begin(position, settings(), gainsMove);
+    return *m_stretched;
 }
 
-/// A gain has changed: starts another stretcher at the present place, since this one holds a long stretch of sound with the old
-/// gains (at slow speeds, seconds of it), and crosses over.
-void Renderer::renewStretcher()
+void Renderer::crossTo(SoundPath& path, double seconds)
 {
-    const double position = m_position;
-    m_tail.resize(static_cast<std::size_t>(2 * scaled(blendRenewedFrames)));
-    const std::int64_t count = renderWet(m_tail);
-    std::fill(m_tail.begin() + 2 * count, m_tail.end(), 0.0F);
-    m_position = std::round(position);
-    beginBlend(Mode::renewing, blendRenewedFrames);
-    startStretcher(m_dryPosition);
-}
-
-void Renderer::makeStretchers(int sampleRate)
-{
-    m_stretcherRate = sampleRate;
-    m_stretcher = std::make_unique<TimeStretcher>(sampleRate);
-    m_spare = std::make_unique<TimeStretcher>(sampleRate);
-    m_spareIsReset = true;
+    m_blend = { m_path, 0, frames(seconds) };
+    m_path = &path;
 }
 
 void Renderer::prepareSpare(int sampleRate)
 {
-    if (m_stretcherRate != sampleRate) {
-        // While a take sounds its stretchers stay; a take of another rate comes with a new beginning.
-        if (!m_ended && m_source.take()->sampleRate != sampleRate)
+    if (m_blend.from != nullptr)
+        return;
+    if (m_stretchedRate != sampleRate) {
+        // While a run sounds its stretchers stay; a run of another rate comes with a new beginning.
+        if (!m_ended)
             return;
-        makeStretchers(sampleRate);
+        m_stretchedRate = sampleRate;
+        m_stretched = std::make_unique<StretchedPath>(m_source, sampleRate);
+        m_spare = std::make_unique<StretchedPath>(m_source, sampleRate);
     }
-    m_spare->setPitch(m_pitchCents.load(std::memory_order_relaxed));
-    m_spare->setRate(m_rate.load(std::memory_order_relaxed));
-    if (!m_spareIsReset)
-        m_spare->reset();
-    m_spareIsReset = true;
+    m_spare->prepare(settings());
 }
 
-/// Puts the spare stretcher to work so that its first frame of output is the source frame `position`.
-void Renderer::startStretcher(std::int64_t position)
-{
-    if (m_stretcherRate != m_source.take()->sampleRate)
-        makeStretchers(m_source.take()->sampleRate);
-    if (!m_spareIsReset)
-        m_spare->reset();
-    std::swap(m_stretcher, m_spare);
-    m_spareIsReset = false;
-    m_stretcher->setRate(m_rate.load(std::memory_order_relaxed));
-    m_stretcher->setPitch(m_pitchCents.load(std::memory_order_relaxed));
-    m_drop = m_stretcher->startDelay();
-    m_source.readGains(m_wetGains);
-    const std::int64_t pad = m_stretcher->startPad();
-    for (std::int64_t done = 0; done < pad;) {
-        const std::int64_t count = std::min(pad - done, TimeStretcher::maximumBlock);
-        const auto feed = std::span(m_feed).first(static_cast<std::size_t>(2 * count));
-        m_source.mixSteady(position - pad + done, feed, m_wetGains);
-        m_stretcher->feed(feed);
-        done += count;
-    }
-    m_fed = position;
-}
+// ---- Steps ----
 
-std::int64_t Renderer::renderBlock(std::span<float> stereo)
+bool Renderer::step()
 {
-    switch (m_mode) {
-    case Mode::dry:
-        return renderDry(stereo);
-    case Mode::wet:
-        return renderWet(stereo);
-    case Mode::toWet:
-    case Mode::toDry:
-    case Mode::renewing:
-        return renderBlend(stereo);
-    }
-    return 0;
-}
-
-/// At most `limit`: the frames of output left before the take's end.
-std::int64_t Renderer::framesToEnd(std::int64_t limit) const
-{
-    const auto end = m_source.end();
-    if (!end)
-        return limit;
-    const double left = std::ceil((static_cast<double>(*end) - m_position) / m_slope - 1e-9);
-    return std::clamp<std::int64_t>(static_cast<std::int64_t>(left), 0, limit);
-}
-
-std::int64_t Renderer::renderDry(std::span<float> stereo)
-{
-    const std::int64_t first = std::llround(m_position);
-    const std::int64_t wanted = static_cast<std::int64_t>(stereo.size()) / 2;
-    const std::int64_t ready = m_source.fetch(first + wanted) - first;
-    const std::int64_t count = framesToEnd(std::clamp<std::int64_t>(ready, 0, wanted));
-    m_source.mixGliding(first, stereo.first(static_cast<std::size_t>(2 * count)), m_dryGains);
-    m_position = static_cast<double>(first + count);
-    return count;
-}
-
-std::int64_t Renderer::renderWet(std::span<float> stereo)
-{
-    const std::int64_t wanted = static_cast<std::int64_t>(stereo.size()) / 2;
-    std::int64_t count = 0;
-    while (count < framesToEnd(wanted)) {
-        const auto rest = stereo.subspan(static_cast<std::size_t>(2 * count), static_cast<std::size_t>(2 * (wanted - count)));
-        if (m_drop > 0) {
-            const auto dropped = rest.first(static_cast<std::size_t>(2 * std::min(m_drop, wanted - count)));
-            const std::int64_t got = m_stretcher->retrieve(dropped);
-            m_drop -= got;
-            if (got == 0 && !feedStretcher())
-                break;
-            continue;
-        }
-        const std::int64_t left = framesToEnd(wanted - count);
-        const std::int64_t got = m_stretcher->retrieve(rest.first(static_cast<std::size_t>(2 * left)));
-        count += got;
-        m_position += static_cast<double>(got) * m_slope;
-        if (got == 0 && (left == 0 || !feedStretcher()))
-            break;
-    }
-    return count;
-}
-
-/// Feeds the stretcher what it asks for, silence behind the take's end; false when the source has nothing yet.
-bool Renderer::feedStretcher()
-{
-    const std::int64_t wanted = m_stretcher->wantedFrames();
-    const std::int64_t ready = m_source.fetch(m_fed + wanted) - m_fed;
-    const bool atEnd = m_source.end() && m_fed + ready >= *m_source.end();
-    const std::int64_t count = atEnd ? wanted : std::min(ready, wanted);
-    if (count <= 0)
+    if (!beginNext())
         return false;
-    const auto feed = std::span(m_feed).first(static_cast<std::size_t>(2 * count));
-    m_source.mixSteady(m_fed, feed, m_wetGains);
-    m_stretcher->feed(feed);
-    m_fed += count;
-    return true;
+    const std::int64_t free = room();
+    if (free < smallestStep)
+        return false;
+    if (m_leg.pauseLeft > 0)
+        return renderPause(free) > 0;
+    if (!m_leg.isBegun)
+        beginLeg();
+    followSettings();
+    const std::int64_t limit = untilRateChanges(std::min(free, stepFrames));
+    const auto block = std::span(m_block).first(static_cast<std::size_t>(2 * limit));
+    const double position = m_path->position();
+    const double slope = m_path->slope();
+    const std::int64_t count = m_blend.from != nullptr ? renderBlend(block) : m_path->render(block);
+    const auto end = m_source.legEnd();
+    // Counted from the path, which stands after the block.
+    const std::int64_t framesLeft = end ? m_path->framesTo(*end, frames(fallSeconds)) : frames(fallSeconds);
+    const auto rendered = block.first(static_cast<std::size_t>(2 * count));
+    shapeEdges(rendered, framesLeft);
+    emit(rendered, position, slope);
+    if (end && framesLeft == 0)
+        return endLeg();
+    return count > 0;
 }
 
-/// Renders both ways and crosses over from one to the other.
+/// Frames to render before the ring is as full as it is to be.
+std::int64_t Renderer::room()
+{
+    const AudioRing& ring = m_output.ring();
+    const std::int64_t consumed = ring.consumed();
+    std::int64_t entry = std::max(consumed, m_beginOutput);
+    // A run that goes on from the one that still sounds is entered as far along as that is by then.
+    if (const auto aligned = m_source.run()->start.alignedFrame; aligned && consumed < m_beginOutput)
+        entry += std::max<std::int64_t>(0, consumed - *aligned);
+    const double slope = m_leg.isBegun ? m_path->slope() : settings().rate;
+    const std::int64_t target =
+        m_fill.target(slope, m_source.run()->sampleRate, { m_output.largestBlock(), m_output.underruns() });
+    return std::min(target - (ring.written() - entry), ring.space());
+}
+
+/// At most `limit`: a block ends where a pass of another speed begins.
+std::int64_t Renderer::untilRateChanges(std::int64_t limit) const
+{
+    const PassEnd* end = m_source.nextPassEnd();
+    if (end == nullptr || end->nextRate == m_passRate)
+        return limit;
+    return std::max<std::int64_t>(1, m_path->framesTo(end->frame, limit));
+}
+
+std::int64_t Renderer::renderPause(std::int64_t room)
+{
+    const std::int64_t count = std::min({ room, stepFrames, m_leg.pauseLeft });
+    std::fill_n(m_block.begin(), 2 * count, 0.0F);
+    m_output.ring().write(std::span(m_block).first(static_cast<std::size_t>(2 * count)));
+    m_leg.pauseLeft -= count;
+    return count;
+}
+
+/// Renders both paths and crosses over from the one to the other.
 std::int64_t Renderer::renderBlend(std::span<float> stereo)
 {
-    const std::int64_t wanted = std::min(static_cast<std::int64_t>(stereo.size()) / 2, m_blendFrames - m_blendAt);
-    const bool needsDry = m_mode != Mode::renewing;
-    if (needsDry && m_source.fetch(m_dryPosition + wanted) < m_dryPosition + wanted && !m_source.end())
-        return 0;
-    const std::int64_t count = renderWet(stereo.first(static_cast<std::size_t>(2 * wanted)));
+    const std::int64_t wanted = std::min(static_cast<std::int64_t>(stereo.size()) / 2, m_blend.frames - m_blend.at);
+    const std::int64_t count = m_path->render(stereo.first(static_cast<std::size_t>(2 * wanted)));
     const auto other = std::span(m_other).first(static_cast<std::size_t>(2 * count));
-    if (needsDry)
-        m_source.mixGliding(m_dryPosition, other, m_dryGains);
-    else
-        std::copy_n(m_tail.begin() + 2 * m_blendAt, other.size(), other.begin());
+    std::int64_t done = 0;
+    while (done < count) {
+        const std::int64_t got = m_blend.from->render(other.subspan(static_cast<std::size_t>(2 * done)));
+        if (got == 0)
+            break;
+        done += got;
+    }
+    std::fill(other.begin() + 2 * done, other.end(), 0.0F);
     for (std::int64_t i = 0; i < count; ++i) {
-        const float rising = rampWeight(m_blendAt + i, m_blendFrames);
-        const float wet = m_mode == Mode::toDry ? 1 - rising : rising;
-        for (std::size_t sample = static_cast<std::size_t>(2 * i); sample < static_cast<std::size_t>(2 * i + 2); ++sample)
-            stereo[sample] = stereo[sample] * wet + other[sample] * (1 - wet);
+        const float rising = rampWeight(m_blend.at + i, m_blend.frames);
+        for (auto sample = static_cast<std::size_t>(2 * i); sample < static_cast<std::size_t>(2 * i + 2); ++sample)
+            stereo[sample] = stereo[sample] * rising + other[sample] * (1 - rising);
     }
-    m_dryPosition += count;
-    m_blendAt += count;
-    if (m_blendAt == m_blendFrames) {
-        if (m_mode == Mode::toDry)
-            m_position = static_cast<double>(m_dryPosition);
-        m_mode = m_mode == Mode::toDry ? Mode::dry : Mode::wet;
-    }
+    m_blend.at += count;
+    if (m_blend.at == m_blend.frames)
+        m_blend = {};
     return count;
 }
 
-/// Ramps the take's first and last milliseconds; `position` is the source frame of the block's first frame.
-void Renderer::shapeEdges(std::span<float> stereo, double position)
+/// Ramps the leg's first milliseconds, if it comes after a silence, and its last ones; `framesToEnd` are left after the block.
+void Renderer::shapeEdges(std::span<float> stereo, std::int64_t framesToEnd)
 {
-    const std::int64_t fadeIn = scaled(fadeInFrames);
-    const std::int64_t fadeOut = scaled(fadeOutFrames);
-    const auto end = m_source.end();
     const std::int64_t count = static_cast<std::int64_t>(stereo.size()) / 2;
+    const std::int64_t rise = m_leg.isFirst ? 0 : frames(riseSeconds);
+    const std::int64_t fall = frames(fallSeconds);
     for (std::int64_t i = 0; i < count; ++i) {
-        float weight = m_rendered + i < fadeIn ? rampWeight(m_rendered + i, fadeIn) : 1;
-        if (end) {
-            const double left = (static_cast<double>(*end) - position) / m_slope - static_cast<double>(i);
-            if (left < static_cast<double>(fadeOut))
-                weight *= rampWeight(std::max<std::int64_t>(0, static_cast<std::int64_t>(left)), fadeOut);
-        }
+        const float weight = rampWeight(m_leg.rendered + i, rise) * rampWeight(framesToEnd + count - 1 - i, fall);
         if (weight == 1)
             continue;
         stereo[static_cast<std::size_t>(2 * i)] *= weight;
         stereo[static_cast<std::size_t>(2 * i + 1)] *= weight;
     }
+    m_leg.rendered += count;
 }
 
-void Renderer::emit(std::span<float> stereo, double position)
+/// Writes the block, with the ends of passes within it; `position` is the stream frame of its first frame.
+void Renderer::emit(std::span<const float> stereo, double position, double slope)
 {
     const std::int64_t count = static_cast<std::int64_t>(stereo.size()) / 2;
     if (count == 0)
         return;
-    shapeEdges(stereo, position);
     AudioRing& ring = m_output.ring();
     const std::int64_t first = ring.written();
-    // A position that finds no place among the marks is made up for by the next one.
-    if (first - m_lastMark >= framesBetweenMarks || m_slope != m_markedSlope)
-        static_cast<void>(pushMark(OutputMark::Kind::position, first, position));
-    while (const auto end = m_source.nextPassEnd()) {
-        const auto frame = static_cast<double>(end->frame);
-        const double ahead = std::ceil((frame - position) / m_slope - 1e-9);
-        if (ahead > static_cast<double>(count))
+    notePlace(first, position, slope);
+    while (const PassEnd* end = m_source.nextPassEnd()) {
+        if (end->last || end->pauseFrames > 0)
             break;
-        const std::int64_t at = first + static_cast<std::int64_t>(std::max(0.0, ahead));
-        const auto joint = static_cast<std::int64_t>(static_cast<double>(end->joint) / m_slope);
-        if (!pushMark(OutputMark::Kind::passEnd, at, frame, at - joint))
+        const double ahead = std::ceil((static_cast<double>(end->frame) - position) / slope - 1e-6);
+        if (ahead > static_cast<double>(count)
+            || !pushMark(OutputMark::Kind::passEnd, first + static_cast<std::int64_t>(std::max(0.0, ahead))))
             break;
+        m_atRateJoint |= end->nextRate != m_passRate;
+        m_passRate = end->nextRate;
         m_source.passNextEnd();
     }
     ring.write(stereo);
-    m_rendered += count;
-    m_cautiousFrames = std::max<std::int64_t>(0, m_cautiousFrames - count);
+    m_fill.rendered(count);
 }
 
-/// False when the queue is full, as it is when the output has stood still for long.
-bool Renderer::pushMark(OutputMark::Kind kind, std::int64_t outputFrame, double position, std::int64_t cutFrame)
+/// The leg is rendered to its end: what follows is a silence, or nothing. False where there is nothing to do now.
+bool Renderer::endLeg()
 {
-    const double needed = m_mode == Mode::dry ? dryStartFrames : wetStartFrames;
-    if (!m_output.marks().push({ kind, outputFrame, m_source.take()->epoch, scaled(needed), cutFrame, position, m_slope }))
+    const PassEnd* end = m_source.nextPassEnd();
+    const std::int64_t written = m_output.ring().written();
+    if (end == nullptr || !pushMark(end->last ? OutputMark::Kind::runEnd : OutputMark::Kind::passEnd, written))
         return false;
-    m_lastMark = outputFrame;
-    m_markedSlope = m_slope;
+    m_blend = {};
+    notePlace(written, static_cast<double>(end->frame), 0);
+    if (end->last) {
+        m_ended = true;
+        return m_next != nullptr;
+    }
+    m_leg = { .isFirst = false, .startFrame = end->frame, .pauseLeft = end->pauseFrames };
+    m_passRate = end->nextRate;
+    m_source.passNextEnd();
     return true;
+}
+
+// ---- Marks ----
+
+/// False when the queue is full, as it is when the output has stood still for long.
+bool Renderer::pushMark(OutputMark::Kind kind, std::int64_t outputFrame)
+{
+    const Run& run = *m_source.run();
+    OutputMark mark{ .kind = kind, .outputFrame = outputFrame, .generation = run.generation };
+    if (kind == OutputMark::Kind::runBegin) {
+        const bool stretched = settings() != TimeStretcher::Settings{};
+        mark.framesNeeded = frames(stretched ? stretchedStartSeconds : bypassStartSeconds);
+        mark.sampleRate = run.sampleRate;
+        mark.alignedFrame = run.start.alignedFrame.value_or(-1);
+    }
+    return m_output.marks().push(mark);
+}
+
+/// Tells the main thread of a place that does not follow from the ones before. One that finds no room is told with the next
+/// block.
+void Renderer::notePlace(std::int64_t outputFrame, double position, double slope)
+{
+    const MapPiece piece{ static_cast<double>(outputFrame), position, slope };
+    if (m_noted && m_noted->slope == slope && std::abs(m_noted->sourceAt(piece.output) - position) < placeTolerance)
+        return;
+    if (m_output.places().push({ m_source.run()->generation, piece }))
+        m_noted = piece;
 }
 
 }  // namespace quillet

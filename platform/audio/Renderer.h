@@ -1,18 +1,20 @@
-// Turns the present take into what the device gets: stretched and transposed, or untouched, in small steps that keep the output
-// ring filled just far enough. It maps output frames to source frames, marks beginnings and ends, and ramps the take's two
-// edges. It does not decode, and it never runs in the device callback: one of the stretcher's bursts is longer than a device
-// period. Threads: `setRate` and `setPitch` on the main thread, the rest on the render thread.
+// Turns the present run into what the device gets, in small steps that keep the output ring filled just far enough: decides
+// which way the sound takes (untouched or stretched) and crosses over between them, lets silences pass, and marks where runs
+// and passes begin and end and which frame is heard where. It does not decode, and it never runs in the device callback: one of
+// the stretcher's bursts is longer than a device period. Threads: `setRate` and `setPitch` on the main thread, the rest on the
+// render thread.
 #pragma once
 
+#include "platform/audio/FillPolicy.h"
 #include "platform/audio/MixedSource.h"
 #include "platform/audio/OutputStage.h"
-#include "platform/audio/TimeStretcher.h"
-#include "platform/base/ThreadPriority.h"
+#include "platform/audio/SoundPath.h"
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -29,69 +31,73 @@ public:
 
     // ---- Render thread ----
 
-    /// How much the thread may count on its turn: with real-time scheduling the ring is kept shorter, and changes are heard
-    /// sooner.
-    void setPriority(ThreadPriority priority) { m_priority = priority; }
-    /// Renders `take` from now on; null ends the sound.
-    void begin(std::shared_ptr<Take> take);
+    void setPriority(ThreadPriority priority) { m_fill.setPriority(priority); }
+    /// Renders `run` as soon as its source has delivered, and what came before until then; null ends the sound.
+    void begin(std::shared_ptr<Run> run);
     /// Renders a little; false when there is nothing to do before the next wake.
     bool step();
     /// Gets a stretcher for this sample rate ready for the next start; to be called when there is nothing else to do.
     void prepareSpare(int sampleRate);
 
 private:
-    /// Untouched, stretched, crossing from one to the other, or from a stretcher to another one with other gains.
-    enum class Mode : std::uint8_t { dry, wet, toWet, toDry, renewing };
+    /// The path that is left while another one takes over.
+    struct Blend {
+        SoundPath* from = nullptr;
+        std::int64_t at = 0;
+        std::int64_t frames = 0;
+    };
+    /// The stretch between two silences that is rendered.
+    struct Leg {
+        bool isBegun = false;
+        /// It begins the run: its first frames are shaped when the run is entered.
+        bool isFirst = true;
+        std::int64_t startFrame = 0;
+        std::int64_t rendered = 0;
+        /// Silence before it.
+        std::int64_t pauseLeft = 0;
+    };
 
-    [[nodiscard]] bool wantsStretcher() const;
-    [[nodiscard]] std::int64_t scaled(double framesAt44100) const;
-    [[nodiscard]] std::int64_t fillTarget();
+    [[nodiscard]] TimeStretcher::Settings settings() const;
+    [[nodiscard]] std::int64_t frames(double seconds) const;
+    [[nodiscard]] std::int64_t room();
+    bool beginNext();
+    void beginRun(std::shared_ptr<Run> run);
+    void beginLeg();
     void followSettings();
-    void beginBlend(Mode mode, double framesAt44100);
-    void renewStretcher();
-    void makeStretchers(int sampleRate);
-    void startStretcher(std::int64_t position);
-    std::int64_t renderBlock(std::span<float> stereo);
-    std::int64_t renderDry(std::span<float> stereo);
-    std::int64_t renderWet(std::span<float> stereo);
+    [[nodiscard]] StretchedPath& startStretched(std::int64_t position, bool gainsMove);
+    void crossTo(SoundPath& path, double seconds);
+    [[nodiscard]] std::int64_t untilRateChanges(std::int64_t limit) const;
+    std::int64_t renderPause(std::int64_t room);
     std::int64_t renderBlend(std::span<float> stereo);
-    std::int64_t framesToEnd(std::int64_t limit) const;
-    bool feedStretcher();
-    void shapeEdges(std::span<float> stereo, double position);
-    void emit(std::span<float> stereo, double position);
-    bool beginOutput();
-    [[nodiscard]] bool pushMark(OutputMark::Kind kind, std::int64_t outputFrame, double position, std::int64_t cutFrame = 0);
+    void shapeEdges(std::span<float> stereo, std::int64_t framesToEnd);
+    void emit(std::span<const float> stereo, double position, double slope);
+    bool endLeg();
+    bool pushMark(OutputMark::Kind kind, std::int64_t outputFrame);
+    void notePlace(std::int64_t outputFrame, double position, double slope);
 
     OutputStage& m_output;
     MixedSource m_source;
     std::atomic<double> m_rate{ 1 };
     std::atomic<double> m_pitchCents{ 0 };
+    FillPolicy m_fill;
 
-    std::unique_ptr<TimeStretcher> m_stretcher, m_spare;
-    int m_stretcherRate = 0;
-    bool m_spareIsReset = false;
+    // The two paths, a spare for the stretched one, and what of them sounds.
+    BypassPath m_bypass{ m_source };
+    std::unique_ptr<StretchedPath> m_stretched, m_spare;
+    int m_stretchedRate = 0;
+    SoundPath* m_path = &m_bypass;
+    Blend m_blend;
+    /// The next step begins at a joint at which the speed changes.
+    bool m_atRateJoint = false;
 
-    Mode m_mode = Mode::dry;
-    bool m_begun = false;
+    // The run that waits for its source, and where the one that is rendered begins.
+    std::shared_ptr<Run> m_next;
     bool m_ended = true;
-    /// Source frames per output frame in the present block.
-    double m_slope = 1;
-    /// The source frame of the next output frame.
-    double m_position = 0;
-    std::int64_t m_fed = 0;
-    std::int64_t m_drop = 0;
-    std::int64_t m_dryPosition = 0;
-    std::int64_t m_blendAt = 0;
-    std::int64_t m_blendFrames = 0;
     std::int64_t m_beginOutput = 0;
-    std::int64_t m_rendered = 0;
-    std::int64_t m_lastMark = 0;
-    double m_markedSlope = 0;
-    std::int64_t m_seenUnderruns = 0;
-    std::int64_t m_cautiousFrames = 0;
-    std::vector<float> m_block, m_other, m_feed, m_tail;
-    MixedSource::Gains m_dryGains, m_wetGains, m_gainsNow;
-    ThreadPriority m_priority = ThreadPriority::unchanged;
+    Leg m_leg;
+    std::optional<double> m_passRate;
+    std::optional<MapPiece> m_noted;
+    std::vector<float> m_block, m_other;
 };
 
 }  // namespace quillet

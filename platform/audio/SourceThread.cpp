@@ -1,168 +1,230 @@
 #include "platform/audio/SourceThread.h"
 
+#include "platform/audio/PassReader.h"
 #include "platform/audio/Ramp.h"
-#include "platform/base/Require.h"
 #include "platform/base/ThreadPriority.h"
+#include "platform/base/WakeSemaphore.h"
 
 #include <algorithm>
+#include <atomic>
+#include <optional>
 #include <utility>
 
 namespace quillet {
 namespace {
 
-/// The first block of a take is small, for an early start; the later ones are cheap to read.
+/// The first block of a run is small, for an early start; the later ones are cheap to read.
 constexpr std::int64_t firstBlock = 1024;
 constexpr std::int64_t largestBlock = 4096;
 /// How far before its end a pass is decided: whether another follows, and what the two are cross-faded over.
 constexpr double jointSeconds = 0.004;
-/// A shorter segment is not repeated seamlessly; it would be more joint than sound.
-constexpr double shortestLoopSeconds = 0.012;
-
-std::int64_t frames(double seconds, int sampleRate) { return static_cast<std::int64_t>(seconds * sampleRate); }
+/// How long the end of the program waits for a read that is under way.
+constexpr double lastReadSeconds = 0.5;
 
 }  // namespace
 
+/// What the worker needs, kept by the worker itself, since it may outlive everything else.
+class SourceThread::Worker {
+public:
+    explicit Worker(std::function<void()> delivered)
+        : m_delivered(std::move(delivered))
+    {
+    }
+
+    // ---- Any thread ----
+
+    void play(std::shared_ptr<Run> run)
+    {
+        {
+            const std::scoped_lock lock(m_lock);
+            m_pending = std::move(run);
+            m_hasPending = true;
+        }
+        m_wake.wake();
+    }
+
+    void wake() { m_wake.wake(); }
+
+    /// From now on nobody is called; true when the worker has come to its end.
+    bool finish()
+    {
+        {
+            const std::scoped_lock lock(m_lock);
+            m_stopped = true;
+        }
+        m_wake.wake();
+        m_finished.wait(lastReadSeconds);
+        return m_hasFinished;
+    }
+
+    // ---- Worker ----
+
+    void run()
+    {
+        raiseThreadPriority();
+        while (takeOrders()) {
+            if (m_run == nullptr || m_ended || !deliver())
+                m_wake.wait(3600);
+            else
+                tellDelivered();
+        }
+        m_hasFinished = true;
+        m_finished.wake();
+    }
+
+private:
+    bool takeOrders()
+    {
+        std::shared_ptr<Run> pending;
+        {
+            const std::scoped_lock lock(m_lock);
+            if (m_stopped)
+                return false;
+            if (!std::exchange(m_hasPending, false))
+                return true;
+            pending = std::move(m_pending);
+        }
+        begin(std::move(pending));
+        return true;
+    }
+
+    void tellDelivered()
+    {
+        const std::scoped_lock lock(m_lock);
+        if (!m_stopped)
+            m_delivered();
+    }
+
+    void begin(std::shared_ptr<Run> run)
+    {
+        m_reader.reset();
+        m_run = std::move(run);
+        m_ended = m_run == nullptr;
+        if (m_ended)
+            return;
+        m_reader.emplace(m_run->sources);
+        m_streamFrames = -m_run->leadFrames;
+        m_block = firstBlock + m_run->leadFrames;
+        beginPass(m_run->pass(0).pass, m_run->start.offsetFrames - m_run->leadFrames);
+    }
+
+    void beginPass(const Pass& pass, std::int64_t position)
+    {
+        m_pass = pass;
+        m_position = position;
+        m_reader->begin(pass, m_run->sampleRate);
+    }
+
+    /// Writes one block; false when there is nothing to do before the next wake.
+    bool deliver()
+    {
+        const std::int64_t joint = jointFrames(m_pass);
+        const std::int64_t undecided = m_pass.segment.count - joint - m_position;
+        const std::int64_t rest = m_pass.segment.count - m_position;
+        const std::int64_t count = undecided > 0 ? std::min(m_block, undecided) : rest;
+        if (m_run->ring.space() < count)
+            return false;
+        if (undecided > 0) {
+            write(count, nullptr);
+            m_block = largestBlock;
+            return true;
+        }
+        if (m_run->passEnds.isFull())
+            return false;
+        endPass(rest);
+        return true;
+    }
+
+    /// Decides what follows the pass, and writes its last frames accordingly.
+    void endPass(std::int64_t rest)
+    {
+        const std::int64_t end = m_streamFrames + rest;
+        const auto next = m_run->beginNextPass(end);
+        const PassEnd place =
+            next ? PassEnd{ end, false, next->pauseFrames, next->rate } : PassEnd{ end, true, 0, std::nullopt };
+        // There is room: it was looked for before the decision.
+        static_cast<void>(m_run->passEnds.push(place));
+        const bool joins = next && next->pauseFrames == 0 && !(m_pass.held && next->held && next->segment == m_pass.segment);
+        write(rest, joins ? &*next : nullptr);
+        m_ended = !next;
+        if (next)
+            beginPass(*next, 0);
+    }
+
+    [[nodiscard]] std::int64_t jointFrames(const Pass& pass) const
+    {
+        return std::min(static_cast<std::int64_t>(jointSeconds * m_run->sampleRate), pass.segment.count / 2);
+    }
+
+    /// Writes `count` frames of the pass from every file into the ring; with a `next` pass they fade over into the frames that
+    /// lead to its start.
+    void write(std::int64_t count, const Pass* next)
+    {
+        const auto samples = static_cast<std::size_t>(2 * count);
+        const auto width = static_cast<std::size_t>(m_run->ring.width());
+        m_stereo.resize(samples);
+        m_lead.resize(samples);
+        m_wide.resize(static_cast<std::size_t>(count) * width);
+        for (std::size_t source = 0; source < m_run->sources.size(); ++source) {
+            m_reader->read(source, m_position, m_stereo);
+            if (next != nullptr)
+                fadeInto(source, *next);
+            for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+                m_wide[i * width + 2 * source] = m_stereo[2 * i];
+                m_wide[i * width + 2 * source + 1] = m_stereo[2 * i + 1];
+            }
+        }
+        m_run->ring.write(m_wide);
+        m_position += count;
+        m_streamFrames += count;
+    }
+
+    void fadeInto(std::size_t source, const Pass& next)
+    {
+        m_reader->readLead(source, next, m_lead);
+        const auto count = static_cast<std::int64_t>(m_stereo.size()) / 2;
+        for (std::size_t i = 0; i < m_stereo.size(); ++i) {
+            const float in = rampWeight(static_cast<std::int64_t>(i / 2), count);
+            m_stereo[i] = m_stereo[i] * (1 - in) + m_lead[i] * in;
+        }
+    }
+
+    WakeSemaphore m_wake, m_finished;
+    std::mutex m_lock;
+    std::function<void()> m_delivered;
+    std::shared_ptr<Run> m_pending;
+    bool m_hasPending = false;
+    bool m_stopped = false;
+    std::atomic<bool> m_hasFinished{ false };
+
+    // Worker.
+    std::shared_ptr<Run> m_run;
+    std::optional<PassReader> m_reader;
+    Pass m_pass;
+    /// The next frame of the pass, and of the stream.
+    std::int64_t m_position = 0;
+    std::int64_t m_streamFrames = 0;
+    std::int64_t m_block = 0;
+    bool m_ended = true;
+    std::vector<float> m_stereo, m_lead, m_wide;
+};
+
 SourceThread::SourceThread(std::function<void()> delivered)
-    : m_delivered(std::move(delivered)),
-      m_worker([this](const std::stop_token& stopped) { run(stopped); })
+    : m_worker(std::make_shared<Worker>(std::move(delivered))),
+      m_thread([worker = m_worker] { worker->run(); })
 {
 }
 
 SourceThread::~SourceThread()
 {
-    m_worker.request_stop();
-    m_wake.wake();
+    if (m_worker->finish())
+        m_thread.join();
+    else
+        m_thread.detach();
 }
 
-void SourceThread::play(std::shared_ptr<Take> take)
-{
-    {
-        const std::scoped_lock lock(m_lock);
-        m_pending = std::move(take);
-        m_hasPending = true;
-    }
-    m_wake.wake();
-}
+void SourceThread::play(std::shared_ptr<Run> run) { m_worker->play(std::move(run)); }
 
-void SourceThread::run(const std::stop_token& stopped)
-{
-    raiseThreadPriority();
-    while (!stopped.stop_requested()) {
-        std::shared_ptr<Take> pending;
-        bool hasPending = false;
-        {
-            const std::scoped_lock lock(m_lock);
-            pending = std::move(m_pending);
-            hasPending = std::exchange(m_hasPending, false);
-        }
-        if (hasPending)
-            adopt(std::move(pending));
-        if (m_take != nullptr && !m_ended && deliver())
-            m_delivered();
-        else
-            m_wake.wait(3600);
-    }
-}
-
-void SourceThread::adopt(std::shared_ptr<Take> take)
-{
-    m_take = std::move(take);
-    m_ended = m_take == nullptr;
-    if (m_ended)
-        return;
-    m_segment = m_take->pass(0).segment;
-    m_position = 0;
-    m_streamFrames = 0;
-    m_block = firstBlock;
-    m_stereo.resize(static_cast<std::size_t>(2 * largestBlock));
-    m_lead.resize(m_stereo.size());
-    m_wide.resize(static_cast<std::size_t>(largestBlock * m_take->ring.width()));
-}
-
-/// Writes one block; false when there is nothing to do before the next wake.
-bool SourceThread::deliver()
-{
-    if (m_take->closed.load(std::memory_order_acquire)) {
-        m_ended = true;
-        return false;
-    }
-    const std::int64_t joint = std::min(frames(jointSeconds, m_take->sampleRate), m_segment.count);
-    const std::int64_t undecided = m_segment.count - joint - m_position;
-    const std::int64_t count = undecided > 0 ? std::min(m_block, undecided) : joint;
-    if (m_take->ring.space() < count)
-        return false;
-    if (undecided <= 0) {
-        endPass();
-        return true;
-    }
-    readStep(count);
-    m_block = largestBlock;
-    return true;
-}
-
-/// Decides what follows the pass, and writes its last frames accordingly.
-void SourceThread::endPass()
-{
-    const std::int64_t rest = m_segment.count - m_position;
-    const std::int64_t end = m_streamFrames + rest;
-    const auto next = m_take->beginNextPass(end, frames(shortestLoopSeconds, m_take->sampleRate));
-    // The ring holds far fewer of the shortest passes than the queue holds ends.
-    REQUIRE(m_take->passEnds.push({ end, next ? rest : 0, !next }));
-    if (!next) {
-        readStep(rest);
-        m_ended = true;
-        return;
-    }
-    writeJoint(*next, rest);
-    m_segment = *next;
-    m_position = 0;
-}
-
-/// Reads `count` frames of the segment from every file into the ring.
-void SourceThread::readStep(std::int64_t count)
-{
-    const auto stereo = std::span(m_stereo).first(static_cast<std::size_t>(2 * count));
-    const auto width = static_cast<std::size_t>(m_take->ring.width());
-    for (std::size_t source = 0; source < m_take->sources.size(); ++source) {
-        readSource(source, m_segment.start + m_position, stereo);
-        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-            m_wide[i * width + 2 * source] = stereo[2 * i];
-            m_wide[i * width + 2 * source + 1] = stereo[2 * i + 1];
-        }
-    }
-    m_take->ring.write(std::span(m_wide).first(static_cast<std::size_t>(count) * width));
-    m_position += count;
-    m_streamFrames += count;
-}
-
-/// Fills `stereo`, with silence where the file has nothing.
-void SourceThread::readSource(std::size_t source, std::int64_t fileFrame, std::span<float> stereo)
-{
-    const std::int64_t got = m_take->sources[source].file->read(fileFrame, stereo);
-    std::fill(stereo.begin() + 2 * got, stereo.end(), 0.0F);
-}
-
-/// Writes the last `count` frames of the pass, fading over into the frames that lead to the start of the next one.
-void SourceThread::writeJoint(FrameRange next, std::int64_t count)
-{
-    const auto samples = static_cast<std::size_t>(2 * count);
-    const auto stereo = std::span(m_stereo).first(samples);
-    const auto lead = std::span(m_lead).first(samples);
-    const std::int64_t missing = std::max<std::int64_t>(0, count - next.start);
-    const auto width = static_cast<std::size_t>(m_take->ring.width());
-    for (std::size_t source = 0; source < m_take->sources.size(); ++source) {
-        readSource(source, m_segment.start + m_position, stereo);
-        std::fill_n(lead.begin(), 2 * missing, 0.0F);
-        if (missing < count)
-            readSource(source, next.start - count + missing, lead.subspan(static_cast<std::size_t>(2 * missing)));
-        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-            const float in = rampWeight(static_cast<std::int64_t>(i), count);
-            for (std::size_t channel = 0; channel < 2; ++channel)
-                m_wide[i * width + 2 * source + channel] = stereo[2 * i + channel] * (1 - in) + lead[2 * i + channel] * in;
-        }
-    }
-    m_take->ring.write(std::span(m_wide).first(static_cast<std::size_t>(count) * width));
-    m_streamFrames += count;
-}
+void SourceThread::wake() { m_worker->wake(); }
 
 }  // namespace quillet

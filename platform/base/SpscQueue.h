@@ -16,6 +16,12 @@ template <typename T, std::size_t capacity> class SpscQueue {
     static_assert(std::atomic<std::size_t>::is_always_lock_free);
 
 public:
+    /// Producer thread.
+    [[nodiscard]] bool isFull() const noexcept
+    {
+        return m_end.load(std::memory_order_relaxed) - m_begin.load(std::memory_order_acquire) == capacity;
+    }
+
     /// Producer thread. False when the queue is full; the item is then not taken.
     [[nodiscard]] bool push(const T& item) noexcept
     {
@@ -27,7 +33,7 @@ public:
         return true;
     }
 
-    /// Consumer thread. The item `index` places behind the oldest, left in the queue; null where there is none.
+    /// Consumer thread. The item `index` places after the oldest, left in the queue; null where there is none.
     [[nodiscard]] const T* peek(std::size_t index) const noexcept
     {
         const std::size_t begin = m_begin.load(std::memory_order_relaxed);

@@ -23,15 +23,13 @@ public:
 
     void scheduleSegment(std::shared_ptr<AudioFile> file, FrameRange segment, CompletionHandler playedBack) override
     {
-        REQUIRE(file && segment.count > 0 && segment.start >= 0 && segment.start < file->length());
-        m_node->file = std::move(file);
-        m_node->segment = segment;
-        m_node->hint.reset();
-        ++m_node->scheduleCount;
-        m_node->completions.push_back(std::move(playedBack));
-        m_graph.command("schedule", *m_node);
+        take(std::move(file), segment, false, std::move(playedBack));
     }
-    void hintNextSegment(std::optional<FrameRange> segment) override { m_node->hint = segment; }
+    void holdSegment(std::shared_ptr<AudioFile> file, FrameRange window, CompletionHandler playedBack) override
+    {
+        take(std::move(file), window, true, std::move(playedBack));
+    }
+    void setPlan(PassPlan plan) override { m_node->plan = std::move(plan); }
     void play() override
     {
         m_node->isSounding = m_node->segment.has_value();
@@ -49,10 +47,23 @@ public:
         m_graph.command("stop", *m_node);
     }
     [[nodiscard]] std::optional<double> sampleTime() const override { return m_node->sampleTime; }
+    [[nodiscard]] std::int64_t passesEnded() const override { return m_node->passesEnded; }
 
     [[nodiscard]] int index() const { return m_node->index; }
 
 private:
+    void take(std::shared_ptr<AudioFile> file, FrameRange segment, bool held, CompletionHandler playedBack)
+    {
+        REQUIRE(file && segment.count > 0 && segment.start >= 0);
+        m_node->file = std::move(file);
+        m_node->segment = segment;
+        m_node->isHeld = held;
+        m_node->plan = {};
+        ++m_node->scheduleCount;
+        m_node->completions.push_back(std::move(playedBack));
+        m_graph.command("schedule", *m_node);
+    }
+
     FakeAudioGraph& m_graph;
     std::shared_ptr<Node> m_node;
 };

@@ -28,7 +28,9 @@ public:
         // Players
         std::shared_ptr<AudioFile> file;
         std::optional<FrameRange> segment;
-        std::optional<FrameRange> hint;
+        bool isHeld = false;
+        PassPlan plan;
+        std::int64_t passesEnded = 0;
         bool isSounding = false;
         std::optional<double> sampleTime;
         /// How many segments were scheduled, and the completion handlers of them all.

@@ -149,7 +149,7 @@ TEST_F(OpenSong, StemsThatWereMadeOnceArePlayedAgain)
     EXPECT_EQ(program.state->stemSession(), session);
     EXPECT_TRUE(program.engine.isInStemMode());
     EXPECT_GT(program.loudnessOfPlaying(), 0.2);
-    program.engine.setStemMuted("vocals", true);
+    program.engine.setStemGain("vocals", { .isMuted = true });
     EXPECT_LT(program.loudnessOfPlaying(), 1e-4);
 }
 

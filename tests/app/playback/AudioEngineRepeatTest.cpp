@@ -164,48 +164,93 @@ TEST(AudioEngineRepeat, AnEndThatComesTooLateIsIgnored)
     lastEnd();
 }
 
-TEST(AudioEngineRepeat, TellsTheGraphWhatFollowsWithoutAGap)
+PassPlan planOf(FrameRange segment, double pauseSeconds, bool held)
+{
+    PlannedPass pass;
+    pass.segment = segment;
+    pass.pauseSeconds = pauseSeconds;
+    pass.held = held;
+    pass.times = PlannedPass::endless;
+    return { { pass }, std::nullopt };
+}
+
+TEST(AudioEngineRepeat, TellsTheGraphWhatFollowsAndKeepsItUpToDate)
 {
     struct Case {
         const char* name;
         void (*change)(PlainPlaybackState&);
-        std::optional<FrameRange> expected;
+        PassPlan expected;
     };
     const Case cases[] = {
-        { "loop", [](PlainPlaybackState&) {}, EngineRig::frames(2, 4) },
-        { "moved region", [](PlainPlaybackState& state) { state.start = 3; }, EngineRig::frames(3, 4) },
-        { "empty region", [](PlainPlaybackState& state) { state.end = 2; }, std::nullopt },
-        { "region behind the file", [](PlainPlaybackState& state) { state.start = 10, state.end = 11; }, std::nullopt },
-        { "pause", [](PlainPlaybackState& state) { state.delayMilliseconds = 1; }, std::nullopt },
-        { "no loop", [](PlainPlaybackState& state) { state.loop = false; }, std::nullopt },
+        { "loop", [](PlainPlaybackState&) {}, planOf(EngineRig::frames(2, 4), 0, false) },
+        { "moved region", [](PlainPlaybackState& state) { state.start = 3; }, planOf(EngineRig::frames(3, 4), 0, false) },
+        { "empty region", [](PlainPlaybackState& state) { state.end = 2; }, {} },
+        { "pause", [](PlainPlaybackState& state) { state.delaySeconds = 1, state.delayMilliseconds = 250; },
+          planOf(EngineRig::frames(2, 4), 1.25, false) },
+        { "no loop", [](PlainPlaybackState& state) { state.loop = false; }, {} },
         { "hold",
           [](PlainPlaybackState& state) {
               state.hold = true;
               state.holdAt = 5;
               state.loop = false;
+              state.delaySeconds = 1;
           },
-          EngineRig::frames(5, 5.08) },
+          planOf(EngineRig::frames(5, 5.08), 0, true) },
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         EngineRig before;
         c.change(*before.state);
         before.engine->play(1, 2);
-        EXPECT_EQ(before.player().hint, c.expected);
+        EXPECT_EQ(before.player().plan, c.expected);
 
         EngineRig meanwhile;
         meanwhile.engine->play(1, 2);
         c.change(*meanwhile.state);
         meanwhile.engine->nextSegmentDidChange();
-        EXPECT_EQ(meanwhile.player().hint, c.expected);
+        EXPECT_EQ(meanwhile.player().plan, c.expected);
 
-        // Behind the end it is settled what follows, and it may sound already.
+        // After the end it is settled what follows, and it may sound already.
         EngineRig ended;
         ended.engine->play(1, 2);
         ended.complete();
         c.change(*ended.state);
         ended.engine->nextSegmentDidChange();
-        EXPECT_EQ(ended.player().hint, EngineRig::frames(2, 4));
+        EXPECT_EQ(ended.player().plan, planOf(EngineRig::frames(2, 4), 0, false));
+    }
+}
+
+TEST(AudioEngineRepeat, AHeldWindowIsHeldAndARegionIsNot)
+{
+    EngineRig rig;
+    rig.state->hold = true;
+    rig.state->holdAt = 5;
+    rig.engine->play(5, 5 + 0.08);
+    EXPECT_TRUE(rig.player().isHeld);
+    rig.engine->play(5, 6);
+    EXPECT_FALSE(rig.player().isHeld);
+}
+
+TEST(AudioEngineRepeat, EndsAfterThePassesWantedHoweverLateItHearsOfThem)
+{
+    for (const std::int64_t heardOf : { 3, 5 }) {
+        SCOPED_TRACE(heardOf);
+        EngineRig rig;
+        int ends = 0;
+        rig.engine->onEnd([&ends] { ++ends; });
+        rig.engine->setPassLimit(5);
+        rig.playRegion();
+        EXPECT_EQ(rig.player().plan.passLimit, 5);
+        rig.player().passesEnded = heardOf;
+        rig.complete();
+        EXPECT_EQ(ends, heardOf == 5 ? 1 : 0);
+        // The last one ends before this thread is back.
+        rig.player().passesEnded = 5;
+        rig.scheduler.advance(1);
+        EXPECT_EQ(rig.player().scheduleCount, 1);
+        EXPECT_EQ(ends, 1);
+        EXPECT_FALSE(rig.state->isPlaying);
+        EXPECT_FALSE(rig.player().isSounding);
     }
 }
 

@@ -39,7 +39,7 @@ TEST(AudioEngineStems, TheReadableStemsPlayInStepInsteadOfTheFile)
     EXPECT_EQ(rig.stem(0).segment, (FrameRange{ 16000, 16000 }));
     EXPECT_EQ(rig.stem(1).segment, (FrameRange{ 16000, 16000 }));
     EXPECT_EQ(rig.stem(2).segment, (FrameRange{ 16000, 16000 }));
-    EXPECT_EQ(rig.stem(1).hint, (FrameRange{ 16000, 16000 }));
+    EXPECT_EQ(rig.stem(0).plan.passes.front().segment, (FrameRange{ 16000, 16000 }));
     EXPECT_TRUE(rig.stem(0).completions.back());
     EXPECT_FALSE(rig.stem(1).completions.back() || rig.stem(2).completions.back());
     EXPECT_EQ(rig.player().scheduleCount, 0);
@@ -56,19 +56,22 @@ TEST(AudioEngineStems, TheReadableStemsPlayInStepInsteadOfTheFile)
     EXPECT_FALSE(rig.stem(0).isSounding || rig.stem(1).isSounding || rig.stem(2).isSounding);
 }
 
-TEST(AudioEngineStems, AStemThatHasEndedBeforeTheSegmentStaysSilent)
+TEST(AudioEngineStems, TheyPlayToTheEndOfTheLongestEachAtItsOwnRate)
 {
     StemRig rig;
-    rig.enter(rig.stems);
-    rig.playRegion();
-    rig.engine->play(3, 5);
-    EXPECT_TRUE(rig.stem(0).isSounding && rig.stem(1).isSounding);
-    EXPECT_FALSE(rig.stem(2).isSounding);
+    rig.opener.add("/stems/fine.wav", 48000, 240000);
+    const std::vector<StemSession::Stem> stems{ { "drums", "/stems/fine.wav", false }, { "bass", "/stems/bass.wav", false } };
+    rig.enter(stems);
+    rig.engine->play(2, 9);
+    EXPECT_EQ(rig.stem(0).segment, (FrameRange{ 96000, 336000 }));
+    EXPECT_EQ(rig.stem(1).segment, (FrameRange{ 16000, 56000 }));
+    rig.engine->play(6, 9);
+    EXPECT_TRUE(rig.stem(0).isSounding && rig.stem(1).isSounding) << "the second stem has sound where the first has none";
     rig.engine->play(10, 11);
     EXPECT_FALSE(rig.stem(0).isSounding || rig.stem(1).isSounding);
 }
 
-TEST(AudioEngineStems, MutingActsOnOneStemWithoutRestartingIt)
+TEST(AudioEngineStems, GainsActOnOneStemWithoutRestartingIt)
 {
     StemRig rig;
     rig.enter(rig.stems);
@@ -79,10 +82,14 @@ TEST(AudioEngineStems, MutingActsOnOneStemWithoutRestartingIt)
     EXPECT_EQ(volumes(), (std::vector<double>{ 1, 0, 1 }));
     rig.playRegion();
     const auto commands = rig.graph.batches.size();
-    rig.engine->setStemMuted("vocals", true);
-    rig.engine->setStemMuted("bass", false);
-    rig.engine->setStemMuted("piano", true);
-    EXPECT_EQ(volumes(), (std::vector<double>{ 0, 1, 1 }));
+    rig.engine->setStemGain("vocals", { .isMuted = true });
+    rig.engine->setStemGain("bass", { .volume = 0.5 });
+    rig.engine->setStemGain("piano", { .isSoloed = true });
+    EXPECT_EQ(volumes(), (std::vector<double>{ 0, 0.5, 1 }));
+    rig.engine->setStemGain("bass", { .volume = 0.5, .isSoloed = true });
+    EXPECT_EQ(volumes(), (std::vector<double>{ 0, 0.5, 0 })) << "only what is soloed is heard";
+    rig.engine->setStemGain("vocals", { .isMuted = true, .isSoloed = true });
+    EXPECT_EQ(volumes(), (std::vector<double>{ 0, 0.5, 0 })) << "not even then if it is muted";
     EXPECT_EQ(rig.graph.batches.size(), commands);
 }
 

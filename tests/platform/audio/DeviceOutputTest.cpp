@@ -21,6 +21,7 @@ struct Bench {
     bool deviceExists = true;
     int openDevices = 0;
     int openSubstitutes = 0;
+    int preferredRate = 48000;
     int sampleRate = 0;
     int mostOpenAtOnce = 0;
     WakeSemaphore* died = nullptr;
@@ -41,7 +42,7 @@ public:
     {
     }
 
-    std::expected<void, OutputError> open(int sampleRate, OutputCallback& callback, WakeSemaphore& died) override
+    std::expected<int, OutputError> open(int sampleRate, OutputCallback& callback, WakeSemaphore& died) override
     {
         const std::scoped_lock held(m_bench.lock);
         if (m_isReal && !m_bench.deviceExists)
@@ -50,12 +51,12 @@ public:
         callback.render(block);
         m_open = true;
         ++(m_bench.*m_openCount);
-        m_bench.sampleRate = sampleRate;
+        m_bench.sampleRate = sampleRate > 0 ? sampleRate : m_bench.preferredRate;
         m_bench.mostOpenAtOnce = std::max(m_bench.mostOpenAtOnce, m_bench.openDevices + m_bench.openSubstitutes);
         if (m_isReal)
             m_bench.died = &died;
         m_bench.changed.notify_all();
-        return {};
+        return m_bench.sampleRate;
     }
 
     void close() override
@@ -97,7 +98,7 @@ struct DeviceOutputTest : testing::Test {
 
     void start()
     {
-        output.start(44100, callback, [this](AudioOutput::State state) { told.push_back(state); });
+        output.start(callback, [this](AudioOutput::State state) { told.push_back(state); });
     }
 
     std::vector<AudioOutput::State> news(std::size_t count)
@@ -139,21 +140,30 @@ TEST_F(DeviceOutputTest, AMachineWithoutADeviceIsToldOnce)
     setDeviceExists(false);
     start();
     EXPECT_TRUE(bench.waitFor([this] { return bench.openSubstitutes == 1; }));
-    output.setSampleRate(48000);
-    EXPECT_TRUE(bench.waitFor([this] { return bench.openSubstitutes == 1 && bench.sampleRate == 48000; }));
+    output.setSampleRate(44100);
+    EXPECT_TRUE(bench.waitFor([this] { return bench.openSubstitutes == 1 && bench.sampleRate == 44100; }));
     EXPECT_EQ(news(1), std::vector{ State::substitute });
 }
 
-TEST_F(DeviceOutputTest, RestingClosesTheDeviceAndAnotherRateReopensIt)
+TEST_F(DeviceOutputTest, RunsAtTheDevicesRateUnlessBoundAndLooksForItAgainAfterARest)
 {
     start();
-    EXPECT_TRUE(bench.waitFor([this] { return bench.openDevices == 1; }));
+    EXPECT_EQ(news(1), std::vector{ State::device });
+    EXPECT_EQ(output.sampleRate(), 48000);
+    output.setSampleRate(48000);
+    bench.preferredRate = 96000;
+    setDeviceExists(false);
+    EXPECT_EQ(news(2).back(), State::substitute);
+    setDeviceExists(true);
+    EXPECT_EQ(news(3).back(), State::device);
+    EXPECT_EQ(output.sampleRate(), 48000) << "what sounds goes on at its rate";
+
     output.suspend();
+    output.setSampleRate(0);
     EXPECT_TRUE(bench.waitFor([this] { return bench.openDevices == 0; }));
-    output.setSampleRate(96000);
     output.resume();
-    EXPECT_TRUE(bench.waitFor([this] { return bench.openDevices == 1 && bench.sampleRate == 96000; }));
-    EXPECT_EQ(bench.mostOpenAtOnce, 1);
+    EXPECT_EQ(news(4).back(), State::device);
+    EXPECT_EQ(output.sampleRate(), 96000);
 }
 
 }  // namespace

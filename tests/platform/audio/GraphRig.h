@@ -24,8 +24,10 @@ struct GraphRig {
     int sampleRate;
     int completions = 0;
 
-    explicit GraphRig(int rate = 44100)
-        : sampleRate(rate)
+    /// Frames are pulled at `rate`; a file of another rate is brought to it if `isFixed`.
+    explicit GraphRig(int rate = 44100, bool isFixed = false)
+        : output(isFixed ? rate : 0),
+          sampleRate(rate)
     {
         graph.connect(*player, graph.timePitch());
         graph.prepare(rate);
@@ -39,9 +41,20 @@ struct GraphRig {
             player->stop();
             player->scheduleSegment(file, segment, [this] { ++completions; });
             player->play();
-            player->hintNextSegment(next);
+            if (next)
+                player->setPlan(endless(*next));
         }
         skipDelay();
+    }
+
+    /// The segment again and again.
+    static PassPlan endless(FrameRange segment, double pauseSeconds = 0)
+    {
+        PlannedPass again;
+        again.segment = segment;
+        again.pauseSeconds = pauseSeconds;
+        again.times = PlannedPass::endless;
+        return { { again }, std::nullopt };
     }
 
     /// Takes the limiter's delay off once, so that frame 0 of a test is frame 0 of the sound.

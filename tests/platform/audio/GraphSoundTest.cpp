@@ -144,7 +144,7 @@ TEST(GraphSound, WithdrawnHintIsNotHeard)
         GraphRig rig;
         rig.play(file, region, region);
         rig.pull(withdrawAt);
-        rig.player->hintNextSegment(std::nullopt);
+        rig.player->setPlan({});
         const auto rest = rig.pullToEnd();
         EXPECT_EQ(rig.completions, 1);
         const auto after = rig.pull(44100);
@@ -152,7 +152,7 @@ TEST(GraphSound, WithdrawnHintIsNotHeard)
         // The last milliseconds, which faded over into the loop's start, are left out.
         EXPECT_NEAR(static_cast<double>(withdrawAt + soundingLength(rest)), 44100, 270) << withdrawAt;
         for (std::int64_t i = std::max<std::int64_t>(0, 23000 - withdrawAt); i < std::ssize(rest); ++i)
-            ASSERT_LT(rest[static_cast<std::size_t>(i)], 0.02F) << withdrawAt << " " << i;
+            ASSERT_LT(rest[static_cast<std::size_t>(i)], 0.06F) << withdrawAt << " " << i;
     }
 }
 
@@ -199,11 +199,11 @@ TEST(GraphSound, PauseHoldsThePlace)
     const auto before = rig.pull(5000);
     rig.player->pause();
     const auto pause = rig.pull(5000);
-    EXPECT_LE(soundingLength(pause), 192 + 64);
+    EXPECT_LE(soundingLength(pause), 198 + 64);
     rig.player->play();
     const auto after = rig.pull(30000);
-    // 192 frames were faded at the pause; behind the ramp of the return every frame is in its place.
-    const auto first = static_cast<std::int64_t>(std::ssize(before)) + 192;
+    // What faded at the pause is heard again; after the ramp of the return every frame is in its place.
+    const auto first = static_cast<std::int64_t>(std::ssize(before));
     for (std::int64_t i = 300; i < 20000; ++i)
         ASSERT_EQ(after[static_cast<std::size_t>(i)], file->left(first + i)) << i;
 }
