@@ -16,11 +16,11 @@ namespace quillet {
 
 /// The length in frames with which the window that begins at frame `startFrame` of `stereo` repeats best: 60 to 100 ms, less
 /// only where the frames end earlier (but at least 20 ms, silence then). Of several files that play in step it wants the sum,
-/// so that all of them repeat with one length. It costs a fraction of a millisecond.
+/// so that all of them repeat with one length. It takes about a millisecond.
 [[nodiscard]] std::int64_t holdLoopLength(std::span<const float> stereo, std::int64_t startFrame, int sampleRate);
 
 /// Fills `loop` with the window that begins at frame `startFrame` of `stereo`; its size is the loop's length. It starts with
-/// the window's own first frames, and its last 4 ms fade over into those ahead of the window, so that it repeats without a
+/// the window's own first frames, and its last 6 ms fade over into those ahead of the window, so that it repeats without a
 /// joint. Frames beyond the end of `stereo` are silent.
 void makeHoldLoop(std::span<const float> stereo, std::int64_t startFrame, int sampleRate, std::span<float> loop);
 
