@@ -1,9 +1,11 @@
-// How clean sound stays where it is shaped: a held instant against a repeat of exactly 80 ms. Prints Markdown tables; every
-// sound is made here, so that the truth is known.
+// How clean sound stays where it is shaped: a held instant against a repeat of exactly 80 ms, the limiter against clipping, a
+// move of the equaliser against a switch. Prints Markdown tables; every sound is made here, so that the truth is known.
 //
-//   quillet-bench-tone-quality [hold]
+//   quillet-bench-tone-quality [hold | limiter | equalizer]
 
+#include "platform/audio/Equalizer.h"
 #include "platform/audio/HoldLoop.h"
+#include "platform/audio/Limiter.h"
 #include "platform/audio/TimeStretcher.h"
 
 #include <algorithm>
@@ -277,6 +279,147 @@ void printHolds()
         }
 }
 
+// ---- Limiter and equaliser ----
+
+/// Four-term Blackman-Harris: what is 4 bins or more away leaks by -92 dB.
+double blackmanHarris(double position)
+{
+    const double angle = 2 * pi * position;
+    return 0.35875 - 0.48829 * std::cos(angle) + 0.14128 * std::cos(2 * angle) - 0.01168 * std::cos(3 * angle);
+}
+
+std::vector<double> windowed(std::span<const float> samples)
+{
+    std::vector<double> seen;
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        seen.push_back(static_cast<double>(samples[i])
+                       * blackmanHarris((static_cast<double>(i) + 0.5) / static_cast<double>(samples.size())));
+    return seen;
+}
+
+double bin(std::span<const double> seen, double cyclesPerSample)
+{
+    const std::complex<double> step = std::polar(1.0, -2 * pi * cyclesPerSample);
+    std::complex<double> turn = 1;
+    std::complex<double> sum = 0;
+    for (const double value : seen) {
+        sum += value * turn;
+        turn *= step;
+    }
+    return std::abs(sum);
+}
+
+std::vector<float> stereoTone(double hertz, double level, int rate, double seconds)
+{
+    std::vector<float> stereo;
+    for (std::int64_t i = 0; i < static_cast<std::int64_t>(seconds * rate); ++i)
+        stereo.insert(stereo.end(), 2, static_cast<float>(level * std::sin(2 * pi * hertz * static_cast<double>(i) / rate)));
+    return stereo;
+}
+
+std::vector<float> left(std::span<const float> stereo)
+{
+    std::vector<float> samples;
+    for (std::size_t i = 0; i < stereo.size(); i += 2)
+        samples.push_back(stereo[i]);
+    return samples;
+}
+
+void printLimiter()
+{
+    std::printf(
+        "\n| limiter, 6 dB over full scale | third harmonic dB | strongest other line dB | clipped: third harmonic dB | "
+        "strongest other line dB |\n|---|---|---|---|---|\n");
+    for (const int rate : { 44100, 192000 })
+        for (const double hertz : { 30.0, 60.0, 61.7, 100.0 }) {
+            auto limited = stereoTone(hertz, 2, rate, 2);
+            auto clipped = limited;
+            for (float& sample : clipped)
+                sample = std::clamp(sample, -1.0F, 1.0F);
+            Limiter().process(limited, true);
+            std::printf("| %.1f Hz at %d Hz |", hertz, rate);
+            for (const auto* stereo : { &limited, &clipped }) {
+                const auto seen = windowed(left(std::span(*stereo).last(static_cast<std::size_t>(2 * rate))));
+                const double tone = bin(seen, hertz / rate);
+                double other = 0;
+                for (double tried = 5; tried < 5.5 * hertz; tried += 1)
+                    if (std::abs(tried - hertz) > 5 && std::abs(tried - 3 * hertz) > 5 && std::abs(tried - 5 * hertz) > 5)
+                        other = std::max(other, bin(seen, tried / rate));
+                std::printf(" %.1f | %.1f |", decibels(bin(seen, 3 * hertz / rate) / tone), decibels(other / tone));
+            }
+            std::printf("\n");
+        }
+}
+
+/// The largest bin farther than `distanceHertz` from the tone in any window of 100 ms within 250 ms around the change, beside
+/// the tone at its loudest.
+double splatterDb(std::span<const float> samples, double hertz, double distanceHertz, int rate)
+{
+    const std::int64_t window = rate / 10;
+    double tone = 0;
+    double away = 0;
+    for (std::int64_t at = std::ssize(samples) / 2 - rate / 8; at < std::ssize(samples) / 2 + rate / 8 - window;
+         at += rate / 200) {
+        const auto seen = windowed(samples.subspan(static_cast<std::size_t>(at), static_cast<std::size_t>(window)));
+        tone = std::max(tone, bin(seen, hertz / rate));
+        for (double tried = 20; tried < 6000; tried += 10)
+            if (std::abs(tried - hertz) >= distanceHertz)
+                away = std::max(away, bin(seen, tried / rate));
+    }
+    return decibels(away / tone);
+}
+
+void printEqualizer()
+{
+    std::printf("\n| band of 1000 Hz moved under a tone | beyond 100 Hz from it: glide dB | switch dB | beyond 200 Hz: glide "
+                "dB | switch dB | 99 %% "
+                "of the way after |\n|---|---|---|---|---|---|\n");
+    struct Move {
+        double hertz, fromDb, toDb;
+        int rate;
+    };
+    for (const Move& move : { Move{ 1000, 0, 12, 44100 }, Move{ 440, 0, 12, 44100 }, Move{ 1000, 12, 0, 44100 },
+                              Move{ 1000, -12, 12, 44100 }, Move{ 1000, 0, 12, 192000 }, Move{ 1000, 0, 12, 8000 } }) {
+        const auto gains = [&](double decibels) { return separatedGains({ 0, 0, decibels, 0, 0 }, move.rate); };
+        const auto source = stereoTone(move.hertz, 0.2, move.rate, 2);
+        const std::size_t half = source.size() / 2;
+        Equalizer moved, before, after;
+        moved.setGains(gains(move.fromDb), move.rate);
+        before.setGains(gains(move.fromDb), move.rate);
+        after.setGains(gains(move.toDb), move.rate);
+        auto glided = source;
+        auto switched = source;
+        auto end = source;
+        before.process(switched);
+        after.process(end);
+        std::copy(end.begin() + static_cast<std::ptrdiff_t>(half), end.end(),
+                  switched.begin() + static_cast<std::ptrdiff_t>(half));
+        constexpr std::size_t block = 64;
+        for (std::size_t at = 0; at < glided.size(); at += block) {
+            if (at >= half)
+                moved.setGains(gains(move.toDb), move.rate);
+            moved.process(std::span(glided).subspan(at, std::min(block, glided.size() - at)));
+        }
+        // The last frame that is more than 1 % of the way from where it ends.
+        const auto one = left(glided);
+        const auto other = left(end);
+        const auto old = left(switched);
+        double largest = 0;
+        double way = 0;
+        for (std::size_t i = one.size() / 4; i < one.size() / 2; ++i)
+            way = std::max(way, static_cast<double>(std::abs(old[i] - other[i])));
+        for (std::size_t i = half / 2; i < one.size(); ++i)
+            if (std::abs(one[i] - other[i]) > 0.01 * way)
+                largest = static_cast<double>(i - half / 2) / move.rate;
+        std::printf("| %.0f Hz, %+.0f to %+.0f dB, at %d Hz |", move.hertz, move.fromDb, move.toDb, move.rate);
+        for (const double distance : { 100.0, 200.0 })
+            std::printf(" **%.1f** | %.1f |", splatterDb(one, move.hertz, distance, move.rate),
+                        splatterDb(old, move.hertz, distance, move.rate));
+        std::printf(" %.0f ms |\n", 1000 * largest);
+        std::fflush(stdout);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char* argv[])
@@ -284,5 +427,9 @@ int main(int argc, char* argv[])
     const std::string_view only = argc > 1 ? argv[1] : "";
     if (only.empty() || only == "hold")
         printHolds();
+    if (only.empty() || only == "limiter")
+        printLimiter();
+    if (only.empty() || only == "equalizer")
+        printEqualizer();
     return 0;
 }

@@ -7,9 +7,15 @@ namespace quillet {
 namespace {
 
 constexpr float fullScale = 1.0F;
-/// Part of the way back to unity gain covered per frame: about 80 ms to recover at 44.1 kHz.
-constexpr float recoveryPerFrame = 0.0008F;
-constexpr float recovered = 0.9999F;
+/// Part of the way back covered per frame, twice in a row: half way after some 110 ms, all of it within a second at 44.1 kHz.
+constexpr double recoveryPerFrame = 0.00035;
+constexpr double arrived = 1e-4;
+
+/// One frame of falling at once and rising slowly.
+double recovered(double gain, double target) QUILLET_REALTIME
+{
+    return target - gain < arrived ? target : gain + (target - gain) * recoveryPerFrame;
+}
 
 }  // namespace
 
@@ -32,29 +38,32 @@ void Limiter::process(std::span<float> stereo, bool engaged) QUILLET_REALTIME
     }
 }
 
-/// The gain for the frame that leaves the delay now, given the peak of the frame that enters it. A peak sets a slope that
-/// reaches its gain just in time; the steepest slope wins, and the gain stays down until the last peak has left.
+/// The gain for the frame that leaves the delay now, given the peak of the frame that enters it. What a peak needs is held for
+/// longer than the delay, so that the means, which look back over the delay, have come all the way down when the peak leaves.
 float Limiter::nextGain(float peak) QUILLET_REALTIME
 {
-    if (peak > fullScale) {
-        const float needed = fullScale / peak;
-        m_target = std::min(m_target, needed);
-        m_slope = std::max(m_slope, (m_gain - needed) / static_cast<float>(delayFrames));
-        m_hold = delayFrames + 1;
+    const double held = heldGain(peak > fullScale ? static_cast<double>(fullScale) / static_cast<double>(peak) : 1.0);
+    m_recovering = recovered(m_recovering, held);
+    m_gain = recovered(m_gain, m_recovering);
+    const auto whole = static_cast<std::int64_t>(m_gain * static_cast<double>(unity));
+    const std::int64_t sum = m_third.next(m_second.next(m_first.next(whole)));
+    constexpr std::int64_t sumOfOnes = unity * firstMean * secondMean * thirdMean;
+    return sum == sumOfOnes ? 1.0F : static_cast<float>(static_cast<double>(sum) / static_cast<double>(sumOfOnes));
+}
+
+/// The lowest gain needed within the last holdBlocks blocks and the present one.
+double Limiter::heldGain(double needed) QUILLET_REALTIME
+{
+    m_lowestOfBlock = std::min(m_lowestOfBlock, needed);
+    const double lowest = std::min(m_lowestOfBlock, m_lowestHeld);
+    if (++m_blockFrames == delayFrames) {
+        m_lowest[m_block] = m_lowestOfBlock;
+        m_block = (m_block + 1) % m_lowest.size();
+        m_lowestHeld = *std::ranges::min_element(m_lowest);
+        m_lowestOfBlock = 1;
+        m_blockFrames = 0;
     }
-    if (m_hold > 0) {
-        --m_hold;
-        if (m_gain > m_target)
-            m_gain = std::max(m_target, m_gain - m_slope);
-        else
-            m_slope = 0;
-    } else if (m_gain < 1) {
-        m_gain += (1 - m_gain) * recoveryPerFrame;
-        if (m_gain > recovered)
-            m_gain = 1;
-        m_target = 1;
-    }
-    return m_gain;
+    return lowest;
 }
 
 }  // namespace quillet
