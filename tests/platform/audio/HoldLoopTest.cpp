@@ -68,7 +68,7 @@ double largestStep(std::span<const float> samples)
 TEST(HoldLoop, ToneSoundsOnEvenlyAndInTuneAtAnyRate)
 {
     for (const int rate : { 8000, 44100, 192000 })
-        for (const double hertz : { 82.4, 443.0, 1234.5 }) {
+        for (const double hertz : { 82.4, 443.0, 3210.9 }) {
             const std::int64_t lead = holdLeadFrames(rate);
             const auto around = tone(hertz, rate, holdSpanFrames(rate));
             const std::int64_t length = holdLoopLength(around, lead, rate);
@@ -81,7 +81,9 @@ TEST(HoldLoop, ToneSoundsOnEvenlyAndInTuneAtAnyRate)
                 EXPECT_LT(swingDb(heard, rate), 0.5) << rate << " " << hertz;
                 EXPECT_LT(largestStep(heard), 1.1 * largestStep(channelOf(around, channel))) << rate << " " << hertz;
             }
-            EXPECT_NEAR(centsBetween(toneFrequencyHz(repeated(loop, 0, rate), rate), hertz), 0, 1) << rate << " " << hertz;
+            // Repeated, a tone has whole cycles in each pass.
+            const double cycles = hertz * static_cast<double>(length) / rate;
+            EXPECT_NEAR(centsBetween(std::round(cycles), cycles), 0, 1) << rate << " " << hertz;
         }
 }
 
