@@ -41,17 +41,20 @@ struct Variant {
     int passes = 1;
     /// Leaves this much from each attack on (which it is told of) as long as it was, and stretches the rest the more.
     double keptAttackSeconds = 0;
+    /// Gives the side the level beside the mid that it had, window by window.
+    bool imageRestored = false;
 };
 
 constexpr std::array tempoVariants{
     Variant{ "left/right, together", Channels::leftRight, realTime | together },
     Variant{ "left/right, apart", Channels::leftRight, realTime },
+    Variant{ "left/right, together, image restored", Channels::leftRight, realTime | together, 1, 0, true },
+    Variant{ "left/right, apart, image restored", Channels::leftRight, realTime, 1, 0, true },
     Variant{ "mid/side, together", Channels::midSide, realTime | together },
     Variant{ "mid/side, apart", Channels::midSide, realTime },
     Variant{ "mid/side, apart, in two passes", Channels::midSide, realTime, 2 },
     Variant{ "left/right, together, attacks kept 20 ms", Channels::leftRight, realTime | together, 1, 0.02 },
-    Variant{ "mid/side, apart, attacks kept 20 ms", Channels::midSide, realTime, 1, 0.02 },
-    Variant{ "mid/side, apart, attacks kept 40 ms", Channels::midSide, realTime, 1, 0.04 },
+    Variant{ "left/right, apart, image restored, attacks kept 40 ms", Channels::leftRight, realTime, 1, 0.04, true },
 };
 
 using Channel = std::vector<double>;
@@ -209,18 +212,63 @@ Stereo stretchedOnce(const Stereo& source, const Variant& variant, double ratio,
     return result;
 }
 
+/// Scales the side so that, in windows of 100 ms, it stands to the mid as it does in the source.
+void restoreImage(Stereo& sound, const Stereo& source)
+{
+    Stereo heard = turned(sound);
+    const Stereo truth = turned(source);
+    const auto part = [](const Stereo& midSide, double middle) {
+        constexpr double width = 0.1 * sampleRate;
+        std::array<double, 2> energies{ 1e-6, 1e-6 };
+        const auto size = std::ssize(midSide[0]);
+        const auto end = std::min(size, static_cast<std::ptrdiff_t>(middle + width / 2));
+        for (auto i = std::max<std::ptrdiff_t>(0, static_cast<std::ptrdiff_t>(middle - width / 2)); i < end; ++i)
+            for (std::size_t channel = 0; channel < 2; ++channel) {
+                const double value = midSide[channel][static_cast<std::size_t>(i)];
+                energies[channel] += value * value;
+            }
+        return std::sqrt(energies[1] / energies[0]);
+    };
+    const double ratio = static_cast<double>(heard[0].size()) / static_cast<double>(truth[0].size());
+    constexpr std::size_t hop = sampleRate / 50;
+    std::vector<double> gains;
+    for (std::size_t at = 0; at <= heard[0].size() + hop; at += hop)
+        gains.push_back(
+            std::clamp(part(truth, static_cast<double>(at) / ratio) / part(heard, static_cast<double>(at)), 0.5, 2.0));
+    for (std::size_t i = 0; i < heard[1].size(); ++i)
+        heard[1][i] *= std::lerp(gains[i / hop], gains[i / hop + 1], static_cast<double>(i % hop) / hop);
+    sound = turned(heard);
+}
+
 Stereo stretched(const Stereo& source, const Variant& variant, double ratio, double pitch)
 {
     Stereo sound = variant.channels == Channels::midSide ? turned(source) : source;
     for (int pass = 0; pass < variant.passes; ++pass)
         sound = stretchedOnce(sound, variant, std::pow(ratio, 1.0 / variant.passes), pitch);
-    return variant.channels == Channels::midSide ? turned(sound) : sound;
+    if (variant.channels == Channels::midSide)
+        sound = turned(sound);
+    if (variant.imageRestored)
+        restoreImage(sound, source);
+    return sound;
 }
 
 // ---- The measures ----
 
+constexpr std::int64_t windowFrames = 2048;
+
+/// exp(-2πi k / windowFrames).
+std::vector<std::complex<double>> madeTurns()
+{
+    std::vector<std::complex<double>> turns;
+    for (std::int64_t k = 0; k < windowFrames; ++k)
+        turns.push_back(std::polar(1.0, -2 * pi * static_cast<double>(k) / windowFrames));
+    return turns;
+}
+
+/// The Fourier transform of windowFrames values, or of a power of two that divides it.
 void transform(std::span<std::complex<double>> values)
 {
+    static const std::vector<std::complex<double>> turns = madeTurns();
     const std::size_t count = values.size();
     if (count == 1)
         return;
@@ -232,13 +280,11 @@ void transform(std::span<std::complex<double>> values)
     transform(even);
     transform(odd);
     for (std::size_t i = 0; i < count / 2; ++i) {
-        const auto turn = std::polar(1.0, -2 * pi * static_cast<double>(i) / static_cast<double>(count)) * odd[i];
+        const auto turn = turns[i * windowFrames / count] * odd[i];
         values[i] = even[i] + turn;
         values[i + count / 2] = even[i] - turn;
     }
 }
-
-constexpr std::int64_t windowFrames = 2048;
 
 /// The power in dB of each bin to 10 kHz, not below 60 dB under a full sine.
 std::vector<double> spectrumDb(const Channel& sound, std::int64_t first)
@@ -274,14 +320,15 @@ double logSpectralDistance(const Channel& heard, const Channel& truth, std::int6
 /// By how many frames `heard` comes late at which it is most like the truth.
 std::int64_t lateness(const Channel& heard, const Channel& truth)
 {
-    const auto distance = [&](std::int64_t late) { return logSpectralDistance(heard, truth, late, 6007); };
     std::int64_t best = 0;
+    double least = 1e9;
     for (const std::int64_t step : { 256, 64, 16 }) {
         const std::int64_t around = best;
-        const std::int64_t reach = step == 256 ? 6 : 4;
-        for (std::int64_t tried = around - reach * step; tried <= around + reach * step; tried += step)
-            if (distance(tried) < distance(best))
+        for (std::int64_t tried = around - 5 * step; tried <= around + 5 * step; tried += step)
+            if (const double distance = logSpectralDistance(heard, truth, tried, 6007); distance < least) {
+                least = distance;
                 best = tried;
+            }
     }
     return best;
 }

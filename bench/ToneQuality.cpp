@@ -155,8 +155,8 @@ double tremorDb(std::span<const float> samples)
     for (double& value : envelope)
         value -= mean;
     double strongest = 0;
-    for (double hertz = 1.5; hertz <= 25; hertz += 0.1)
-        strongest = std::max(strongest, 2 * line(envelope, hertz / 250));
+    for (int tenths = 15; tenths <= 250; ++tenths)
+        strongest = std::max(strongest, 2 * line(envelope, tenths / 2500.0));
     return decibels(strongest / mean);
 }
 
@@ -192,11 +192,13 @@ double centsOff(std::span<const double> thin, double hertz)
     double best = hertz;
     double bestSize = 0;
     const auto look = [&](double from, double to, double step) {
-        for (double tried = from; tried <= to; tried += step)
+        for (int i = 0; from + i * step <= to; ++i) {
+            const double tried = from + i * step;
             if (const double size = line(thin, tried * thinning / sampleRate); size > bestSize) {
                 bestSize = size;
                 best = tried;
             }
+        }
     };
     look(hertz * 0.955, hertz * 1.045, 0.25);
     look(best - 0.25, best + 0.25, 0.02);
@@ -342,9 +344,9 @@ void printLimiter()
                 const auto seen = windowed(left(std::span(*stereo).last(static_cast<std::size_t>(2 * rate))));
                 const double tone = bin(seen, hertz / rate);
                 double other = 0;
-                for (double tried = 5; tried < 5.5 * hertz; tried += 1)
+                for (int tried = 5; tried < 5.5 * hertz; ++tried)
                     if (std::abs(tried - hertz) > 5 && std::abs(tried - 3 * hertz) > 5 && std::abs(tried - 5 * hertz) > 5)
-                        other = std::max(other, bin(seen, tried / rate));
+                        other = std::max(other, bin(seen, static_cast<double>(tried) / rate));
                 std::printf(" %.1f | %.1f |", decibels(bin(seen, 3 * hertz / rate) / tone), decibels(other / tone));
             }
             std::printf("\n");
@@ -362,9 +364,9 @@ double splatterDb(std::span<const float> samples, double hertz, double distanceH
          at += rate / 200) {
         const auto seen = windowed(samples.subspan(static_cast<std::size_t>(at), static_cast<std::size_t>(window)));
         tone = std::max(tone, bin(seen, hertz / rate));
-        for (double tried = 20; tried < 6000; tried += 10)
+        for (int tried = 20; tried < 6000; tried += 10)
             if (std::abs(tried - hertz) >= distanceHertz)
-                away = std::max(away, bin(seen, tried / rate));
+                away = std::max(away, bin(seen, static_cast<double>(tried) / rate));
     }
     return decibels(away / tone);
 }
@@ -408,9 +410,10 @@ void printEqualizer()
         double way = 0;
         for (std::size_t i = one.size() / 4; i < one.size() / 2; ++i)
             way = std::max(way, static_cast<double>(std::abs(old[i] - other[i])));
-        for (std::size_t i = half / 2; i < one.size(); ++i)
+        const std::size_t change = half / 2;
+        for (std::size_t i = change; i < one.size(); ++i)
             if (std::abs(one[i] - other[i]) > 0.01 * way)
-                largest = static_cast<double>(i - half / 2) / move.rate;
+                largest = static_cast<double>(i - change) / move.rate;
         std::printf("| %.0f Hz, %+.0f to %+.0f dB, at %d Hz |", move.hertz, move.fromDb, move.toDb, move.rate);
         for (const double distance : { 100.0, 200.0 })
             std::printf(" **%.1f** | %.1f |", splatterDb(one, move.hertz, distance, move.rate),

@@ -68,9 +68,9 @@ TEST(Equalizer, MovingGainIsHeardNowhereButInItsTone)
             const auto heard = channelOf(moved(move.hertz, rate, move.fromDb, move.toDb, 64), 0);
             const double level = bin(heard, move.hertz / rate);
             double away = 0;
-            for (double hertz = 20; hertz < 3000; hertz += 20)
+            for (int hertz = 20; hertz < 3000; hertz += 20)
                 if (std::abs(hertz - move.hertz) >= 100)
-                    away = std::max(away, bin(heard, hertz / rate));
+                    away = std::max(away, bin(heard, static_cast<double>(hertz) / rate));
             EXPECT_LT(20 * std::log10(away / level), -65) << rate << " " << move.hertz;
         }
 }
