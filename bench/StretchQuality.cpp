@@ -54,7 +54,7 @@ constexpr std::array tempoVariants{
     Variant{ "mid/side, apart", Channels::midSide, realTime },
     Variant{ "mid/side, apart, in two passes", Channels::midSide, realTime, 2 },
     Variant{ "left/right, together, attacks kept 20 ms", Channels::leftRight, realTime | together, 1, 0.02 },
-    Variant{ "left/right, apart, image restored, attacks kept 40 ms", Channels::leftRight, realTime, 1, 0.04, true },
+    Variant{ "left/right, apart, image restored, attacks kept 20 ms", Channels::leftRight, realTime, 1, 0.02, true },
 };
 
 using Channel = std::vector<double>;
