@@ -8,6 +8,7 @@
 #include "platform/audio/NullOutputDevice.h"
 #include "platform/audio/PlaybackGraph.h"
 #include "platform/media/MediaModule.h"
+#include "platform/schedule/QtRealtimeKit.h"
 #include "platform/schedule/QtScheduler.h"
 
 #include <QCoreApplication>
@@ -35,6 +36,7 @@ std::expected<int, std::string> playFile(const PlaybackOptions& options)
 {
     MediaModule media;
     QtScheduler scheduler;
+    const QtRealtimeKit realtimeKit(realtimeRequests());
     DeviceOutput output(std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler);
     PlaybackGraph graph(output, scheduler);
     PlaybackSession session(graph, media.audioFiles(), scheduler);

@@ -20,6 +20,7 @@
 #include "platform/files/SystemFileAttributes.h"
 #include "platform/media/MediaModule.h"
 #include "platform/process/QtProcessRunner.h"
+#include "platform/schedule/QtRealtimeKit.h"
 #include "platform/schedule/QtScheduler.h"
 #include "platform/schedule/ThreadRunner.h"
 
@@ -112,6 +113,7 @@ private:
     SystemFileAttributes m_attributes;
     WaveformCache m_waveformCache{ m_cacheDefaults, m_attributes };
     MediaModule m_media;
+    QtRealtimeKit m_realtimeKit{ realtimeRequests() };
     DeviceOutput m_output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), m_scheduler };
     PlaybackGraph m_graph{ m_output, m_scheduler };
     AudioEngine m_engine{ m_graph, m_scheduler };

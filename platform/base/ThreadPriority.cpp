@@ -1,18 +1,13 @@
 #include "platform/base/ThreadPriority.h"
 
+#include "platform/base/RealtimeRequests.h"
+
 #include <pthread.h>
 #include <sched.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 namespace quillet {
-namespace {
-
-/// Below what sound servers use for themselves.
-constexpr int realtimePriority = 5;
-constexpr int niceLevel = -11;
-
-}  // namespace
 
 ThreadPriority raiseThreadPriority() noexcept
 {
@@ -20,9 +15,18 @@ ThreadPriority raiseThreadPriority() noexcept
     parameters.sched_priority = realtimePriority;
     if (pthread_setschedparam(pthread_self(), SCHED_RR | SCHED_RESET_ON_FORK, &parameters) == 0)
         return ThreadPriority::realtime;
-    if (setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), niceLevel) == 0)
-        return ThreadPriority::raised;
-    return ThreadPriority::unchanged;
+    const bool isRaised = setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), raisedNiceLevel) == 0;
+    realtimeRequests().add(gettid());
+    return isRaised ? ThreadPriority::raised : ThreadPriority::unchanged;
+}
+
+ThreadPriority currentThreadPriority() noexcept
+{
+    // Of this thread alone, as the system sees it: glibc's own idea does not know what others have granted.
+    const int policy = sched_getscheduler(0) & ~SCHED_RESET_ON_FORK;
+    if (policy == SCHED_RR || policy == SCHED_FIFO)
+        return ThreadPriority::realtime;
+    return getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())) < 0 ? ThreadPriority::raised : ThreadPriority::unchanged;
 }
 
 }  // namespace quillet
