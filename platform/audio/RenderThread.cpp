@@ -70,6 +70,8 @@ void RenderThread::takeOrders()
             return;
         run = std::move(m_pending);
     }
+    // It may have been granted more since it started.
+    m_renderer.setPriority(currentThreadPriority());
     m_renderer.begin(std::move(run));
 }
 
