@@ -2,10 +2,10 @@
 
 #include "platform/base/Require.h"
 
-#include <locale.h>  // newlocale and strtod_l are not in <clocale>
-#include <stdlib.h>
-
+// newlocale and strtod_l, which POSIX adds, come with these.
+#include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <string>
 
 namespace quillet {
