@@ -1,8 +1,9 @@
 // Keeps the waveform of every audio file in the user's defaults domain, one record under the file's path, so that a file that
 // is opened again need not be decoded for it. A record holds only as long as the file's size and modification time are what
 // they were. The cache limits itself by age and total size when something is stored, and never otherwise. It reports nothing:
-// what cannot be read, written or believed counts as absent. Threads: callable from every thread; it waits for disks, so not
-// from the main thread, save for the limits. Calls for one file do not overlap.
+// what cannot be read, written or believed counts as absent.
+// Threads: callable from every thread; it waits for disks, so not from the main thread, save for the limits. Calls for one file
+// do not overlap.
 #pragma once
 
 #include "AppCore/WaveformCacheEntry.h"

@@ -109,16 +109,19 @@ std::vector<float> heard(const std::function<float(std::int64_t, int)>& source, 
         return left;
     }
     TimeStretcher stretcher(sampleRate);
-    stretcher.setRate(rate);
-    std::int64_t fed = 0;
+    stretcher.begin(0, { rate, 0 }, [&source](std::int64_t first, std::span<float> stereo) {
+        for (std::size_t i = 0; i < stereo.size(); ++i)
+            stereo[i] = first < 0 ? 0 : source(first + static_cast<std::int64_t>(i / 2), static_cast<int>(i % 2));
+    });
     std::vector<float> block;
     while (std::ssize(left) < settling + frames) {
         block.clear();
-        for (const std::int64_t end = fed + stretcher.wantedFrames(); fed < end; ++fed)
+        const std::int64_t first = stretcher.nextFrame();
+        for (std::int64_t i = first; i < first + stretcher.wantedFrames(); ++i)
             for (int channel = 0; channel < 2; ++channel)
-                block.push_back(source(fed, channel));
+                block.push_back(source(i, channel));
         stretcher.feed(block);
-        block.resize(2 * TimeStretcher::maximumBlock);
+        block.resize(2 * TimeStretcher::maxBlock);
         while (const std::int64_t count = stretcher.retrieve(block))
             for (std::int64_t i = 0; i < count; ++i)
                 left.push_back(block[static_cast<std::size_t>(2 * i)]);

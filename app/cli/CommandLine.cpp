@@ -63,6 +63,7 @@ CLI::Validator wholeBetween(int least, int most)
 struct PlaybackArguments {
     std::string input, from, to, speed, pitch, passes, delay, hold;
     std::vector<std::string> gains;
+    bool keepsFormants = false;
 
     void addTo(CLI::App& command)
     {
@@ -75,6 +76,7 @@ struct PlaybackArguments {
             ->check(between(5, 300, "percent"));
         command.add_option("--pitch", pitch, "Transposition in cents, -1200 to 1200 (0); the speed stays")
             ->check(between(-1200, 1200, "cents"));
+        command.add_flag("--keep-formants", keepsFormants, "Let voices keep their character when they are transposed");
         command
             .add_option("--eq", gains, "Equaliser gains in dB at 60, 250, 1000, 4000 and 12000 Hz, -12 to 12, comma-separated")
             ->delimiter(',')
@@ -97,6 +99,7 @@ struct PlaybackArguments {
         result.toSeconds = number(to);
         result.speedPercent = number(speed).value_or(100);
         result.pitchCents = number(pitch).value_or(0);
+        result.keepsFormants = keepsFormants;
         result.passes = static_cast<int>(number(passes).value_or(1));
         result.delaySeconds = number(delay).value_or(0);
         result.holdSeconds = number(hold);

@@ -15,6 +15,8 @@ struct PlaybackOptions {
     std::optional<double> toSeconds;
     double speedPercent = 100;
     double pitchCents = 0;
+    /// Voices keep their character when they are transposed.
+    bool keepsFormants = false;
     /// Nothing: equaliser off.
     std::optional<std::array<double, 5>> equalizerGainsDb;
     int passes = 1;

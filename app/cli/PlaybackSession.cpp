@@ -65,6 +65,7 @@ void PlaybackSession::setUp(const PlaybackOptions& options, double durationSecon
 
     m_engine.timePitch().setRate(m_state->speed() / 100);
     m_engine.timePitch().setPitch(m_state->pitch());
+    m_engine.timePitch().setKeepsFormants(options.keepsFormants);
     m_engine.eq().setBypass(!m_state->eqEnabled());
     for (int band = 0; band < EqualizerNode::bandCount; ++band)
         m_engine.setEQGain(m_state->eqGains()[static_cast<std::size_t>(band)], band);

@@ -1,5 +1,6 @@
 // One run of the engine for the command line: opens the file, puts the options into a state of its own and plays it through.
-// The user's saved settings are neither read nor written. Threads: main thread.
+// The user's saved settings are neither read nor written.
+// Threads: main thread.
 #pragma once
 
 #include "AppCore/SettingsStore.h"

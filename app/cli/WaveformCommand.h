@@ -1,5 +1,5 @@
-// `quillet waveform`: prints the amplitudes of a file as JSON, or draws them into a picture. Threads: main thread; it waits for
-// the threads that decode.
+// `quillet waveform`: prints the amplitudes of a file as JSON, or draws them into a picture.
+// Threads: main thread; it waits for the threads that decode.
 #pragma once
 
 #include "platform/base/FilePath.h"

@@ -1,6 +1,7 @@
 // The keys that act wherever the focus is: H and the arrows of the hold mode, unless a text is being edited, and the shortcuts
 // with the command key. It sees every key press of the application before any view does, by the keys' places on the keyboard,
-// so that they are the same on every layout. What it takes is acted on a moment later. Threads: main thread.
+// so that they are the same on every layout. What it takes is acted on a moment later.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

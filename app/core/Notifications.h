@@ -1,5 +1,6 @@
 // Named notifications, by which menus, buttons and keys ask for what others carry out. They are delivered at once, to whoever
-// has subscribed by then; one that nobody waits for does nothing. Threads: main thread.
+// has subscribed by then; one that nobody waits for does nothing.
+// Threads: main thread.
 #pragma once
 
 #include "platform/base/FilePath.h"

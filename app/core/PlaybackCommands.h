@@ -1,5 +1,6 @@
 // What keys, menus and controls do to the playing: each changes the state within its limits, tells the engine, and sees to it
-// that the change is saved. Threads: main thread.
+// that the change is saved.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

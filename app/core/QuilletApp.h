@@ -1,5 +1,6 @@
 // The program with its window: makes every object that lives as long as it does, and puts them together. The only place that
-// names concrete classes of the platform and shared instances. Threads: main thread.
+// names concrete classes of the platform and shared instances.
+// Threads: main thread.
 #pragma once
 
 #include "platform/base/FilePath.h"

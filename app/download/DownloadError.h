@@ -1,4 +1,5 @@
-// Why a song could not be fetched from the web, with the sentence that the user is shown. Threads: a value.
+// Why a song could not be fetched from the web, with the sentence that the user is shown.
+// Threads: a value.
 #pragma once
 
 #include <string>

@@ -1,7 +1,7 @@
 // Fetches the audio behind a web address into a local file. It transfers nothing itself: it runs yt-dlp, which lies beside the
 // executable with uv and ffmpeg. It keeps nothing of a download: no queue, no history; several may run at once. A download that
-// has begun runs to its end, whoever still waits for it, or to the end of the program. Threads: main thread; handlers run
-// there.
+// has begun runs to its end, whoever still waits for it, or to the end of the program.
+// Threads: main thread; handlers run there.
 #pragma once
 
 #include "app/download/DownloadError.h"

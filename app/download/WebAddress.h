@@ -1,5 +1,6 @@
 // An address on the web as a user types it. There is no other way to make one, so that whoever is given a WebAddress can hand
-// it to a program as an argument: it never looks like an option. Threads: a value.
+// it to a program as an argument: it never looks like an option.
+// Threads: a value.
 #pragma once
 
 #include <optional>

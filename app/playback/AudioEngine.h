@@ -1,7 +1,8 @@
 // Plays a segment of the open file, or of its stems in step: once, in a loop with an optional pause, or as a short held window
 // that repeats; and reports the play head to the state. It decides what is played when, and tells the graph ahead of time what
 // will follow, so that nothing waits for this thread; how it sounds is the graph's business, and what the user may choose is
-// the state's. It does not follow changes of the output device. Threads: main thread.
+// the state's. It does not follow changes of the output device.
+// Threads: main thread.
 #pragma once
 
 #include "app/playback/PlaybackState.h"

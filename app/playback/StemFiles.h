@@ -1,5 +1,6 @@
 // The files of a session's stems, opened: what the engine plays in stem mode. Opening them takes as long as the disk does, so
-// it is a step of its own, off the main thread. Threads: `openStemFiles` on any thread that may wait.
+// it is a step of its own, off the main thread.
+// Threads: `openStemFiles` on any thread that may wait.
 #pragma once
 
 #include "AppCore/StemSession.h"

@@ -1,5 +1,6 @@
 // A turning arc: something is going on. It stands still where the system asks for reduced motion, and costs nothing while it
-// cannot be seen. Threads: main thread.
+// cannot be seen.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

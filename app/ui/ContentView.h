@@ -1,6 +1,7 @@
 // The content of the main window: the toolbar, and one of three screens by what is being loaded. It carries out the commands
 // that arrive as notifications, takes drops, and shows the open panel, the sheets, errors and notices. How a file is opened is
-// FileLoader's business, what playing means AppState's. Threads: main thread.
+// FileLoader's business, what playing means AppState's.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

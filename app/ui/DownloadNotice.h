@@ -1,5 +1,6 @@
 // A download whose sheet has been closed: how far it is, then its song to open or why it failed. It never opens anything by
-// itself, as the user may be playing. Threads: main thread.
+// itself, as the user may be playing.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/Notice.h"

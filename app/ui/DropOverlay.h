@@ -1,5 +1,5 @@
-// What lies over the window while something is dragged over it: whether it may be dropped. It takes no event. Threads: main
-// thread.
+// What lies over the window while something is dragged over it: whether it may be dropped. It takes no event.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

@@ -1,4 +1,5 @@
-// The equaliser: its switch and five sliders. Threads: main thread.
+// The equaliser: its switch and five sliders.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

@@ -1,4 +1,5 @@
-// What is shown while no file is open: how to open one, and those opened last. Threads: main thread.
+// What is shown while no file is open: how to open one, and those opened last.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

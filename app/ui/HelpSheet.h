@@ -1,4 +1,5 @@
-// The help: eight sections of text over the window. Threads: main thread.
+// The help: eight sections of text over the window.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

@@ -1,5 +1,5 @@
-// Has the focus whenever nothing else in the window has it, and makes the space bar play and pause. It cannot be seen. Threads:
-// main thread.
+// Has the focus whenever nothing else in the window has it, and makes the space bar play and pause. It cannot be seen.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

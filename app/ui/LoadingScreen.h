@@ -1,4 +1,5 @@
-// What is shown while a file is being opened: that something goes on, and how far it is. Threads: main thread.
+// What is shown while a file is being opened: that something goes on, and how far it is.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

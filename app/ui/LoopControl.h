@@ -1,4 +1,5 @@
-// The switch of the loop, and the pause between two passes. Threads: main thread.
+// The switch of the loop, and the pause between two passes.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

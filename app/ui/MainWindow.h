@@ -1,4 +1,5 @@
-// The one window: menus, its content, and where it stood the last time. Threads: main thread.
+// The one window: menus, its content, and where it stood the last time.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

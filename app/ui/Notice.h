@@ -1,4 +1,5 @@
-// A sentence on a strip of its own under the toolbar, with room for buttons behind it. Threads: main thread.
+// A sentence on a strip of its own under the toolbar, with room for buttons behind it.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

@@ -1,6 +1,7 @@
 // Asks for the web address of a song and the folder to put it into, has it downloaded and hands the file to its owner. Nothing
 // of it is kept between two showings but the folder. It stands before the window while it asks; while it downloads the window
-// can be used. Threads: main thread.
+// can be used.
+// Threads: main thread.
 #pragma once
 
 #include "app/download/DownloadSettingsStore.h"

@@ -1,4 +1,5 @@
-// The pitch: a field for it in cents, and buttons that change it by one. Threads: main thread.
+// The pitch: a field for it in cents, and buttons that change it by one.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

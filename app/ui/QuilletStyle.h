@@ -1,6 +1,7 @@
 // Draws the toolkit's own widgets in the program's look: buttons, fields, sliders, progress and scroll bars, menus, dialogs. So
 // they keep what the toolkit gives them: keys, focus, accessibility. What a button is for it says by a property (see
-// `ButtonKind`). Threads: main thread.
+// `ButtonKind`).
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

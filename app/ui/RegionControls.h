@@ -1,4 +1,5 @@
-// The start and the end of the region in fields for minutes, seconds and milliseconds. Threads: main thread.
+// The start and the end of the region in fields for minutes, seconds and milliseconds.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

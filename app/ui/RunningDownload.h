@@ -1,5 +1,6 @@
 // A download from its start to its end, and who shows it: first the sheet that it was started from, then, if that is closed, a
-// notice. It goes on whether or not anybody listens. Threads: main thread.
+// notice. It goes on whether or not anybody listens.
+// Threads: main thread.
 #pragma once
 
 #include "app/download/URLDownloader.h"

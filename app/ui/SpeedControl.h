@@ -1,4 +1,5 @@
-// The speed: a field for it, buttons that change it by a step, and the choice of that step. Threads: main thread.
+// The speed: a field for it, buttons that change it by a step, and the choice of that step.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

@@ -1,5 +1,6 @@
 // The navy bar at the window's top: opening, recent files, the open file's name or what is being loaded, help. It acts only by
-// posting notifications. Threads: main thread.
+// posting notifications.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

@@ -1,4 +1,5 @@
-// The two buttons of the transport: the round one that plays and pauses, and the one that holds. Threads: main thread.
+// The two buttons of the transport: the round one that plays and pauses, and the one that holds.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

@@ -1,4 +1,5 @@
-// Play and pause, hold, and where the play head is. Threads: main thread.
+// Play and pause, hold, and where the play head is.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

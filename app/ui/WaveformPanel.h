@@ -1,5 +1,6 @@
 // The waveform of the open file with its zoom bar, bound to the state: what the view wishes goes into the state, what changes
-// there into the view. Threads: main thread.
+// there into the view.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"

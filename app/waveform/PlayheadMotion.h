@@ -1,6 +1,7 @@
 // Where the play head is between two reports of its position, which come 20 times a second: it glides at the playback's rate
 // and lets small differences go unnoticed; large ones (a loop's joint, a jump) it follows at once. It knows no clock: whoever
-// draws tells how much time has passed. Threads: a value, no shared state.
+// draws tells how much time has passed.
+// Threads: a value, no shared state.
 #pragma once
 
 namespace quillet {

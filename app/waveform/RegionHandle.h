@@ -1,6 +1,7 @@
 // One end of the selected region, for the keyboard and for those who hear the screen: an invisible control over the waveform
 // that takes the focus, moves by keys, and speaks its time as a slider does. The mouse does not see it; the waveform view draws
-// and drags the handle. Threads: main thread.
+// and drags the handle.
+// Threads: main thread.
 #pragma once
 
 #include <QColor>

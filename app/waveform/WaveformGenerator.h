@@ -1,6 +1,6 @@
 // Computes what the waveform view draws: about 2000 amplitudes of a file, the loudest being 1. It decodes the file once, on
-// several threads where the format can be entered exactly in its middle; neither stores nor draws anything. Threads: `extract`
-// blocks until it is done and is called on a thread that may wait, never on the main thread.
+// several threads where the format can be entered exactly in its middle; neither stores nor draws anything.
+// Threads: `extract` blocks until it is done and is called on a thread that may wait, never on the main thread.
 #pragma once
 
 #include "platform/base/FilePath.h"

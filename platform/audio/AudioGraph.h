@@ -111,6 +111,9 @@ public:
     /// Clamped to ±maximumPitchCents.
     virtual void setPitch(double pitchCents) = 0;
     [[nodiscard]] virtual double pitch() const = 0;
+    /// Whether voices keep their character when they are transposed (their formants stay where they are); off at first.
+    virtual void setKeepsFormants(bool keeps) = 0;
+    [[nodiscard]] virtual bool keepsFormants() const = 0;
 };
 
 /// Five parametric bands, one octave wide. A gain set is the gain at that band's centre, whatever the other bands do.

@@ -1,6 +1,7 @@
 // Plays to the machine's device, and while there is none (never was, server killed, headphones pulled) to a substitute that
-// takes the same time; it tries the device again every 250 ms. Playback never stops for it. Threads: main thread outside; a
-// thread of its own opens, closes and watches the devices, since a server may be slow to answer.
+// takes the same time; it tries the device again every 250 ms. Playback never stops for it.
+// Threads: main thread outside; a thread of its own opens, closes and watches the devices, since a server may be slow to
+// answer.
 #pragma once
 
 #include "platform/audio/AudioOutput.h"

@@ -1,7 +1,7 @@
 // The equaliser's signal path: five state-variable bells in series whose gains glide, so that no change is heard but as a
 // change of tone. At 0 dB in every band it is left out and the samples pass bit for bit. It does not keep the sound within full
-// scale, and it does not work out what the bands need to reach what was set (separatedGains does). Threads: `setGains` on the
-// main thread, the rest on the thread of the device callback; neither side waits for the other.
+// scale, and it does not work out what the bands need to reach what was set (separatedGains does).
+// Threads: `setGains` on the main thread, the rest on the thread of the device callback; neither side waits for the other.
 #pragma once
 
 #include "platform/audio/EqualizerCurve.h"

@@ -98,6 +98,12 @@ void GraphTimePitch::setPitch(double pitchCents)
     m_changed();
 }
 
+void GraphTimePitch::setKeepsFormants(bool keeps)
+{
+    m_keepsFormants = keeps;
+    m_changed();
+}
+
 // ---- Equaliser ----
 
 void GraphEqualizer::setGain(int band, float gainDb)

@@ -100,6 +100,8 @@ public:
     [[nodiscard]] double rate() const override { return m_rate; }
     void setPitch(double pitchCents) override;
     [[nodiscard]] double pitch() const override { return m_pitchCents; }
+    void setKeepsFormants(bool keeps) override;
+    [[nodiscard]] bool keepsFormants() const override { return m_keepsFormants; }
 
     [[nodiscard]] GraphInputs& inputs() { return m_inputs; }
 
@@ -107,6 +109,7 @@ private:
     std::function<void()> m_changed;
     double m_rate = 1;
     double m_pitchCents = 0;
+    bool m_keepsFormants = false;
     GraphInputs m_inputs;
 };
 

@@ -484,6 +484,7 @@ void PlaybackGraph::settingsChanged()
     m_stage.equalizer().setGains(flat ? gains : separatedGains(gains, m_sampleRate), m_sampleRate);
     m_renderer.setRate(m_timePitch.rate());
     m_renderer.setPitch(m_timePitch.pitch());
+    m_renderer.setKeepsFormants(m_timePitch.keepsFormants());
     const bool resamples =
         std::ranges::any_of(m_files, [this](const auto& file) { return file->sampleRate() != m_sampleRate; });
     m_stage.setLimiting(!flat || m_timePitch.rate() != 1 || m_timePitch.pitch() != 0 || m_files.size() > 1 || resamples);

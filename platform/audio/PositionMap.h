@@ -1,5 +1,6 @@
 // Which frame of one count is heard at which frame of another: a short piecewise list, appended to where the relation is known
-// to change, and the only place that turns the one into the other. Threads: none of its own; allocates when a piece is added.
+// to change, and the only place that turns the one into the other.
+// Threads: none of its own; allocates when a piece is added.
 #pragma once
 
 #include <algorithm>

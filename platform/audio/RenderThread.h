@@ -1,5 +1,6 @@
 // Drives the renderer: wakes when the device took frames, when the source delivered, or when there is a new run, and renders
-// until the output ring is full again. Threads: owns one worker; its functions may be called from any other thread.
+// until the output ring is full again.
+// Threads: owns one worker; its functions may be called from any other thread.
 #pragma once
 
 #include "platform/audio/Renderer.h"

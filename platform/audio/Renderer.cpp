@@ -94,7 +94,11 @@ void Renderer::beginLeg()
 
 TimeStretcher::Settings Renderer::settings() const
 {
-    return { m_passRate.value_or(m_rate.load(std::memory_order_relaxed)), m_pitchCents.load(std::memory_order_relaxed) };
+    TimeStretcher::Settings settings;
+    settings.rate = m_passRate.value_or(m_rate.load(std::memory_order_relaxed));
+    settings.pitchCents = m_pitchCents.load(std::memory_order_relaxed);
+    settings.keepsFormants = settings.pitchCents != 0 && m_keepsFormants.load(std::memory_order_relaxed);
+    return settings;
 }
 
 std::int64_t Renderer::frames(double seconds) const

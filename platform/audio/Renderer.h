@@ -1,8 +1,8 @@
 // Turns the present run into what the device gets, in small steps that keep the output ring filled just far enough: decides
 // which way the sound takes (untouched or stretched) and crosses over between them, lets silences pass, and marks where runs
 // and passes begin and end and which frame is heard where. It does not decode, and it never runs in the device callback: one of
-// the stretcher's bursts is longer than a device period. Threads: `setRate` and `setPitch` on the main thread, the rest on the
-// render thread.
+// the stretcher's bursts is longer than a device period.
+// Threads: the setters on the main thread, the rest on the render thread.
 #pragma once
 
 #include "platform/audio/FillPolicy.h"
@@ -28,6 +28,7 @@ public:
 
     void setRate(double rate) { m_rate.store(rate, std::memory_order_relaxed); }
     void setPitch(double pitchCents) { m_pitchCents.store(pitchCents, std::memory_order_relaxed); }
+    void setKeepsFormants(bool keeps) { m_keepsFormants.store(keeps, std::memory_order_relaxed); }
 
     // ---- Render thread ----
 
@@ -79,6 +80,7 @@ private:
     MixedSource m_source;
     std::atomic<double> m_rate{ 1 };
     std::atomic<double> m_pitchCents{ 0 };
+    std::atomic<bool> m_keepsFormants{ false };
     FillPolicy m_fill;
 
     // The two paths, a spare for the stretched one, and what of them sounds.

@@ -1,6 +1,6 @@
 // The two ways from the mixed source to what is heard: untouched, or through the stretcher. Each knows which frame of the
-// stream comes next and how far it is to any later one. They end with the source's leg and mark nothing. Threads: the render
-// thread.
+// stream comes next and how far it is to any later one. They end with the source's leg and mark nothing.
+// Threads: the render thread.
 #pragma once
 
 #include "platform/audio/MixedSource.h"

@@ -49,6 +49,14 @@ struct TimeStretcher::Engine {
         up = std::make_unique<Resampler>(sampleRate / factor, sampleRate);
     }
 
+    void apply(const Settings& settings)
+    {
+        stretcher.setTimeRatio(1 / settings.rate);
+        stretcher.setPitchScale(pitchScale(settings));
+        stretcher.setFormantOption(settings.keepsFormants ? RubberBandStretcher::OptionFormantPreserved
+                                                          : RubberBandStretcher::OptionFormantShifted);
+    }
+
     void process(std::span<const float> stereo)
     {
         const std::size_t frames = stereo.size() / 2;
@@ -98,13 +106,11 @@ TimeStretcher::~TimeStretcher() = default;
 void TimeStretcher::reset(const Settings& settings)
 {
     m_settings = settings;
-    auto& stretcher = m_engine->stretcher;
-    stretcher.setTimeRatio(1 / settings.rate);
-    stretcher.setPitchScale(pitchScale(settings));
+    m_engine->apply(settings);
     if (m_isReset)
         return;
     m_isReset = true;
-    stretcher.reset();
+    m_engine->stretcher.reset();
     if (m_engine->down != nullptr) {
         m_engine->down->reset();
         m_engine->up->reset();
@@ -137,10 +143,8 @@ void TimeStretcher::setSettings(const Settings& settings)
 {
     if (settings == m_settings)
         return;
-    auto& stretcher = m_engine->stretcher;
-    const auto required = static_cast<std::int64_t>(stretcher.getSamplesRequired());
-    stretcher.setTimeRatio(1 / settings.rate);
-    stretcher.setPitchScale(pitchScale(settings));
+    const auto required = static_cast<std::int64_t>(m_engine->stretcher.getSamplesRequired());
+    m_engine->apply(settings);
     if (settings.pitchCents != m_settings.pitchCents) {
         // Pitch is made last, by resampling what is stretched: it changes at once, and takes with it what was stretched for the
         // pitch before.

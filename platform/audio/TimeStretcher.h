@@ -1,7 +1,7 @@
 // Changes speed and pitch independently, and knows which source frame each frame that comes out is: Rubber Band's finer engine
 // in real-time mode, fed and read in interleaved stereo. Above 48 kHz the sound is stretched at a fraction of its rate, since
-// there is nothing to hear beyond and the price doubles with the rate. It knows no segments and no gains. Threads: one worker
-// thread; everything may allocate, so none of it belongs in a device callback.
+// there is nothing to hear beyond and the price doubles with the rate. It knows no segments and no gains.
+// Threads: one worker thread; everything may allocate, so none of it belongs in a device callback.
 #pragma once
 
 #include "platform/audio/PositionMap.h"
@@ -27,6 +27,8 @@ public:
         /// Source seconds per second of output, 0.05 to 3.
         double rate = 1;
         double pitchCents = 0;
+        /// Formants stay where they are while the pitch moves.
+        bool keepsFormants = false;
         bool operator==(const Settings&) const = default;
     };
 

@@ -2,7 +2,8 @@
 // process, however it ends. A write that another process keeps waiting is not waited for: it counts at once for whoever reads
 // here, is tried again until it is stored, and only a kill before then loses it. A file that turns out to be no database, or a
 // broken one, is moved aside under a name with the time and replaced by an empty one; where no file can be kept, the domain
-// lasts as long as the object. Threads: callable from every thread.
+// lasts as long as the object.
+// Threads: callable from every thread.
 #pragma once
 
 #include "platform/base/FilePath.h"

@@ -1,4 +1,5 @@
-// Where the program itself lies. Threads: callable from every thread.
+// Where the program itself lies.
+// Threads: callable from every thread.
 #pragma once
 
 #include "platform/base/FilePath.h"

@@ -1,6 +1,6 @@
 // How loud a file is from stretch to stretch, for drawing it: sums of the absolute values of its sound, mixed down to one
-// channel. Much cheaper than reading the sound itself; it keeps none of it. Threads: `length` and `entersAnywhere` may be asked
-// anywhere; the rest is confined to one thread at a time.
+// channel. Much cheaper than reading the sound itself; it keeps none of it.
+// Threads: `length` and `entersAnywhere` may be asked anywhere; the rest is confined to one thread at a time.
 #pragma once
 
 #include "platform/base/FilePath.h"

@@ -1,6 +1,7 @@
-// AudioFile on FFmpeg's libraries: any format they decode, entered exactly. It keeps the last fraction of a second that
-// it decoded, so that reading on and reading the same short window again decode nothing twice; nothing else of the sound stays
-// in memory. Threads: as AudioFile and AudioFileOpener say.
+// AudioFile on FFmpeg's libraries: any format they decode, entered exactly. It keeps the last fraction of a second that it
+// decoded, so that reading on and reading the same short window again decode nothing twice; nothing else of the sound stays in
+// memory.
+// Threads: as AudioFile and AudioFileOpener say.
 #pragma once
 
 #include "platform/media/AudioFile.h"

@@ -1,6 +1,7 @@
 // Turns the time stamps of a stream into frames of its decoded sound, frame 0 being the first one of a decode from the start,
 // and back. Where the stamps are too coarse to name a frame (milliseconds, say) but all blocks have one length, or lengths with
-// a common divisor, the answer is rounded to where a block can start. Threads: pure values.
+// a common divisor, the answer is rounded to where a block can start.
+// Threads: pure values.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,7 @@
 // Turns decoded blocks of any sample format into interleaved stereo floats: stereo passes bit-exactly (integers scaled by a
 // power of two), mono is doubled bit-exactly, more channels are mixed down by the usual matrix, scaled so that it cannot clip.
-// It keeps no sound between blocks and does not resample. Threads: confined to one thread at a time.
+// It keeps no sound between blocks and does not resample.
+// Threads: confined to one thread at a time.
 #pragma once
 
 #include "platform/media/FfmpegHandles.h"

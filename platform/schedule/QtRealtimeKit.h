@@ -1,6 +1,7 @@
 // Has threads scheduled in real time that may not do so themselves: asks RTKit, the service that most desktops have for it,
-// over the system bus. Without a bus or the service, or when it refuses, nothing changes and nothing is said. Threads: a thread
-// of its own asks and waits for the answers; the threads that it asks for never wait. All else on the thread that made it.
+// over the system bus. Without a bus or the service, or when it refuses, nothing changes and nothing is said.
+// Threads: a thread of its own asks and waits for the answers; the threads that it asks for never wait. All else on the thread
+// that made it.
 #pragma once
 
 #include "platform/base/RealtimeRequests.h"

@@ -1,5 +1,6 @@
 // A chirp whose frequency tells the time in it, and where in it a recording is: the truth for positions through changes of
-// speed and pitch. Threads: none of its own.
+// speed and pitch.
+// Threads: none of its own.
 #pragma once
 
 #include "tests/support/MemoryAudioFile.h"

@@ -1,4 +1,5 @@
-// An event loop for tests of what answers later in real time. Threads: main thread.
+// An event loop for tests of what answers later in real time.
+// Threads: main thread.
 #pragma once
 
 #include <functional>

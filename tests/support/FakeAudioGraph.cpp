@@ -95,10 +95,13 @@ public:
     [[nodiscard]] double rate() const override { return m_rate; }
     void setPitch(double pitchCents) override { m_pitchCents = pitchCents; }
     [[nodiscard]] double pitch() const override { return m_pitchCents; }
+    void setKeepsFormants(bool keeps) override { m_keepsFormants = keeps; }
+    [[nodiscard]] bool keepsFormants() const override { return m_keepsFormants; }
 
 private:
     double m_rate = 1;
     double m_pitchCents = 0;
+    bool m_keepsFormants = false;
 };
 
 class FakeAudioGraph::Equalizer final : public EqualizerNode {

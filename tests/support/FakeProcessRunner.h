@@ -1,4 +1,5 @@
-// Child processes that do what the test says. Threads: one.
+// Child processes that do what the test says.
+// Threads: one.
 #pragma once
 
 #include "platform/process/ProcessRunner.h"

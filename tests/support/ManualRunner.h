@@ -1,5 +1,6 @@
 // Background work that runs when the test says so, in the order that it chooses: a slow disk, or two requests that overtake
-// each other. Threads: one.
+// each other.
+// Threads: one.
 #pragma once
 
 #include "platform/schedule/BackgroundRunner.h"

@@ -1,5 +1,6 @@
 // Everything that opening a song takes, the real thing: threads, decoder, stores in a database, audio graph. Only the output is
-// one that is pulled, and the scheduler the caller's choice. Threads: main thread.
+// one that is pulled, and the scheduler the caller's choice.
+// Threads: main thread.
 #pragma once
 
 #include "app/core/FileLoader.h"

@@ -1,5 +1,6 @@
 // The state over an engine whose graph sounds nothing, in virtual time: with a file of 8000 Hz, whole as the region, nothing
-// playing and nothing to save. Threads: one.
+// playing and nothing to save.
+// Threads: one.
 #pragma once
 
 #include "app/core/AppState.h"

@@ -1,5 +1,6 @@
 // The ground on which controls that belong together stand: rounded, a little lighter than the window, with a hairline around
-// it. Threads: main thread.
+// it.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

@@ -1,5 +1,6 @@
 // Holds what is shown at times only, and slides open and shut. Shut, nothing of its content can be seen, heard or reached with
-// keys; it jumps where the system asks for reduced motion, and while it is not in view. Threads: main thread.
+// keys; it jumps where the system asks for reduced motion, and while it is not in view.
+// Threads: main thread.
 #pragma once
 
 #include <QWidget>

@@ -1,5 +1,6 @@
 // A label for what may be longer than the room there is: one line, cut in the middle. Those who hover over it or hear it get
-// all of it. Threads: main thread.
+// all of it.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/controls/Label.h"

@@ -1,4 +1,5 @@
-// A line of text in one of the theme's roles; it follows the theme. Threads: main thread.
+// A line of text in one of the theme's roles; it follows the theme.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

@@ -1,4 +1,5 @@
-// A switch: on or off, at once. A check box in all but its looks. Threads: main thread.
+// A switch: on or off, at once. A check box in all but its looks.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

@@ -1,5 +1,5 @@
-// A button that shows a symbol instead of a text. It is named for those who do not see it, and by its tooltip. Threads: main
-// thread.
+// A button that shows a symbol instead of a text. It is named for those who do not see it, and by its tooltip.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/QuilletStyle.h"

@@ -1,5 +1,6 @@
 // One component of a time (minutes, seconds, milliseconds): a field with two step buttons and its unit. It keeps within its
-// range, shows leading zeros and never carries over. Threads: main thread.
+// range, shows leading zeros and never carries over.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

@@ -1,5 +1,6 @@
 // The row of a value that is typed or stepped: its title, a button for less, the field, a button for more, and "Reset". What
-// the value is and may be is its owner's business. Threads: main thread.
+// the value is and may be is its owner's business.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

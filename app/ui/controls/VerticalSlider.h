@@ -1,4 +1,5 @@
-// A vertical slider for a gain of -12 to 12 dB that moves in half decibels. Threads: main thread.
+// A vertical slider for a gain of -12 to 12 dB that moves in half decibels.
+// Threads: main thread.
 #pragma once
 
 #include "app/ui/ThemeSource.h"

@@ -172,7 +172,8 @@ TEST_F(AppStateTest, HoldTakesThePlayHeadsPlaceWithinTheFile)
         EXPECT_EQ(state->holdPosition(), c.expected);
         EXPECT_TRUE(state->holdEnabled() && state->isPlaying());
         EXPECT_EQ(graph.players.front()->segment->start, static_cast<std::int64_t>(8000 * c.expected));
-        EXPECT_EQ(graph.players.front()->hint, graph.players.front()->segment);
+        EXPECT_EQ(graph.players.front()->plan.passes.front().segment, graph.players.front()->segment);
+        EXPECT_TRUE(graph.players.front()->isHeld);
 
         state->toggleHold();
         EXPECT_FALSE(state->holdEnabled() || state->isPlaying() || sounding());
@@ -237,23 +238,23 @@ TEST_F(AppStateTest, AStepSoundsWhileHoldIsPausedAndPlayResumesThere)
 TEST_F(AppStateTest, AnEditWhilePlayingChangesWhatFollows)
 {
     state->togglePlayPause();
-    const auto& hint = graph.players.front()->hint;
-    EXPECT_EQ(hint, (FrameRange{ 0, 80000 }));
+    const auto& passes = graph.players.front()->plan.passes;
+    const auto follows = [&passes](FrameRange segment, double pauseSeconds) {
+        return passes.size() == 1 && passes[0].segment == segment && passes[0].pauseSeconds == pauseSeconds;
+    };
+    EXPECT_TRUE(follows({ 0, 80000 }, 0));
     state->setRegionStart(1);
     state->setRegionEnd(2);
-    EXPECT_EQ(hint, (FrameRange{ 8000, 8000 }));
+    EXPECT_TRUE(follows({ 8000, 8000 }, 0));
     state->setLoopDelaySeconds(1);
-    EXPECT_EQ(hint, std::nullopt);
-    state->setLoopDelaySeconds(0);
-    EXPECT_EQ(hint, (FrameRange{ 8000, 8000 }));
-    state->setLoopDelayMilliseconds(1);
-    EXPECT_EQ(hint, std::nullopt);
-    state->setLoopDelayMilliseconds(0);
+    EXPECT_TRUE(follows({ 8000, 8000 }, 1));
+    state->setLoopDelayMilliseconds(250);
+    EXPECT_TRUE(follows({ 8000, 8000 }, 1.25));
     state->setLoopEnabled(false);
-    EXPECT_EQ(hint, std::nullopt);
+    EXPECT_TRUE(passes.empty());
     state->setHoldEnabled(true);
     state->setHoldPosition(4);
-    EXPECT_EQ(hint.value_or(FrameRange{}).start, 32000);
+    EXPECT_TRUE(follows({ 32000, 640 }, 0) && passes[0].held);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// What the tests of views share: a state with a loaded file of ten seconds, and a theme. Threads: one.
+// What the tests of views share: a state with a loaded file of ten seconds, and a theme.
+// Threads: one.
 #pragma once
 
 #include "app/core/PlaybackCommands.h"
