@@ -174,20 +174,19 @@ std::string loopProblem(const TestSoundServer& server)
         return "the loop did not end at the region's start";
     program.run(0.3);
 
+    // A server that gets no turn for a while makes pauses longer, and holes of its own; neither is ours.
     const auto heard = channelOf(recorder.stereo(), 0);
-    auto joints = gaps(heard, 44);
-    // The pass that had been read to its end when the pause was taken away still ends; the ones behind it join.
-    if (!joints.empty() && joints.back().frameCount < 4410)
-        joints.pop_back();
-    if (joints.size() < 2)
+    const auto pauses = gaps(heard, 8820);
+    if (pauses.size() < 2)
         return "too few pauses";
-    for (const Gap& pause : joints) {
-        // The pause, plus what the device takes to be heard out and to start again.
-        const double seconds = static_cast<double>(pause.frameCount) / 44100;
-        if (seconds < 0.25 || seconds > 0.35)
-            return "a pause of " + std::to_string(seconds) + " s";
-    }
-    return std::ssize(heard) - joints.back().firstFrame > 44100 * 2 ? "" : "not seamless for the rest";
+    const double shortest = static_cast<double>(std::ranges::min(pauses, {}, &Gap::frameCount).frameCount) / 44100;
+    if (std::abs(shortest - 0.25) > 0.001)
+        return "a pause of " + std::to_string(shortest) + " s";
+    const std::int64_t rest = pauses.back().firstFrame + pauses.back().frameCount;
+    std::int64_t silent = 0;
+    for (const Gap& hole : gaps(std::span(heard).subspan(static_cast<std::size_t>(rest)), 44))
+        silent += hole.frameCount;
+    return std::ssize(heard) - rest > 44100 * 2 && silent < 44100 / 4 ? "" : "not seamless for the rest";
 }
 
 TEST_F(RealPlayback, LoopsPauseAndEndAsTheStateSays)
