@@ -85,7 +85,7 @@ QString spokenTime(double seconds)
 {
     const auto hundredths = static_cast<qint64>(seconds * 100);
     const qint64 minutes = hundredths / 6000;
-    const QString rest = QString::number(static_cast<double>(hundredths % 6000) / 100, 'f', 2) + QStringLiteral(" seconds");
+    QString rest = QString::number(static_cast<double>(hundredths % 6000) / 100, 'f', 2) + QStringLiteral(" seconds");
     if (minutes == 0)
         return rest;
     return QString::number(minutes) + (minutes == 1 ? QStringLiteral(" minute ") : QStringLiteral(" minutes ")) + rest;

@@ -28,12 +28,9 @@ constexpr std::int64_t blockFrames = 3001;
 class FailingDisk {
 public:
     explicit FailingDisk(const FilePath& path)
+        : m_descriptor(descriptorOf(path)),
+          m_file(::fcntl(m_descriptor, F_DUPFD_CLOEXEC, 0))
     {
-        for (const auto& entry : fs::directory_iterator("/proc/self/fd"))
-            if (std::error_code none; fs::read_symlink(entry, none) == fs::path(path.c_str()))
-                m_descriptor = std::stoi(entry.path().filename());
-        REQUIRE(m_descriptor >= 0);
-        m_file = ::fcntl(m_descriptor, F_DUPFD_CLOEXEC, 0);
         const int memory = ::open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
         REQUIRE(m_file >= 0 && memory >= 0 && ::dup2(memory, m_descriptor) == m_descriptor);
         ::close(memory);
@@ -47,8 +44,16 @@ public:
     FailingDisk& operator=(const FailingDisk&) = delete;
 
 private:
-    int m_descriptor = -1;
-    int m_file = -1;
+    static int descriptorOf(const FilePath& path)
+    {
+        for (const auto& entry : fs::directory_iterator("/proc/self/fd"))
+            if (std::error_code none; fs::read_symlink(entry, none) == fs::path(path.c_str()))
+                return std::stoi(entry.path().filename());
+        return -1;
+    }
+
+    int m_descriptor;
+    int m_file;
 };
 
 struct Encoding {
