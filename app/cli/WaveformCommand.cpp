@@ -74,7 +74,7 @@ QImage drawn(const Shape& shape)
     constexpr double width = pictureWidth - 2 * margin;
     const WaveformCoordinates whole{ .duration = shape.durationSeconds, .viewWidth = width };
     paintWaveform(painter, shape.peaks, whole, pictureHeight - 2 * margin, { 0, shape.durationSeconds },
-                  { theme.waveformSelected, theme.waveformUnselected }, 0, width);
+                  { AppTheme::waveformSelected, theme.waveformUnselected }, 0, width);
     return image;
 }
 

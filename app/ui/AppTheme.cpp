@@ -1,5 +1,7 @@
 #include "app/ui/AppTheme.h"
 
+#include <cmath>
+
 namespace quillet {
 namespace {
 
@@ -11,7 +13,7 @@ constexpr double trackOpacity = 0.18;
 /// `over`, as far as it covers, on `ground`.
 QColor mixed(QColor ground, QColor over, double share)
 {
-    const auto part = [share](int from, int to) { return static_cast<int>(from + (to - from) * share + 0.5); };
+    const auto part = [share](int from, int to) { return static_cast<int>(std::lround(from + (to - from) * share)); };
     return { part(ground.red(), over.red()), part(ground.green(), over.green()), part(ground.blue(), over.blue()) };
 }
 

@@ -13,6 +13,8 @@ public:
     ThreadRunner();
     /// Waits for the jobs that run.
     ~ThreadRunner() override;
+    ThreadRunner(const ThreadRunner&) = delete;
+    ThreadRunner& operator=(const ThreadRunner&) = delete;
 
     void run(Job job) override;
 

@@ -7,6 +7,7 @@ Usage: window_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]
 
 import json
 import math
+import os
 import sqlite3
 import struct
 import subprocess
@@ -194,7 +195,10 @@ class WindowTest(unittest.TestCase):
         self.assertIsNone(window.process.poll())
         self.assertRegex(window.text("Speed in percent"), r"^\d+%$")
         print(f"slowest answer {1000 * watchdog.slowest:.0f} ms (the machine's own delay {1000 * watchdog.machine:.0f} ms)")
-        self.assertLess(watchdog.slowest, 0.05)
+        if "TSAN_OPTIONS" in os.environ:
+            print("skipped: how soon the window answers (the thread sanitizer makes the program many times slower)")
+        else:
+            self.assertLess(watchdog.slowest, 0.05)
         self.assertEqual(window.close(), 0)
 
     def test_a_song_shorter_than_what_is_held(self):

@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <numbers>
 
@@ -30,6 +31,19 @@ namespace quillet {
 namespace {
 
 using State = AudioOutput::State;
+
+/// Where the thread sanitizer watches, the program is slower than its sound, which then has gaps: what is heard cannot be
+/// judged, only that it is played without a race.
+bool canBeHeard()
+{
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+    std::printf("skipped: what is heard, sample for sample (the thread sanitizer makes the program slower than its sound)\n");
+    return false;
+#endif
+#endif
+    return true;
+}
 
 /// The engine and its state over the real graph and device.
 struct Program {
@@ -152,7 +166,7 @@ TEST_F(RealPlayback, WhatComesOutIsWhatRenderWrites)
             const CommandResult played = runCommand(command);
             if (played.status != 0)
                 return played.errorOutput;
-            return difference(channelOf(recorder.stereo(), 0), expected);
+            return !canBeHeard() ? "" : difference(channelOf(recorder.stereo(), 0), expected);
         })) << testing::PrintToString(options);
     }
 }
@@ -254,6 +268,8 @@ TEST_F(RealPlayback, AServerOfTheUsualKindPlaysToo)
     const auto heard = channelOf(recorder.stereo(), 0);
     const auto first = firstSound(heard, 0.1F, from);
     ASSERT_TRUE(first);
+    if (!canBeHeard())
+        return;
     const auto middle = std::span(heard).subspan(static_cast<std::size_t>(*first + 9600), 24000);
     EXPECT_NEAR(centsBetween(toneFrequencyHz(middle, 48000), 441), 0, 2);
 }
