@@ -20,6 +20,8 @@ public:
         m_node->isInGraph = false;
         m_graph.remove(*this);
     }
+    Player(const Player&) = delete;
+    Player& operator=(const Player&) = delete;
 
     void scheduleSegment(std::shared_ptr<AudioFile> file, FrameRange segment, CompletionHandler playedBack) override
     {
@@ -80,6 +82,8 @@ public:
         m_node->isInGraph = false;
         m_graph.remove(*this);
     }
+    Mixer(const Mixer&) = delete;
+    Mixer& operator=(const Mixer&) = delete;
 
     void setOutputVolume(double factor) override { m_node->volume = factor; }
     [[nodiscard]] double outputVolume() const override { return m_node->volume; }
