@@ -24,6 +24,10 @@ PROGRAM, PICTURES = sys.argv[1], Path(sys.argv[2])
 SONG_SECONDS = 12
 RATE = 44100
 DESKTOP = None
+# The thread sanitizer makes the program many times slower: its sound has gaps, and it answers late.
+SLOWED = "TSAN_OPTIONS" in os.environ
+if SLOWED:
+    print("skipped: gaps in the window's sound, and how soon it answers (the thread sanitizer makes the program many times slower)")
 
 
 def write_song(path):
@@ -78,8 +82,9 @@ class WindowTest(unittest.TestCase):
         DESKTOP.key("space")
         window.find("push button", "Pause")
         sound = DESKTOP.record(3)
-        self.assertAlmostEqual(frequency(sound[:44100]), 882, delta=2)
-        self.assertGreater(min(loudness(sound[i:i + 441]) for i in range(0, len(sound) - 441, 441)), 0.3, "a gap in the loop")
+        if not SLOWED:
+            self.assertAlmostEqual(frequency(sound[:44100]), 882, delta=2)
+            self.assertGreater(min(loudness(sound[i:i + 441]) for i in range(0, len(sound) - 441, 441)), 0.3, "a gap in the loop")
 
         # Slower by key and by typing; the pitch stays.
         DESKTOP.key("ctrl+Left", "ctrl+Left")
@@ -89,7 +94,9 @@ class WindowTest(unittest.TestCase):
         DESKTOP.key("Return")
         self.expect("50 %", lambda: window.text("Speed in percent") == "50%")
         time.sleep(0.5)
-        self.assertAlmostEqual(frequency(DESKTOP.record(1)), 882, delta=4)
+        sound = DESKTOP.record(1)
+        if not SLOWED:
+            self.assertAlmostEqual(frequency(sound), 882, delta=4)
         window.click("text", "Speed in percent")
         DESKTOP.type("rubbish")
         DESKTOP.key("Return")
@@ -195,9 +202,7 @@ class WindowTest(unittest.TestCase):
         self.assertIsNone(window.process.poll())
         self.assertRegex(window.text("Speed in percent"), r"^\d+%$")
         print(f"slowest answer {1000 * watchdog.slowest:.0f} ms (the machine's own delay {1000 * watchdog.machine:.0f} ms)")
-        if "TSAN_OPTIONS" in os.environ:
-            print("skipped: how soon the window answers (the thread sanitizer makes the program many times slower)")
-        else:
+        if not SLOWED:
             self.assertLess(watchdog.slowest, 0.05)
         self.assertEqual(window.close(), 0)
 

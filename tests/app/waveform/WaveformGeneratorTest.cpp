@@ -95,7 +95,7 @@ TEST_F(WaveformGeneratorTest, PeaksAreTheMeanAmplitudesOfTheDecodedSound)
 
 TEST_F(WaveformGeneratorTest, ShortAndSilentFilesKeepTheirShape)
 {
-    const auto wav = [&](const char* name, TestSignal signal) {
+    const auto wav = [&](const char* name, const TestSignal& signal) {
         writeBytes(m_folder / name, wavBytes(signal, WavSamples::signed16));
         return m_folder / name;
     };
