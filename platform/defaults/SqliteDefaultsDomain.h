@@ -28,6 +28,8 @@ public:
     /// Opens `file`; creates it, and the directories above it, where they are missing.
     explicit SqliteDefaultsDomain(FilePath file);
     ~SqliteDefaultsDomain() override;
+    SqliteDefaultsDomain(const SqliteDefaultsDomain&) = delete;
+    SqliteDefaultsDomain& operator=(const SqliteDefaultsDomain&) = delete;
 
     void remove(std::string_view key) override;
     void removeAll(std::span<const std::string> keys) override;

@@ -35,7 +35,7 @@ ValueRow::ValueRow(const ThemeSource& source, const Names& names, QWidget* paren
 
 void ValueRow::setCanReset(bool canReset) { m_reset->setEnabled(canReset); }
 
-void ValueRow::onStep(std::function<void(int direction)> step)
+void ValueRow::onStep(const std::function<void(int direction)>& step)
 {
     m_field->onStep(step);
     connect(m_less, &QAbstractButton::clicked, this, [step] { step(-1); });

@@ -39,7 +39,7 @@ public:
     void setCanReset(bool canReset);
 
     /// `step` is called with 1 or -1, from the buttons and from the field's keys.
-    void onStep(std::function<void(int direction)> step);
+    void onStep(const std::function<void(int direction)>& step);
     void onReset(std::function<void()> reset);
 
 private:
