@@ -19,7 +19,6 @@ namespace quillet {
 namespace {
 
 using nlohmann::json;
-using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 using Peaks = std::vector<float>;
 
