@@ -82,7 +82,7 @@ struct Offline {
     {
         std::vector<float> left;
         std::vector<float> block(128);
-        for (double time = 0; time < seconds; time += 64.0 / rate) {
+        for (auto blocks = static_cast<std::int64_t>(std::ceil(seconds * rate / 64)); blocks > 0; --blocks) {
             output.pull(block);
             for (std::size_t i = 0; i < block.size(); i += 2)
                 left.push_back(block[i]);

@@ -63,7 +63,7 @@ std::vector<double> errorsOf(int fileRate, int outputRate, unsigned seed, bool c
                 left.push_back(block[at]);
             scheduler.advance(64.0 / outputRate);
             reported.push_back(player->sampleTime().value_or(-1) / fileRate);
-            pitches.push_back({ pitch, pitchBefore });
+            pitches.emplace_back(pitch, pitchBefore);
         }
         graph.timePitch().setRate(change % 5 == 4 && !changesPitch ? 1.0 : rates(random));
         if (!changesPitch)

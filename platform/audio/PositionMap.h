@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <deque>
+#include <ranges>
 
 namespace quillet {
 
@@ -89,15 +90,14 @@ public:
     [[nodiscard]] double lastOutputAt(double source, double until) const
     {
         double end = until;
-        for (auto piece = m_pieces.rbegin(); piece != m_pieces.rend(); ++piece) {
-            if (piece->output > until)
+        for (const MapPiece& piece : std::views::reverse(m_pieces)) {
+            if (piece.output > until)
                 continue;
-            if (piece->source <= source) {
-                const double reached =
-                    piece->slope > 0 ? piece->output + (source - piece->source) / piece->slope : piece->output;
+            if (piece.source <= source) {
+                const double reached = piece.slope > 0 ? piece.output + (source - piece.source) / piece.slope : piece.output;
                 return std::min(reached, end);
             }
-            end = piece->output;
+            end = piece.output;
         }
         return end;
     }
