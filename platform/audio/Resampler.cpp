@@ -8,7 +8,7 @@ namespace quillet {
 
 struct Resampler::Engine {
     struct Deleter {
-        void operator()(soxr_t soxr) const { soxr_delete(soxr); }
+        void operator()(soxr_t handle) const { soxr_delete(handle); }
     };
     std::unique_ptr<std::remove_pointer_t<soxr_t>, Deleter> soxr;
 };
