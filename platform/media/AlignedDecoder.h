@@ -32,7 +32,7 @@ public:
     /// their sound may differ from a decode from the start; the block of `position` and those behind it do not.
     void enter(std::int64_t position);
     /// The next block; nothing at the end of what can be decoded from here, and from when the disk refuses to be read until
-    /// the next `enter`. Positions grow, save where stamps run backwards.
+    /// the next `enter`. Positions grow, except where stamps run backwards.
     [[nodiscard]] std::optional<AlignedBlock> next();
     /// Whether that was the reason why `next` gave nothing.
     [[nodiscard]] bool hasDiskFailed() const { return m_track->hasDiskFailed(); }

@@ -5,6 +5,7 @@
 #include "platform/audio/OfflineOutput.h"
 #include "platform/audio/PlaybackGraph.h"
 #include "platform/schedule/VirtualScheduler.h"
+#include "tests/platform/audio/PacedRig.h"
 
 #include <algorithm>
 #include <cmath>
@@ -42,19 +43,9 @@ struct GraphRig {
             player->scheduleSegment(file, segment, [this] { ++completions; });
             player->play();
             if (next)
-                player->setPlan(endless(*next));
+                player->setPlan(endlessly(*next));
         }
         skipDelay();
-    }
-
-    /// The segment again and again.
-    static PassPlan endless(FrameRange segment, double pauseSeconds = 0)
-    {
-        PlannedPass again;
-        again.segment = segment;
-        again.pauseSeconds = pauseSeconds;
-        again.times = PlannedPass::endless;
-        return { { again }, std::nullopt };
     }
 
     /// Takes the limiter's delay off once, so that frame 0 of a test is frame 0 of the sound.
