@@ -31,7 +31,9 @@ std::optional<Pass> RunPlan::takeNext(std::int64_t number)
         return std::nullopt;
     Entry& entry = entries.front();
     const Pass next = entry.pass;
-    if (entry.times != PlannedPass::endless && --entry.times <= 0)
+    if (entry.times != PlannedPass::endless)
+        --entry.times;
+    if (entry.times <= 0)
         entries.erase(entries.begin());
     return next;
 }
