@@ -69,7 +69,8 @@ void Renderer::beginRun(std::shared_ptr<Run> run)
 {
     m_ended = false;
     m_blend = {};
-    m_passRate.reset();
+    // A run that goes on from another may begin in a pass of a speed of its own.
+    m_passRate = run->pass(0).pass.rate;
     m_noted.reset();
     m_atRateJoint = false;
     m_beginOutput = m_output.ring().written();

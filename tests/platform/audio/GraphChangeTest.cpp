@@ -263,6 +263,28 @@ TEST(GraphChange, PassesOfOtherSpeedsBeginExactlyAtTheJoint)
     EXPECT_LT(longestHole(rig.left, *first, *first + 22050 * 4), 60);
 }
 
+TEST(GraphChange, APassKeepsItsSpeedWhenWhatFollowsItIsChanged)
+{
+    const auto file = twoTones(44100, 4, 441, 600);
+    const FrameRange region{ 44100, 22050 };
+    PacedRig rig(64);
+    rig.graph.timePitch().setRate(0.5);
+    PassPlan plan = endlessly(region);
+    plan.passes[0].rate = 2;
+    rig.play(file, region, plan);
+    while (rig.completions == 0 && std::ssize(rig.left) < 44100 * 5)
+        rig.pull(64);
+    rig.pull(2000);
+    // Takes over the fast pass that sounds by plan, and lets nothing follow it.
+    rig.play(file, region);
+    rig.waitUntilReady();
+    rig.pull(44100 * 2);
+    const auto first = firstSound(rig.left);
+    ASSERT_TRUE(first);
+    const auto last = std::find_if(rig.left.rbegin(), rig.left.rend(), [](float s) { return s != 0; });
+    EXPECT_NEAR(static_cast<double>(rig.left.rend() - last - *first), 44100 + 11025, 60);
+}
+
 TEST(GraphChange, ThePlayHeadIsTrueThroughChangesOfSpeedAndTheRegionsEndIsHeard)
 {
     // Twenty changes; the whole measure is the benchmark's.
