@@ -24,7 +24,6 @@ class PositionMap {
 public:
     /// Begins again, with one piece.
     void reset(const MapPiece& first) { m_pieces.assign(1, first); }
-    [[nodiscard]] bool isEmpty() const { return m_pieces.empty(); }
 
     /// What was known from `piece.output` on is forgotten in its favour.
     void append(const MapPiece& piece)
