@@ -3,19 +3,14 @@
 // Threads: callable from every thread.
 #pragma once
 
+#include "AppCore/TimeRange.h"
+
 #include <algorithm>
 
 namespace quillet::RegionClamp {
 
 /// The shortest region that a dragged end leaves.
 inline constexpr double minGap = 0.01;
-
-struct Region {
-    double start = 0;
-    double end = 0;
-
-    bool operator==(const Region&) const = default;
-};
 
 [[nodiscard]] inline double clampStart(double start, double end) { return std::max(std::min(start, end - minGap), 0.0); }
 
@@ -26,7 +21,7 @@ struct Region {
 
 /// The region drawn from `anchor`, where the drag began, to `time`, on either side of it. It may be empty: here no gap is
 /// kept.
-[[nodiscard]] inline Region clampNewRegion(double time, double anchor, double duration)
+[[nodiscard]] inline TimeRange clampNewRegion(double time, double anchor, double duration)
 {
     return { std::max(std::min(time, anchor), 0.0), std::min(std::max(time, anchor), duration) };
 }

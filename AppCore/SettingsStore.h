@@ -29,7 +29,15 @@ public:
     /// The record of the file; nothing when there is none or it does not decode (it stays stored).
     [[nodiscard]] std::optional<FileSettings> load(const FilePath& url) const;
 
-    /// Removes the records of all files, and nothing else.
+    // ---- Aside ----
+    // Settings of a file that starts with the defaults once more, for as long as the user may want them back. One record a
+    // file, beside the one above.
+
+    void keepAside(const FileSettings& settings, const FilePath& url);
+    [[nodiscard]] std::optional<FileSettings> loadAside(const FilePath& url) const;
+    void forgetAside(const FilePath& url);
+
+    /// Removes the records of all files, those kept aside too, and nothing else.
     void clearAll();
 
 private:

@@ -128,7 +128,7 @@ std::string sentence(std::string message)
 
 }  // namespace
 
-std::expected<Command, UsageError> parseCommandLine(const std::vector<std::string>& arguments)
+std::expected<Invocation, UsageError> parseCommandLine(const std::vector<std::string>& arguments)
 {
     CLI::App program{ "Quillet, a music practice player: plays any part of a song slower, faster or transposed.", "quillet" };
     program.set_version_flag("--version", "quillet " QUILLET_VERSION);

@@ -2,8 +2,8 @@
 // Threads: main thread.
 #pragma once
 
-#include "app/cli/PlaybackOptions.h"
 #include "app/cli/WaveformCommand.h"
+#include "app/export/PlaybackOptions.h"
 
 #include <expected>
 #include <optional>
@@ -35,7 +35,7 @@ struct OpenWindow {
     std::optional<FilePath> file;
 };
 
-using Command = std::variant<PrintText, OpenWindow, PlayFile, RenderFile, ShowWaveform>;
+using Invocation = std::variant<PrintText, OpenWindow, PlayFile, RenderFile, ShowWaveform>;
 
 /// One sentence that says what is wrong with the arguments.
 struct UsageError {
@@ -43,6 +43,6 @@ struct UsageError {
 };
 
 /// `arguments` leave out the program's name; they are bytes, file names that are not UTF-8 included.
-[[nodiscard]] std::expected<Command, UsageError> parseCommandLine(const std::vector<std::string>& arguments);
+[[nodiscard]] std::expected<Invocation, UsageError> parseCommandLine(const std::vector<std::string>& arguments);
 
 }  // namespace quillet

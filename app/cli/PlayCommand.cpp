@@ -1,13 +1,13 @@
 #include "app/cli/PlayCommand.h"
 
-#include "app/cli/Interruption.h"
-#include "app/cli/PlaybackSession.h"
 #include "app/cli/ProgressLine.h"
+#include "app/export/PlaybackSession.h"
 #include "platform/audio/CubebOutputDevice.h"
 #include "platform/audio/DeviceOutput.h"
 #include "platform/audio/NullOutputDevice.h"
 #include "platform/audio/PlaybackGraph.h"
 #include "platform/media/MediaModule.h"
+#include "platform/process/Interruption.h"
 #include "platform/schedule/QtRealtimeKit.h"
 #include "platform/schedule/QtScheduler.h"
 

@@ -1,127 +1,25 @@
 #include "app/cli/RenderCommand.h"
 
-#include "app/cli/Interruption.h"
-#include "app/cli/PlaybackSession.h"
 #include "app/cli/ProgressLine.h"
-#include "app/cli/WavWriter.h"
-#include "platform/audio/Limiter.h"
-#include "platform/audio/OfflineOutput.h"
-#include "platform/audio/PlaybackGraph.h"
+#include "app/export/Rendering.h"
 #include "platform/media/MediaModule.h"
-#include "platform/schedule/VirtualScheduler.h"
-
-#include <algorithm>
-#include <array>
-#include <system_error>
-#include <vector>
+#include "platform/process/Interruption.h"
 
 namespace quillet {
-namespace {
 
-/// Frames between two looks at the clock.
-constexpr std::int64_t blockFrames = 64;
-constexpr std::size_t samplesPerWrite = 1 << 16;
-
-using Outcome = std::expected<int, std::string>;
-
-/// Pulls sound and hands it on in larger pieces, without the delay that it comes with.
-class SoundToFile {
-public:
-    SoundToFile(OfflineOutput& output, WavWriter& writer)
-        : m_output(output),
-          m_writer(writer)
-    {
-        m_pending.reserve(samplesPerWrite);
-    }
-
-    [[nodiscard]] std::int64_t framesPulled() const { return m_pulled; }
-
-    [[nodiscard]] std::expected<void, WriteError> writeBlock(std::int64_t frames = blockFrames)
-    {
-        std::array<float, 2 * blockFrames> block;
-        const auto pulled = std::span(block).first(static_cast<std::size_t>(2 * frames));
-        m_output.pull(pulled);
-        m_pulled += frames;
-        const std::int64_t kept = std::clamp<std::int64_t>(m_pulled - Limiter::delayFrames, 0, frames);
-        const auto sound = pulled.last(static_cast<std::size_t>(2 * kept));
-        m_pending.insert(m_pending.end(), sound.begin(), sound.end());
-        return m_pending.size() < samplesPerWrite ? std::expected<void, WriteError>() : flush();
-    }
-
-    /// Writes what is still on its way, so that the file ends with the first `frames` frames that were pulled.
-    [[nodiscard]] std::expected<void, WriteError> finish(std::int64_t frames)
-    {
-        const std::int64_t missing = frames + Limiter::delayFrames - m_pulled;
-        for (std::int64_t left = missing; left > 0; left -= blockFrames)
-            if (auto written = writeBlock(std::min(left, blockFrames)); !written)
-                return written;
-        const std::size_t surplus =
-            std::min(m_pending.size(), static_cast<std::size_t>(2 * std::max<std::int64_t>(0, -missing)));
-        return m_writer.write(std::span(m_pending).first(m_pending.size() - surplus));
-    }
-
-private:
-    [[nodiscard]] std::expected<void, WriteError> flush()
-    {
-        // The newest frames stay: the sound may prove to have ended before them.
-        const std::size_t kept = std::min(m_pending.size(), static_cast<std::size_t>(2 * blockFrames));
-        auto written = m_writer.write(std::span(m_pending).first(m_pending.size() - kept));
-        m_pending.erase(m_pending.begin(), m_pending.end() - static_cast<std::ptrdiff_t>(kept));
-        return written;
-    }
-
-    OfflineOutput& m_output;
-    WavWriter& m_writer;
-    std::int64_t m_pulled = 0;
-    std::vector<float> m_pending;
-};
-
-bool isSameFile(const FilePath& one, const FilePath& other)
+std::expected<int, std::string> renderFile(const RenderOptions& options)
 {
-    std::error_code none;
-    return std::filesystem::equivalent(one, other, none);
-}
-
-}  // namespace
-
-Outcome renderFile(const RenderOptions& options)
-{
-    if (isSameFile(options.playback.input, options.output))
-        return std::unexpected("“" + displayText(options.output) + "” is the song itself; choose another name for the output.");
     MediaModule media;
-    VirtualScheduler scheduler;
-    OfflineOutput output;
-    PlaybackGraph graph(output, scheduler);
-    PlaybackSession session(graph, media.audioFiles(), scheduler);
-    if (auto opened = session.open(options.playback); !opened)
-        return std::unexpected(opened.error());
-    const int sampleRate = session.file().sampleRate();
-    auto writer = WavWriter::create(options.output, sampleRate);
-    if (!writer)
-        return std::unexpected(describe(writer.error()));
-
     const Interruption interruption;
-    ProgressLine progress;
-    SoundToFile sound(output, **writer);
-    const double blockSeconds = static_cast<double>(blockFrames) / sampleRate;
-    const double totalSeconds = session.playingSeconds();
-    bool finished = false;
-    session.start([&finished] { finished = true; });
-    for (double time = 0; !finished; time += blockSeconds) {
-        if (interruption.requested())
-            return Interruption::exitStatus;
-        if (auto written = sound.writeBlock(); !written)
-            return std::unexpected(describe(written.error()));
-        scheduler.advance(blockSeconds);
-        progress.show("Rendering… " + std::to_string(std::clamp(static_cast<int>(100 * time / totalSeconds), 0, 100)) + "%");
-    }
-    if (auto written = sound.finish(sound.framesPulled() - graph.framesSinceEnd()); !written)
-        return std::unexpected(describe(written.error()));
-    if (session.file().readErrors() > 0)
-        return std::unexpected(describe(AudioFileError::unreadable, options.playback.input));
-    if (auto named = (*writer)->finish(); !named)
-        return std::unexpected(describe(named.error()));
-    return 0;
+    ProgressLine line;
+    const RenderHandlers handlers{
+        [&line](double fraction) { line.show("Rendering… " + std::to_string(static_cast<int>(100 * fraction)) + "%"); },
+        [&interruption] { return interruption.requested(); },
+    };
+    const auto end = renderToFile(options, media.audioFiles(), handlers);
+    if (!end)
+        return std::unexpected(end.error());
+    return *end == RenderEnd::cancelled ? Interruption::exitStatus : 0;
 }
 
 }  // namespace quillet

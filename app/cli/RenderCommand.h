@@ -2,7 +2,7 @@
 // Threads: main thread; returns when it is done.
 #pragma once
 
-#include "app/cli/PlaybackOptions.h"
+#include "app/export/PlaybackOptions.h"
 
 #include <expected>
 #include <string>

@@ -1,7 +1,7 @@
 #include "app/cli/WaveformCommand.h"
 
-#include "app/cli/OutputFile.h"
 #include "app/cli/ProgressLine.h"
+#include "app/export/OutputFile.h"
 #include "app/ui/AppTheme.h"
 #include "app/waveform/WaveformGenerator.h"
 #include "app/waveform/WaveformPainter.h"

@@ -1,28 +1,64 @@
 #include "app/core/AppState.h"
 
+#include "AppCore/PitchInputParser.h"
+#include "AppCore/SpeedInputParser.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace quillet {
 
 AppState::AppState(Scheduler& scheduler, SettingsStore& settingsStore, AudioEngine& engine)
-    : m_scheduler(scheduler),
-      m_settingsStore(settingsStore),
-      m_engine(engine)
+    : m_engine(engine),
+      m_saver(scheduler, settingsStore, *this)
 {
 }
 
-/// Stores the value and tells of it; both only if it differs, which is the answer.
-template <typename T> bool AppState::assign(T& field, T value, ChangeSignal changed)
+template <typename T, typename TellEngine>
+void AppState::edit(T& field, T value, ChangeSignal changed, const TellEngine& tellEngine)
 {
-    if (field == value)
-        return false;
-    field = std::move(value);
-    Q_EMIT(this->*changed)();
-    return true;
+    if (assign(field, std::move(value), changed))
+        tellEngine();
+    settingsDidChange();
 }
 
-// ---- Fields ----
+// ---- The open file ----
+
+void AppState::beginOpening(FilePath url)
+{
+    saveSettingsNow();
+    exitStemMode();
+    setOfferedSettings(std::nullopt);
+    setAudioFileURL(std::move(url));
+    setLoadingState(LoadingState::loading(""));
+    // Nothing of the file before can be played under the new name.
+    m_transport.stop();
+    m_engine.setAudioFile(nullptr);
+}
+
+void AppState::finishOpening(OpenedFile file)
+{
+    const double duration = static_cast<double>(file.audio->length()) / file.audio->sampleRate();
+    m_engine.setAudioFile(std::move(file.audio));
+    setAudioDuration(duration);
+    resetToDefaults(duration);
+    if (file.settings)
+        applySettings(*file.settings);
+    if (!file.stemFiles.empty())
+        enterStemMode(std::move(file.stems), std::move(file.stemFiles));
+    setWaveformSamples(std::move(file.peaks));
+    setLoadingState(LoadingState::loaded());
+    if (file.offeredSettings) {
+        m_saver.keepAside(*file.offeredSettings);
+        setOfferedSettings(std::move(file.offeredSettings));
+    }
+}
+
+void AppState::failOpening()
+{
+    setLoadingState(LoadingState::idle());
+    setAudioFileURL(std::nullopt);
+}
 
 void AppState::setLoadingState(LoadingState loadingState)
 {
@@ -44,95 +80,119 @@ void AppState::setWaveformSamples(std::vector<float> samples)
     assign(m_waveformSamples, std::move(samples), &AppState::waveformSamplesChanged);
 }
 
-void AppState::setRegionStart(double seconds)
-{
-    if (assign(m_regionStart, seconds, &AppState::regionStartChanged))
-        m_engine.nextSegmentDidChange();
-}
-
-void AppState::setRegionEnd(double seconds)
-{
-    if (assign(m_regionEnd, seconds, &AppState::regionEndChanged))
-        m_engine.nextSegmentDidChange();
-}
-
-void AppState::setIsPlaying(bool isPlaying) { assign(m_isPlaying, isPlaying, &AppState::isPlayingChanged); }
-
-void AppState::setPlaybackPosition(double seconds) { assign(m_playbackPosition, seconds, &AppState::playbackPositionChanged); }
-
-void AppState::setZoomLevel(double zoomLevel) { assign(m_zoomLevel, zoomLevel, &AppState::zoomLevelChanged); }
-
-void AppState::setPanOffset(double panOffset) { assign(m_panOffset, panOffset, &AppState::panOffsetChanged); }
-
-void AppState::setSpeed(double speedPercent)
-{
-    assign(m_speed, speedPercent, &AppState::speedChanged);
-    settingsDidChange();
-}
-
-void AppState::setSpeedStep(double stepPercent)
-{
-    assign(m_speedStep, stepPercent, &AppState::speedStepChanged);
-    settingsDidChange();
-}
-
-void AppState::setPitch(double pitchCents)
-{
-    assign(m_pitch, pitchCents, &AppState::pitchChanged);
-    settingsDidChange();
-}
-
-void AppState::setEqEnabled(bool enabled)
-{
-    assign(m_eqEnabled, enabled, &AppState::eqEnabledChanged);
-    settingsDidChange();
-}
-
-void AppState::setEqGains(std::vector<double> gainsDb)
-{
-    assign(m_eqGains, std::move(gainsDb), &AppState::eqGainsChanged);
-    settingsDidChange();
-}
-
-void AppState::setLoopEnabled(bool enabled)
-{
-    if (assign(m_loopEnabled, enabled, &AppState::loopEnabledChanged))
-        m_engine.nextSegmentDidChange();
-    settingsDidChange();
-}
-
-void AppState::setLoopDelaySeconds(std::int64_t seconds)
-{
-    if (assign(m_loopDelaySeconds, seconds, &AppState::loopDelaySecondsChanged))
-        m_engine.nextSegmentDidChange();
-    settingsDidChange();
-}
-
-void AppState::setLoopDelayMilliseconds(std::int64_t milliseconds)
-{
-    if (assign(m_loopDelayMilliseconds, milliseconds, &AppState::loopDelayMillisecondsChanged))
-        m_engine.nextSegmentDidChange();
-    settingsDidChange();
-}
-
-void AppState::setHoldEnabled(bool enabled)
-{
-    if (assign(m_holdEnabled, enabled, &AppState::holdEnabledChanged))
-        m_engine.nextSegmentDidChange();
-}
-
-void AppState::setHoldPosition(double seconds)
-{
-    if (assign(m_holdPosition, seconds, &AppState::holdPositionChanged))
-        m_engine.nextSegmentDidChange();
-}
-
 void AppState::setRecentFiles(std::vector<FilePath> files)
 {
     assign(m_recentFiles, std::move(files), &AppState::recentFilesChanged);
 }
 
 void AppState::setIsShowingHelp(bool isShowing) { assign(m_isShowingHelp, isShowing, &AppState::isShowingHelpChanged); }
+
+// ---- Edits ----
+
+void AppState::setRegion(TimeRange region)
+{
+    edit(m_region, region, &AppState::regionChanged, [this] { tellWhatFollows(); });
+}
+
+void AppState::setSpeed(double speedPercent)
+{
+    edit(m_speed, speedPercent, &AppState::speedChanged, [this] { m_engine.timePitch().setRate(m_speed / 100); });
+}
+
+void AppState::adjustSpeed(double byPercent)
+{
+    setSpeed(std::clamp(m_speed + byPercent, SpeedInputParser::min, SpeedInputParser::max));
+}
+
+void AppState::setSpeedStep(double stepPercent)
+{
+    edit(m_speedStep, stepPercent, &AppState::speedStepChanged, [] { });
+}
+
+void AppState::setPitch(double pitchCents)
+{
+    edit(m_pitch, pitchCents, &AppState::pitchChanged, [this] { m_engine.timePitch().setPitch(m_pitch); });
+}
+
+void AppState::adjustPitch(double byCents)
+{
+    setPitch(std::clamp(m_pitch + byCents, PitchInputParser::min, PitchInputParser::max));
+}
+
+void AppState::setEqEnabled(bool enabled)
+{
+    edit(m_eqEnabled, enabled, &AppState::eqEnabledChanged, [this] { m_engine.eq().setBypass(!m_eqEnabled); });
+}
+
+void AppState::setEqGains(std::vector<double> gainsDb)
+{
+    edit(m_eqGains, std::move(gainsDb), &AppState::eqGainsChanged, [this] {
+        for (std::size_t band = 0; band < m_eqGains.size(); ++band)
+            m_engine.setEQGain(m_eqGains[band], static_cast<int>(band));
+    });
+}
+
+void AppState::setEqGain(std::size_t band, double gainDb)
+{
+    auto gains = m_eqGains;
+    gains.at(band) = gainDb;
+    setEqGains(std::move(gains));
+}
+
+void AppState::setLoopEnabled(bool enabled)
+{
+    edit(m_loopEnabled, enabled, &AppState::loopEnabledChanged, [this] { tellWhatFollows(); });
+}
+
+void AppState::setLoopDelaySeconds(std::int64_t seconds)
+{
+    edit(m_loopDelaySeconds, seconds, &AppState::loopDelaySecondsChanged, [this] { tellWhatFollows(); });
+}
+
+void AppState::setLoopDelayMilliseconds(std::int64_t milliseconds)
+{
+    edit(m_loopDelayMilliseconds, milliseconds, &AppState::loopDelayMillisecondsChanged, [this] { tellWhatFollows(); });
+}
+
+void AppState::setZoomLevel(double zoomLevel) { assign(m_zoomLevel, zoomLevel, &AppState::zoomLevelChanged); }
+
+void AppState::setPanOffset(double panOffset) { assign(m_panOffset, panOffset, &AppState::panOffsetChanged); }
+
+// ---- Transport ----
+
+void AppState::setIsPlaying(bool isPlaying) { assign(m_isPlaying, isPlaying, &AppState::isPlayingChanged); }
+
+void AppState::setPlaybackPosition(double seconds) { assign(m_playbackPosition, seconds, &AppState::playbackPositionChanged); }
+
+void AppState::setHoldEnabled(bool enabled)
+{
+    if (assign(m_holdEnabled, enabled, &AppState::holdEnabledChanged))
+        tellWhatFollows();
+}
+
+void AppState::setHoldPosition(double seconds)
+{
+    if (assign(m_holdPosition, seconds, &AppState::holdPositionChanged))
+        tellWhatFollows();
+}
+
+// ---- Stems ----
+
+void AppState::enterStemMode(StemSession session, std::vector<StemFile> files)
+{
+    m_transport.stopReset();
+    m_engine.enterStemMode(std::move(files));
+    setStemSession(std::move(session));
+}
+
+void AppState::exitStemMode()
+{
+    if (!m_engine.isInStemMode())
+        return;
+    m_transport.stopReset();
+    m_engine.exitStemMode();
+    setStemSession(std::nullopt);
+}
 
 void AppState::setStemSession(std::optional<StemSession> session)
 {
@@ -141,16 +201,9 @@ void AppState::setStemSession(std::optional<StemSession> session)
 
 // ---- Settings ----
 
-FileSettings AppState::currentSettings() const
-{
-    return { m_regionStart, m_regionEnd, m_speed,       m_speedStep,        m_pitch,
-             m_eqEnabled,   m_eqGains,   m_loopEnabled, m_loopDelaySeconds, m_loopDelayMilliseconds };
-}
-
 void AppState::applySettings(const FileSettings& settings)
 {
-    setRegionStart(settings.regionStart);
-    setRegionEnd(settings.regionEnd);
+    setRegion({ settings.regionStart, settings.regionEnd });
     setSpeed(settings.speed);
     setSpeedStep(settings.speedStep);
     setPitch(settings.pitch);
@@ -163,7 +216,7 @@ void AppState::applySettings(const FileSettings& settings)
 
 void AppState::resetToDefaults(double durationSeconds)
 {
-    m_settingsURL = m_audioFileURL;
+    m_saver.adoptFile();
     FileSettings defaults;
     defaults.regionEnd = durationSeconds;
     applySettings(defaults);
@@ -178,71 +231,30 @@ void AppState::resetToDefaults(double durationSeconds)
 
 void AppState::settingsDidChange()
 {
-    const bool belongToAnother = m_loadingState.stage == LoadingState::Stage::loading && m_settingsURL != m_audioFileURL;
-    if (!m_audioFileURL || belongToAnother)
+    setOfferedSettings(std::nullopt);
+    m_saver.saveSoon();
+}
+
+void AppState::restoreOfferedSettings()
+{
+    if (!m_offeredSettings)
         return;
-    m_settingsSaveTask = m_scheduler.after(settingsSaveDelaySeconds,
-                                           [this, url = *m_audioFileURL] { m_settingsStore.save(currentSettings(), url); });
+    applySettings(FileSettings(*m_offeredSettings));
+    m_saver.forgetAside();
+    restartRegion();
 }
 
-void AppState::saveSettingsNow()
+void AppState::dismissOfferedSettings()
 {
-    if (m_audioFileURL && m_loadingState.stage == LoadingState::Stage::loaded)
-        m_settingsStore.save(currentSettings(), *m_audioFileURL);
-}
-
-// ---- Transport ----
-
-void AppState::togglePlayPause()
-{
-    if (m_isPlaying) {
-        m_engine.pause();
-        setIsPlaying(false);
+    if (!m_offeredSettings)
         return;
-    }
-    if (m_holdEnabled) {
-        m_engine.play(m_holdPosition, m_holdPosition + holdWindowSize);
-    } else {
-        if (!(m_regionStart < m_regionEnd))
-            return;
-        setPlaybackPosition(m_regionStart);
-        m_engine.play(m_regionStart, m_regionEnd);
-    }
-    setIsPlaying(true);
+    setOfferedSettings(std::nullopt);
+    m_saver.forgetAside();
 }
 
-void AppState::toggleHold()
+void AppState::setOfferedSettings(std::optional<FileSettings> settings)
 {
-    if (m_holdEnabled) {
-        assign(m_holdEnabled, false, &AppState::holdEnabledChanged);
-        m_engine.stop();
-        setIsPlaying(false);
-        setPlaybackPosition(m_regionStart);
-        return;
-    }
-    assign(m_holdEnabled, true, &AppState::holdEnabledChanged);
-    const double anchor = m_isPlaying ? m_playbackPosition : m_regionStart;
-    holdAt(std::max(0.0, std::min(m_audioDuration - holdWindowSize, anchor)));
-    setIsPlaying(true);
-}
-
-void AppState::stepHoldForward()
-{
-    if (m_holdEnabled)
-        holdAt(std::min(std::max(0.0, m_audioDuration - holdWindowSize), m_holdPosition + holdStepSize));
-}
-
-void AppState::stepHoldBackward()
-{
-    if (m_holdEnabled)
-        holdAt(std::max(0.0, m_holdPosition - holdStepSize));
-}
-
-// Stores without the setter's word to the engine: the engine takes all of it from the `play` that follows.
-void AppState::holdAt(double seconds)
-{
-    assign(m_holdPosition, seconds, &AppState::holdPositionChanged);
-    m_engine.play(m_holdPosition, m_holdPosition + holdWindowSize);
+    assign(m_offeredSettings, std::move(settings), &AppState::offeredSettingsChanged);
 }
 
 }  // namespace quillet

@@ -1,180 +1,139 @@
-// Everything the user sees and edits about the open file, and the operations on it that menus, keys and controls share. Each
-// field has a signal that tells of its change. Values are taken as they are: limits are the business of the controls. It
-// opens no file, and it tells the engine of values only where what follows without a gap depends on them; speed, pitch
-// and equaliser are pushed by whoever sets them.
+// What everyone reads and edits: views, keys, menus, the loader, the command line. Every edit takes one road, here: the value
+// and its signal, then the engine, then the saving a moment later. Values are taken as they are, except where a function says
+// that it keeps to the limits. It opens no file and shows nothing.
 // Threads: main thread.
 #pragma once
 
-#include "AppCore/FileSettings.h"
 #include "AppCore/SettingsStore.h"
-#include "AppCore/StemSession.h"
-#include "app/core/LoadingState.h"
+#include "app/core/AppValues.h"
+#include "app/core/SettingsSaver.h"
+#include "app/core/Transport.h"
 #include "app/playback/AudioEngine.h"
-#include "app/playback/PlaybackState.h"
-#include "platform/base/FilePath.h"
 #include "platform/schedule/Scheduler.h"
 
-#include <QObject>
-
-#include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
 namespace quillet {
 
-class AppState final : public QObject, public PlaybackState {
+class AppState final : public AppValues {
     Q_OBJECT
 
 public:
-    static constexpr double holdWindowSize = holdWindowSeconds;
-    /// How far one step moves the held window, seconds.
-    static constexpr double holdStepSize = 0.08;
-    static constexpr double settingsSaveDelaySeconds = 0.3;
+    static constexpr double settingsSaveDelaySeconds = SettingsSaver::delaySeconds;
 
-    /// All three outlive the state. Lives in a shared_ptr, which the engine holds weakly.
+    /// A file that has been read, with all that belongs to it.
+    struct OpenedFile {
+        std::shared_ptr<AudioFile> audio;
+        std::vector<float> peaks;
+        /// What it starts with; nothing: the defaults.
+        std::optional<FileSettings> settings = std::nullopt;
+        /// What the user is offered in their place.
+        std::optional<FileSettings> offeredSettings = std::nullopt;
+        /// Empty where the file has no stems.
+        StemSession stems = {};
+        std::vector<StemFile> stemFiles = {};
+    };
+
+    /// All outlive the state. It lives in a shared_ptr, which the engine holds weakly.
     AppState(Scheduler& scheduler, SettingsStore& settingsStore, AudioEngine& engine);
 
-    [[nodiscard]] const LoadingState& loadingState() const { return m_loadingState; }
-    void setLoadingState(LoadingState loadingState);
-    [[nodiscard]] const std::optional<FilePath>& audioFileURL() const { return m_audioFileURL; }
-    void setAudioFileURL(std::optional<FilePath> url);
-    /// Seconds.
-    [[nodiscard]] double audioDuration() const { return m_audioDuration; }
-    void setAudioDuration(double durationSeconds);
-    /// Peaks for drawing, 0 to 1.
-    [[nodiscard]] const std::vector<float>& waveformSamples() const { return m_waveformSamples; }
-    void setWaveformSamples(std::vector<float> samples);
+    // ---- The open file ----
 
-    /// The selected region, seconds. Setting it saves nothing: whoever edits it calls `settingsDidChange` afterwards.
-    [[nodiscard]] double regionStart() const override { return m_regionStart; }
-    void setRegionStart(double seconds);
-    [[nodiscard]] double regionEnd() const override { return m_regionEnd; }
-    void setRegionEnd(double seconds);
-    [[nodiscard]] bool isPlaying() const { return m_isPlaying; }
-    void setIsPlaying(bool isPlaying) override;
-    /// The play head, seconds of file time.
-    [[nodiscard]] double playbackPosition() const { return m_playbackPosition; }
-    void setPlaybackPosition(double seconds) override;
-    [[nodiscard]] double zoomLevel() const { return m_zoomLevel; }
+    /// Makes way for `url`, which is being read from now on: saves the settings of the file before and ends its sound.
+    void beginOpening(FilePath url);
+    /// The file that was made way for is there.
+    void finishOpening(OpenedFile file);
+    /// It cannot be opened: none is open.
+    void failOpening();
+
+    void setLoadingState(LoadingState loadingState);
+    void setAudioFileURL(std::optional<FilePath> url);
+    void setAudioDuration(double durationSeconds);
+    void setWaveformSamples(std::vector<float> samples);
+    void setRecentFiles(std::vector<FilePath> files);
+    void setIsShowingHelp(bool isShowing);
+
+    // ---- Edits ----
+
+    /// Sets both ends in one step. What plays goes on, and what follows it is the new region; `restartRegion` ends an edit.
+    void setRegion(TimeRange region);
+    /// Plays the region from its start, if a region plays.
+    void restartRegion() { m_transport.restartRegion(); }
+
+    void setSpeed(double speedPercent);
+    /// Within the limits.
+    void adjustSpeed(double byPercent);
+    void setSpeedStep(double stepPercent);
+    void setPitch(double pitchCents);
+    /// Within the limits.
+    void adjustPitch(double byCents);
+    void setEqEnabled(bool enabled);
+    void setEqGains(std::vector<double> gainsDb);
+    void setEqGain(std::size_t band, double gainDb);
+    void setLoopEnabled(bool enabled);
+    void toggleLoop() { setLoopEnabled(!loopEnabled()); }
+    void setLoopDelaySeconds(std::int64_t seconds);
+    void setLoopDelayMilliseconds(std::int64_t milliseconds);
     void setZoomLevel(double zoomLevel);
-    [[nodiscard]] double panOffset() const { return m_panOffset; }
     void setPanOffset(double panOffset);
 
-    // Setting any of the following eight saves the settings a moment later.
+    // ---- Transport ----
 
-    /// Percent, 100 is normal.
-    [[nodiscard]] double speed() const { return m_speed; }
-    void setSpeed(double speedPercent);
-    [[nodiscard]] double speedStep() const { return m_speedStep; }
-    void setSpeedStep(double stepPercent);
-    [[nodiscard]] double pitch() const { return m_pitch; }
-    void setPitch(double pitchCents);
-    [[nodiscard]] bool eqEnabled() const { return m_eqEnabled; }
-    void setEqEnabled(bool enabled);
-    /// dB, the lowest band first.
-    [[nodiscard]] const std::vector<double>& eqGains() const { return m_eqGains; }
-    void setEqGains(std::vector<double> gainsDb);
-    [[nodiscard]] bool loopEnabled() const override { return m_loopEnabled; }
-    void setLoopEnabled(bool enabled);
-    [[nodiscard]] std::int64_t loopDelaySeconds() const override { return m_loopDelaySeconds; }
-    void setLoopDelaySeconds(std::int64_t seconds);
-    [[nodiscard]] std::int64_t loopDelayMilliseconds() const override { return m_loopDelayMilliseconds; }
-    void setLoopDelayMilliseconds(std::int64_t milliseconds);
-
-    [[nodiscard]] bool holdEnabled() const override { return m_holdEnabled; }
+    /// Always starts at the region's start, or the held window's; a region without sound in it does not play.
+    void togglePlayPause() { m_transport.togglePlayPause(); }
+    void stopReset() { m_transport.stopReset(); }
+    /// Holds the play head's place (the region's start when nothing plays), or lets go and stops.
+    void toggleHold() { m_transport.toggleHold(); }
+    /// Moves the held window within the file and sounds it; does nothing outside hold.
+    void stepHoldForward() { m_transport.stepHoldForward(); }
+    void stepHoldBackward() { m_transport.stepHoldBackward(); }
     void setHoldEnabled(bool enabled);
-    /// Start of the held window, seconds.
-    [[nodiscard]] double holdPosition() const override { return m_holdPosition; }
     void setHoldPosition(double seconds);
-    /// The most recent first.
-    [[nodiscard]] const std::vector<FilePath>& recentFiles() const { return m_recentFiles; }
-    void setRecentFiles(std::vector<FilePath> files);
-    [[nodiscard]] bool isShowingHelp() const { return m_isShowingHelp; }
-    void setIsShowingHelp(bool isShowing);
-    [[nodiscard]] const std::optional<StemSession>& stemSession() const { return m_stemSession; }
+    /// From the next start on, a loop or a hold ends after so many passes; nothing: it does not end by itself.
+    void setPassLimit(std::optional<std::int64_t> passes) { m_engine.setPassLimit(passes); }
+    /// Whether voices keep their character when they are transposed. Not a setting of the file.
+    void setKeepsFormants(bool keeps) { m_engine.timePitch().setKeepsFormants(keeps); }
+
+    // The engine reports by these; they start and stop nothing.
+
+    void setIsPlaying(bool isPlaying) override;
+    void setPlaybackPosition(double seconds) override;
+    void playbackDidEnd() override { Q_EMIT playbackEnded(); }
+
+    // ---- Stems ----
+
+    /// Stops, and plays the stems instead of the file from then on.
+    void enterStemMode(StemSession session, std::vector<StemFile> files);
+    /// Stops, and plays the file again.
+    void exitStemMode();
     void setStemSession(std::optional<StemSession> session);
 
-    /// The ten fields that are kept for each file.
-    [[nodiscard]] FileSettings currentSettings() const;
+    // ---- Settings ----
+
     void applySettings(const FileSettings& settings);
-    /// What a file of this length (seconds) starts with; transport stopped, hold off, no stems. The engine is not told.
+    /// What a file of this length (seconds) starts with; transport stopped, hold off, no stems.
     void resetToDefaults(double durationSeconds);
-    /// Saves the settings that are current `settingsSaveDelaySeconds` after the last call, for the file that is open now.
-    /// Does nothing without a file, nor while one is being opened whose settings these are not yet.
+    /// Saves the settings that are current a moment after the last call; the settings on offer are not wanted, then.
     void settingsDidChange();
     /// Saves them at once if a file is loaded.
-    void saveSettingsNow();
+    void saveSettingsNow() { m_saver.saveNow(); }
 
-    /// Always starts at the region's start, or the held window's; an empty region does not play.
-    void togglePlayPause();
-    /// Holds the play head's place (the region's start when nothing plays), or lets go and stops.
-    void toggleHold();
-    /// Moves the held window within the file and sounds it; does nothing outside hold.
-    void stepHoldForward();
-    void stepHoldBackward();
-
-Q_SIGNALS:
-    void loadingStateChanged();
-    void audioFileURLChanged();
-    void audioDurationChanged();
-    void waveformSamplesChanged();
-    void regionStartChanged();
-    void regionEndChanged();
-    void isPlayingChanged();
-    void playbackPositionChanged();
-    void zoomLevelChanged();
-    void panOffsetChanged();
-    void speedChanged();
-    void speedStepChanged();
-    void pitchChanged();
-    void eqEnabledChanged();
-    void eqGainsChanged();
-    void loopEnabledChanged();
-    void loopDelaySecondsChanged();
-    void loopDelayMillisecondsChanged();
-    void holdEnabledChanged();
-    void holdPositionChanged();
-    void recentFilesChanged();
-    void isShowingHelpChanged();
-    void stemSessionChanged();
+    /// Goes back to the settings on offer, if there are any.
+    void restoreOfferedSettings();
+    void dismissOfferedSettings();
 
 private:
-    using ChangeSignal = void (AppState::*)();
+    /// The road of an edit: `tellEngine` is called if the value differs, and it is saved in any case.
+    template <typename T, typename TellEngine> void edit(T& field, T value, ChangeSignal changed, const TellEngine& tellEngine);
+    /// Of what follows without a gap.
+    void tellWhatFollows() { m_engine.nextSegmentDidChange(); }
+    void setOfferedSettings(std::optional<FileSettings> settings);
 
-    template <typename T> bool assign(T& field, T value, ChangeSignal changed);
-    void holdAt(double seconds);
-
-    Scheduler& m_scheduler;
-    SettingsStore& m_settingsStore;
     AudioEngine& m_engine;
-
-    LoadingState m_loadingState;
-    std::optional<FilePath> m_audioFileURL;
-    double m_audioDuration = 0;
-    std::vector<float> m_waveformSamples;
-    double m_regionStart = 0;
-    double m_regionEnd = 0;
-    bool m_isPlaying = false;
-    double m_playbackPosition = 0;
-    double m_zoomLevel = 1;
-    double m_panOffset = 0;
-    double m_speed = 100;
-    double m_speedStep = 5;
-    double m_pitch = 0;
-    bool m_eqEnabled = false;
-    std::vector<double> m_eqGains = std::vector<double>(EqualizerNode::bandCount, 0.0);
-    // Looping is what a practice tool is for, so it is on from the start.
-    bool m_loopEnabled = true;
-    std::int64_t m_loopDelaySeconds = 0;
-    std::int64_t m_loopDelayMilliseconds = 0;
-    bool m_holdEnabled = false;
-    double m_holdPosition = 0;
-    std::vector<FilePath> m_recentFiles;
-    bool m_isShowingHelp = false;
-    std::optional<StemSession> m_stemSession;
-    ScheduledTask m_settingsSaveTask;
-    /// The file that was last reset for: while another one is being opened, the settings are still its.
-    std::optional<FilePath> m_settingsURL;
+    Transport m_transport{ *this, m_engine };
+    SettingsSaver m_saver;
 };
 
 }  // namespace quillet

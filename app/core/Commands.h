@@ -1,8 +1,9 @@
-// The commands of the menus: what each posts, what it is called, its shortcut and its menu; and the names of the notifications.
-// Menus, toolbar and window read this table; none has a copy of a name.
-// Threads: constants.
+// The commands of the program: what each posts, what it is called, its shortcut, its key's place on the keyboard, and its menu.
+// Menus, toolbar, key filter and window read this table; none has a copy of a name or a key.
+// Threads: constants; functions on the main thread.
 #pragma once
 
+#include <QString>
 #include <QtCore/qnamespace.h>
 
 #include <array>
@@ -10,47 +11,141 @@
 
 namespace quillet {
 
-inline constexpr std::string_view openFileName = "QLT.openFile";
-inline constexpr std::string_view openFromURLName = "QLT.openFromURL";
-/// With the file as its object.
-inline constexpr std::string_view openRecentName = "QLT.openRecent";
-inline constexpr std::string_view clearRecentsName = "QLT.clearRecents";
-inline constexpr std::string_view stopResetName = "QLT.stopReset";
-inline constexpr std::string_view toggleLoopName = "QLT.toggleLoop";
-inline constexpr std::string_view toggleHoldName = "QLT.toggleHold";
-inline constexpr std::string_view holdForwardName = "QLT.holdForward";
-inline constexpr std::string_view holdBackwardName = "QLT.holdBackward";
-inline constexpr std::string_view decreaseSpeedName = "QLT.decreaseSpeed";
-inline constexpr std::string_view increaseSpeedName = "QLT.increaseSpeed";
-inline constexpr std::string_view pitchUpName = "QLT.pitchUp";
-inline constexpr std::string_view pitchDownName = "QLT.pitchDown";
-inline constexpr std::string_view showHelpName = "QLT.showHelp";
+enum class CommandId {
+    openFile,
+    openFromURL,
+    /// With the file as its object.
+    openRecent,
+    clearRecents,
+    playPause,
+    stopReset,
+    toggleLoop,
+    toggleHold,
+    holdForward,
+    holdBackward,
+    decreaseSpeed,
+    increaseSpeed,
+    pitchUp,
+    pitchDown,
+    showHelp,
+};
+
+/// A key by its place on the keyboard, so that it stays where it is on every layout; by its name where an event carries no
+/// place.
+struct PhysicalKey {
+    /// As X11 and Wayland number the places; 0: no key.
+    quint32 scanCode = 0;
+    Qt::Key key = Qt::Key_unknown;
+};
+
+/// When a command's physical key acts.
+enum class KeyUse {
+    never,
+    /// With the platform's command key (Ctrl), whatever else is held, and wherever the focus is.
+    withCommandKey,
+    /// Without Ctrl, Alt and Meta, unless a text is being edited.
+    plain,
+    /// The same, without Shift and while an instant is held.
+    plainWhileHeld,
+    /// Where the player has the focus.
+    inPlayer,
+};
 
 struct Command {
+    CommandId id;
+    /// Of the notification that it posts.
     std::string_view name;
-    /// UTF-8, as the menu shows it.
-    const char* title;
+    /// English, for translation; null for what is in no menu of its own.
+    const char* title = nullptr;
+    const char* menu = nullptr;
     /// Qt's modifiers and key; 0 for none. Ctrl is the platform's command key.
-    int shortcut;
-    const char* menu;
+    int shortcut = 0;
+    PhysicalKey key = {};
+    KeyUse use = KeyUse::never;
 };
 
 constexpr int withCommandKey(Qt::Key key) { return static_cast<int>(Qt::ControlModifier) | static_cast<int>(key); }
 
 /// In the order of the menus. The hold commands name their keys, which are plain keys and no shortcuts.
-inline constexpr std::array menuCommands{
-    Command{ openFileName, "Open File...", withCommandKey(Qt::Key_O), "File" },
-    Command{ openFromURLName, "Open from URL...", withCommandKey(Qt::Key_O) | static_cast<int>(Qt::ShiftModifier), "File" },
-    Command{ stopResetName, "Stop and Reset", withCommandKey(Qt::Key_R), "Playback" },
-    Command{ toggleLoopName, "Toggle Loop", withCommandKey(Qt::Key_L), "Playback" },
-    Command{ toggleHoldName, "Toggle Hold [H]", 0, "Playback" },
-    Command{ holdForwardName, "Hold Step Forward [→]", 0, "Playback" },
-    Command{ holdBackwardName, "Hold Step Backward [←]", 0, "Playback" },
-    Command{ decreaseSpeedName, "Decrease Speed", withCommandKey(Qt::Key_Left), "Speed" },
-    Command{ increaseSpeedName, "Increase Speed", withCommandKey(Qt::Key_Right), "Speed" },
-    Command{ pitchUpName, "Pitch Up 1 Cent", withCommandKey(Qt::Key_Up), "Pitch" },
-    Command{ pitchDownName, "Pitch Down 1 Cent", withCommandKey(Qt::Key_Down), "Pitch" },
-    Command{ showHelpName, "Quillet Help", 0, "Help" },
+inline constexpr std::array commands{
+    Command{ CommandId::openFile, "QLT.openFile", QT_TRANSLATE_NOOP("Commands", "Open File..."),
+             QT_TRANSLATE_NOOP("Commands", "File"), withCommandKey(Qt::Key_O) },
+    Command{ CommandId::openFromURL, "QLT.openFromURL", QT_TRANSLATE_NOOP("Commands", "Open from URL..."), "File",
+             withCommandKey(Qt::Key_O) | static_cast<int>(Qt::ShiftModifier) },
+    Command{ CommandId::openRecent, "QLT.openRecent" },
+    Command{ CommandId::clearRecents, "QLT.clearRecents" },
+    Command{ CommandId::playPause, "QLT.playPause", nullptr, nullptr, 0, { 65, Qt::Key_Space }, KeyUse::inPlayer },
+    Command{ CommandId::stopReset,
+             "QLT.stopReset",
+             QT_TRANSLATE_NOOP("Commands", "Stop and Reset"),
+             QT_TRANSLATE_NOOP("Commands", "Playback"),
+             withCommandKey(Qt::Key_R),
+             { 27, Qt::Key_R },
+             KeyUse::withCommandKey },
+    Command{ CommandId::toggleLoop,
+             "QLT.toggleLoop",
+             QT_TRANSLATE_NOOP("Commands", "Toggle Loop"),
+             "Playback",
+             withCommandKey(Qt::Key_L),
+             { 46, Qt::Key_L },
+             KeyUse::withCommandKey },
+    Command{ CommandId::toggleHold,
+             "QLT.toggleHold",
+             QT_TRANSLATE_NOOP("Commands", "Toggle Hold [H]"),
+             "Playback",
+             0,
+             { 43, Qt::Key_H },
+             KeyUse::plain },
+    Command{ CommandId::holdForward,
+             "QLT.holdForward",
+             QT_TRANSLATE_NOOP("Commands", "Hold Step Forward [→]"),
+             "Playback",
+             0,
+             { 114, Qt::Key_Right },
+             KeyUse::plainWhileHeld },
+    Command{ CommandId::holdBackward,
+             "QLT.holdBackward",
+             QT_TRANSLATE_NOOP("Commands", "Hold Step Backward [←]"),
+             "Playback",
+             0,
+             { 113, Qt::Key_Left },
+             KeyUse::plainWhileHeld },
+    Command{ CommandId::decreaseSpeed,
+             "QLT.decreaseSpeed",
+             QT_TRANSLATE_NOOP("Commands", "Decrease Speed"),
+             QT_TRANSLATE_NOOP("Commands", "Speed"),
+             withCommandKey(Qt::Key_Left),
+             { 113, Qt::Key_Left },
+             KeyUse::withCommandKey },
+    Command{ CommandId::increaseSpeed,
+             "QLT.increaseSpeed",
+             QT_TRANSLATE_NOOP("Commands", "Increase Speed"),
+             "Speed",
+             withCommandKey(Qt::Key_Right),
+             { 114, Qt::Key_Right },
+             KeyUse::withCommandKey },
+    Command{ CommandId::pitchUp,
+             "QLT.pitchUp",
+             QT_TRANSLATE_NOOP("Commands", "Pitch Up 1 Cent"),
+             QT_TRANSLATE_NOOP("Commands", "Pitch"),
+             withCommandKey(Qt::Key_Up),
+             { 111, Qt::Key_Up },
+             KeyUse::withCommandKey },
+    Command{ CommandId::pitchDown,
+             "QLT.pitchDown",
+             QT_TRANSLATE_NOOP("Commands", "Pitch Down 1 Cent"),
+             "Pitch",
+             withCommandKey(Qt::Key_Down),
+             { 116, Qt::Key_Down },
+             KeyUse::withCommandKey },
+    Command{ CommandId::showHelp, "QLT.showHelp", QT_TRANSLATE_NOOP("Commands", "Quillet Help"),
+             QT_TRANSLATE_NOOP("Commands", "Help") },
 };
+
+/// The command's row of the table.
+[[nodiscard]] const Command& commandOf(CommandId id);
+
+/// `text` is a title or a menu of the table.
+[[nodiscard]] QString translated(const char* text);
 
 }  // namespace quillet

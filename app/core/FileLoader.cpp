@@ -4,6 +4,10 @@
 #include "AppCore/SpeedInputParser.h"
 #include "app/playback/StemFiles.h"
 #include "platform/files/FileExists.h"
+#include "platform/files/NormalPath.h"
+
+#include <QCoreApplication>
+#include <QString>
 
 #include <algorithm>
 #include <expected>
@@ -15,11 +19,15 @@ namespace quillet {
 namespace {
 
 /// 999 minutes and 59.999 seconds: what the fields for times can show.
-constexpr double longestSeconds = 59999.999;
+constexpr double maxSeconds = 59999.999;
 
-constexpr const char* unreadable = "Could not read audio file duration.";
-constexpr const char* tooLong = "File duration exceeds the maximum supported length (999:59.999).";
-constexpr const char* noWaveform = "Could not read the audio of the file. It may be damaged, or was changed while it was read.";
+constexpr const char* unreadable = QT_TRANSLATE_NOOP("FileLoader", "Could not read audio file duration.");
+constexpr const char* tooLong =
+    QT_TRANSLATE_NOOP("FileLoader", "File duration exceeds the maximum supported length (999:59.999).");
+constexpr const char* noWaveform = QT_TRANSLATE_NOOP(
+    "FileLoader", "Could not read the audio of the file. It may be damaged, or was changed while it was read.");
+
+QString tr(const char* text) { return QCoreApplication::translate("FileLoader", text); }
 
 double durationSeconds(const AudioFile& file) { return static_cast<double>(file.length()) / file.sampleRate(); }
 
@@ -29,7 +37,7 @@ FileSettings fitted(FileSettings settings, double duration)
 {
     settings.regionStart = std::max(settings.regionStart, 0.0);
     settings.regionEnd = settings.regionEnd > 0 ? std::min(settings.regionEnd, duration) : duration;
-    if (settings.regionStart >= duration || settings.regionEnd < settings.regionStart) {
+    if (settings.regionStart > duration || settings.regionEnd < settings.regionStart) {
         settings.regionStart = 0;
         settings.regionEnd = duration;
     }
@@ -53,14 +61,6 @@ struct FileLoader::Request {
     std::int64_t loadID;
 };
 
-struct FileLoader::LoadedFile {
-    std::shared_ptr<AudioFile> file;
-    std::vector<float> peaks;
-    StemSession stemSession;
-    /// Empty where there is nothing to restore.
-    std::vector<StemFile> stemFiles;
-};
-
 // ---- Background threads ----
 
 /// What is done for one request beside the main thread.
@@ -79,11 +79,11 @@ public:
     {
         auto loaded = load();
         if (!loaded) {
-            m_deliver([message = loaded.error()](FileLoader& loader) { loader.fail(message); });
+            m_deliver([message = tr(loaded.error()).toStdString()](FileLoader& loader) { loader.fail(message); });
             return;
         }
         // In a shared_ptr, since what can be posted can be copied.
-        m_deliver([request = m_request, file = std::make_shared<LoadedFile>(std::move(*loaded))](FileLoader& loader) {
+        m_deliver([request = m_request, file = std::make_shared<AppState::OpenedFile>(std::move(*loaded))](FileLoader& loader) {
             loader.finish(request, std::move(*file));
         });
     }
@@ -91,22 +91,23 @@ public:
 private:
     [[nodiscard]] bool isCurrent() const { return *m_currentLoadID == m_request.loadID; }
 
-    void show(std::string message) const
+    void show(const QString& message, std::optional<double> fraction = std::nullopt) const
     {
-        m_deliver([message = std::move(message)](FileLoader& loader) {
-            loader.m_services.state.setLoadingState(LoadingState::loading(message));
+        m_deliver([message = message.toStdString(), fraction](FileLoader& loader) {
+            loader.m_services.state.setLoadingState(LoadingState::loading(message, fraction));
         });
     }
 
-    /// What an outdated request answers does not matter: it is not delivered.
-    [[nodiscard]] std::expected<LoadedFile, std::string> load() const
+    /// The file, or the sentence that says why there is none. What an outdated request answers does not matter: it is not
+    /// delivered.
+    [[nodiscard]] std::expected<AppState::OpenedFile, const char*> load() const
     {
-        LoadedFile loaded;
+        AppState::OpenedFile loaded;
         auto file = m_services.opener.open(m_request.url);
         if (!file)
             return std::unexpected(unreadable);
-        loaded.file = std::move(*file);
-        if (durationSeconds(*loaded.file) > longestSeconds)
+        loaded.audio = std::move(*file);
+        if (durationSeconds(*loaded.audio) > maxSeconds)
             return std::unexpected(tooLong);
         auto peaks = isCurrent() ? findPeaks() : std::vector<float>{};
         if (!peaks)
@@ -120,15 +121,16 @@ private:
     [[nodiscard]] std::optional<std::vector<float>> findPeaks() const
     {
         if (auto cached = m_services.waveformCache.get(m_request.url)) {
-            show("Loading cached waveform...");
+            show(tr("Loading cached waveform..."));
             return cached;
         }
-        show("Generating waveform...");
-        auto computed = WaveformGenerator::extract(m_services.waveforms, m_request.url,
-                                                   [&, last = std::string()](double, const std::string& message) mutable {
-                                                       if (message != last)
-                                                           show(last = message);
-                                                   });
+        show(tr("Generating waveform..."));
+        const auto report = [this, last = -1](double fraction, const std::string&) mutable {
+            const int percent = static_cast<int>(fraction * 100);
+            if (std::exchange(last, percent) != percent)
+                show(tr("Generating waveform... %1%").arg(percent), fraction);
+        };
+        auto computed = WaveformGenerator::extract(m_services.waveforms, m_request.url, report);
         if (!computed)
             return std::nullopt;
         if (isCurrent())
@@ -136,14 +138,14 @@ private:
         return std::move(*computed);
     }
 
-    void openStems(LoadedFile& loaded) const
+    void openStems(AppState::OpenedFile& loaded) const
     {
         auto stems = m_services.stemSessions.load(m_request.url);
         if (!stems)
             return;
-        loaded.stemSession.stems = std::move(*stems);
-        if (loaded.stemSession.isRestorable(fileExists))
-            loaded.stemFiles = openStemFiles(m_services.opener, loaded.stemSession.stems);
+        loaded.stems.stems = std::move(*stems);
+        if (loaded.stems.isRestorable(fileExists))
+            loaded.stemFiles = openStemFiles(m_services.opener, loaded.stems.stems);
     }
 
     Services m_services;
@@ -165,21 +167,9 @@ FileLoader::~FileLoader() { ++*m_currentLoadID; }
 
 void FileLoader::loadFile(const FilePath& url, RestoreSettings restoreSettings)
 {
-    auto& [state, engine, scheduler, background, opener, waveforms, waveformCache, settings, stemSessions, recentFiles] =
-        m_services;
-    state.saveSettingsNow();
-    if (engine.isInStemMode()) {
-        engine.exitStemMode();
-        state.setStemSession(std::nullopt);
-    }
-    const Request request{ url, restoreSettings, ++*m_currentLoadID };
-    state.setAudioFileURL(url);
-    state.setLoadingState(LoadingState::loading(""));
-    // Nothing of the file before can be played under the new name.
-    engine.stop();
-    engine.setAudioFile(nullptr);
-    state.setIsPlaying(false);
-    background.run(Job(m_services, request, m_currentLoadID, delivery(request.loadID)));
+    const Request request{ normalPath(url), restoreSettings, ++*m_currentLoadID };
+    m_services.state.beginOpening(request.url);
+    m_services.background.run(Job(m_services, request, m_currentLoadID, delivery(request.loadID)));
 }
 
 FileLoader::Deliver FileLoader::delivery(std::int64_t loadID) const
@@ -193,53 +183,48 @@ FileLoader::Deliver FileLoader::delivery(std::int64_t loadID) const
     };
 }
 
-void FileLoader::finish(const Request& request, LoadedFile file)
+void FileLoader::finish(const Request& request, AppState::OpenedFile file)
 {
-    AppState& state = m_services.state;
-    const double duration = durationSeconds(*file.file);
-    m_services.engine.setAudioFile(std::move(file.file));
-    state.setAudioDuration(duration);
-    state.resetToDefaults(duration);
-    if (request.restoreSettings == RestoreSettings::yes)
-        if (const auto record = m_services.settings.load(request.url))
-            state.applySettings(fitted(*record, duration));
-    if (!file.stemFiles.empty()) {
-        state.setStemSession(std::move(file.stemSession));
-        m_services.engine.enterStemMode(std::move(file.stemFiles));
-    }
-    pushValuesToEngine();
-    state.setWaveformSamples(std::move(file.peaks));
-    state.setLoadingState(LoadingState::loaded());
+    chooseSettings(request, file);
+    m_services.state.finishOpening(std::move(file));
     m_services.recentFiles.push(request.url);
     refreshRecentFiles();
 }
 
-void FileLoader::fail(const std::string& message)
+/// What the file starts with, and what it is offered: what it was practised with before, or had been when it began with the
+/// defaults the last time.
+void FileLoader::chooseSettings(const Request& request, AppState::OpenedFile& file) const
 {
-    m_services.state.setLoadingState(LoadingState::idle());
-    m_services.state.setAudioFileURL(std::nullopt);
-    if (m_report)
-        m_report(message);
+    const double duration = durationSeconds(*file.audio);
+    FileSettings defaults;
+    defaults.regionEnd = duration;
+    const auto differing = [&](const std::optional<FileSettings>& record) {
+        const auto settings = record ? std::optional(fitted(*record, duration)) : std::nullopt;
+        return settings != defaults ? settings : std::nullopt;
+    };
+    const auto kept = differing(m_services.settings.load(request.url));
+    if (kept && request.restoreSettings == RestoreSettings::yes)
+        file.settings = kept;
+    else
+        file.offeredSettings = kept ? kept : differing(m_services.settings.loadAside(request.url));
 }
 
-void FileLoader::pushValuesToEngine()
+void FileLoader::fail(const std::string& message)
 {
-    const AppState& state = m_services.state;
-    AudioEngine& engine = m_services.engine;
-    engine.timePitch().setRate(state.speed() / 100);
-    engine.timePitch().setPitch(state.pitch());
-    engine.eq().setBypass(!state.eqEnabled());
-    for (std::size_t band = 0; band < state.eqGains().size(); ++band)
-        engine.setEQGain(state.eqGains()[band], static_cast<int>(band));
+    m_services.state.failOpening();
+    if (m_report)
+        m_report(message);
+    // A file that is gone leaves the list.
+    refreshRecentFiles();
 }
 
 void FileLoader::refreshRecentFiles()
 {
     m_services.background.run([&store = m_services.recentFiles, &scheduler = m_services.scheduler, self = std::weak_ptr(m_self),
-                               request = ++m_recentFilesRequests] {
-        scheduler.post([self, request, files = store.all()] {
+                               generation = ++m_recentFilesGeneration] {
+        scheduler.post([self, generation, files = store.all()] {
             const auto loader = self.lock();
-            if (loader && (*loader)->m_recentFilesRequests == request)
+            if (loader && (*loader)->m_recentFilesGeneration == generation)
                 (*loader)->m_services.state.setRecentFiles(files);
         });
     });

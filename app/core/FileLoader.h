@@ -1,6 +1,6 @@
 // Opens an audio file for the user: the one road by which every file gets into the program. It reads the file, finds its
-// waveform (kept or computed) and its stems off the main thread, then puts everything into the state and the engine at once. It
-// asks the user nothing and shows nothing: the state carries the progress, `onError` the failure.
+// waveform (kept or computed) and its stems off the main thread, then puts everything into the state at once. It asks the user
+// nothing and shows nothing: the state carries the progress, `onError` the failure.
 // Threads: main thread.
 #pragma once
 
@@ -9,7 +9,6 @@
 #include "AppCore/StemSessionStore.h"
 #include "AppCore/WaveformCache.h"
 #include "app/core/AppState.h"
-#include "app/playback/AudioEngine.h"
 #include "app/waveform/WaveformGenerator.h"
 #include "platform/base/FilePath.h"
 #include "platform/media/AudioFile.h"
@@ -29,11 +28,10 @@ enum class RestoreSettings { no, yes };
 
 class FileLoader {
 public:
-    /// Outlive the loader, and the background's jobs that it has started. All but the state and the engine are used on
-    /// threads of the background too.
+    /// Outlive the loader, and the background's jobs that it has started. All but the state are used on threads of the
+    /// background too.
     struct Services {
         AppState& state;
-        AudioEngine& engine;
         Scheduler& scheduler;
         BackgroundRunner& background;
         AudioFileOpener& opener;
@@ -50,7 +48,8 @@ public:
     FileLoader& operator=(const FileLoader&) = delete;
 
     /// Opens `url` in place of what is open or being opened; the last call wins, whichever file is ready first. A file that
-    /// cannot be opened leaves none open.
+    /// cannot be opened leaves none open. One that starts with the defaults and was practised before has its settings of then
+    /// on offer in the state.
     void loadFile(const FilePath& url, RestoreSettings restoreSettings);
 
     /// Puts the list of recent files that exist into the state, a moment later.
@@ -61,15 +60,14 @@ public:
 
 private:
     struct Request;
-    struct LoadedFile;
     class Job;
 
     /// Runs `action` on the main thread if `loadID` is current then.
     using Deliver = std::function<void(std::function<void(FileLoader&)> action)>;
 
-    void finish(const Request& request, LoadedFile file);
+    void finish(const Request& request, AppState::OpenedFile file);
+    void chooseSettings(const Request& request, AppState::OpenedFile& file) const;
     void fail(const std::string& message);
-    void pushValuesToEngine();
     [[nodiscard]] Deliver delivery(std::int64_t loadID) const;
 
     Services m_services;
@@ -78,7 +76,7 @@ private:
     std::function<void(const std::string& message)> m_report;
     /// Expires with the loader.
     std::shared_ptr<FileLoader*> m_self;
-    std::int64_t m_recentFilesRequests = 0;
+    std::int64_t m_recentFilesGeneration = 0;
 };
 
 }  // namespace quillet

@@ -20,11 +20,11 @@ std::int64_t frameAt(double seconds, int sampleRate)
     return static_cast<std::int64_t>(frame);
 }
 
-/// The frames from `fromSeconds` to `toSeconds`; nothing when there are none, or they begin before the file's start.
-std::optional<FrameRange> framesOf(double fromSeconds, double toSeconds, int sampleRate)
+/// The frames of `segment`; nothing when there are none, or they begin before the file's start.
+std::optional<FrameRange> framesOf(const TimeRange& segment, int sampleRate)
 {
-    const std::int64_t start = frameAt(fromSeconds, sampleRate);
-    const std::int64_t end = frameAt(toSeconds, sampleRate);
+    const std::int64_t start = frameAt(segment.start, sampleRate);
+    const std::int64_t end = frameAt(segment.end, sampleRate);
     if (start < 0 || end <= start)
         return std::nullopt;
     return FrameRange{ start, end - start };
@@ -70,52 +70,53 @@ void AudioEngine::setEQGain(double gain, int band)
 
 // ---- Transport ----
 
-void AudioEngine::play(double fromSeconds, double toSeconds)
+bool AudioEngine::play(double fromSeconds, double toSeconds)
 {
-    if (!(fromSeconds < toSeconds))
-        return;
-    if (isInStemMode()) {
-        playStemMode({ fromSeconds, toSeconds });
-        return;
-    }
+    const TimeRange segment{ fromSeconds, toSeconds };
+    if (segment.isEmpty())
+        return false;
+    if (isInStemMode())
+        return playStemMode(segment);
     if (!m_audioFile)
-        return;
+        return false;
     const GraphChange atOnce(m_graph);
     stop();
-    if (!hasSound(*m_audioFile, framesOf(fromSeconds, toSeconds, m_audioFile->sampleRate())))
-        return;
+    if (!hasSound(*m_audioFile, framesOf(segment, m_audioFile->sampleRate())))
+        return false;
     beginGeneration();
-    schedule(*m_player, m_audioFile, { fromSeconds, toSeconds }, completionHandler());
+    schedule(*m_player, m_audioFile, segment, completionHandler());
     nextSegmentDidChange();
     m_player->play();
-    startPositionTimer(fromSeconds, *m_player, m_audioFile->sampleRate());
+    startPositionTimer(segment.start, *m_player, m_audioFile->sampleRate());
+    return true;
 }
 
-void AudioEngine::playStemMode(Segment segment)
+bool AudioEngine::playStemMode(const TimeRange& segment)
 {
     const GraphChange atOnce(m_graph);
     stop();
     const auto sounds = [&segment](const StemNode& stem) {
-        return hasSound(*stem.file, framesOf(segment.fromSeconds, segment.toSeconds, stem.file->sampleRate()));
+        return hasSound(*stem.file, framesOf(segment, stem.file->sampleRate()));
     };
     StemNode& first = m_stemNodes.front();
     const int sampleRate = first.file->sampleRate();
-    if (!framesOf(segment.fromSeconds, segment.toSeconds, sampleRate) || std::ranges::none_of(m_stemNodes, sounds))
-        return;
+    if (!framesOf(segment, sampleRate) || std::ranges::none_of(m_stemNodes, sounds))
+        return false;
     beginGeneration();
     for (StemNode& stem : m_stemNodes)
         schedule(*stem.player, stem.file, segment, &stem == &first ? completionHandler() : nullptr);
     nextSegmentDidChange();
     forEachPlayer([](PlayerNode& player) { player.play(); });
-    startPositionTimer(segment.fromSeconds, *first.player, sampleRate);
+    startPositionTimer(segment.start, *first.player, sampleRate);
+    return true;
 }
 
-void AudioEngine::schedule(PlayerNode& player, const std::shared_ptr<AudioFile>& file, Segment segment,
+void AudioEngine::schedule(PlayerNode& player, const std::shared_ptr<AudioFile>& file, const TimeRange& segment,
                            PlayerNode::CompletionHandler playedBack)
 {
     // A segment that is too short for a frame at another stem's rate is that stem's business: it is silent then.
-    const auto frames = framesOf(segment.fromSeconds, segment.toSeconds, file->sampleRate());
-    const FrameRange range = frames.value_or(FrameRange{ frameAt(segment.fromSeconds, file->sampleRate()), 1 });
+    const auto frames = framesOf(segment, file->sampleRate());
+    const FrameRange range = frames.value_or(FrameRange{ frameAt(segment.start, file->sampleRate()), 1 });
     if (heldWindow() == segment)
         player.holdSegment(file, range, std::move(playedBack));
     else
@@ -175,7 +176,7 @@ void AudioEngine::startPositionTimer(double fileStart, const PlayerNode& primary
         if (!state || !sampleTime)
             return;
         const double limit =
-            state->holdEnabled() ? state->holdPosition() + PlaybackState::holdWindowSeconds : state->regionEnd();
+            state->holdEnabled() ? state->holdPosition() + PlaybackState::holdWindowSeconds : state->region().end;
         state->setPlaybackPosition(std::min(fileStart + *sampleTime / sampleRate, limit));
     });
 }
@@ -196,8 +197,9 @@ void AudioEngine::handleCompletion(std::int64_t generation)
     if (generation != m_generation || m_transport != Transport::scheduled || !state)
         return;
     m_transport = Transport::ended;
-    const Segment region{ state->regionStart(), state->regionEnd() };
-    const bool ends = hasPlayedAllPasses() || (!state->holdEnabled() && !state->loopEnabled());
+    const TimeRange region = state->region();
+    const bool repeats = state->holdEnabled() || (state->loopEnabled() && !region.isEmpty());
+    const bool ends = hasPlayedAllPasses() || !repeats;
     if (ends)
         followUp(tailSeconds(), [this] { finishRegion(); });
     else if (const auto window = heldWindow())
@@ -205,13 +207,7 @@ void AudioEngine::handleCompletion(std::int64_t generation)
     else
         followUp(tailSeconds(), [this, region, delay = loopDelay(*state)] { repeatRegion(region, delay); });
     if (ends)
-        tellEnd();
-}
-
-void AudioEngine::tellEnd()
-{
-    if (m_ended)
-        m_ended();
+        state->playbackDidEnd();
 }
 
 bool AudioEngine::hasPlayedAllPasses() { return m_passLimit && primaryPlayer().passesEnded() >= *m_passLimit; }
@@ -237,38 +233,37 @@ void AudioEngine::finishRegion()
     }
     if (const auto state = m_appState.lock()) {
         state->setIsPlaying(false);
-        state->setPlaybackPosition(state->regionStart());
+        state->setPlaybackPosition(state->region().start);
     }
 }
 
-void AudioEngine::repeatRegion(Segment region, double delaySeconds)
+void AudioEngine::repeatRegion(const TimeRange& region, double delaySeconds)
 {
     m_positionTimer.cancel();
     if (const auto state = m_appState.lock())
-        state->setPlaybackPosition(region.toSeconds);
+        state->setPlaybackPosition(region.end);
     if (delaySeconds > 0)
         followUp(delaySeconds, [this, region] { repeat(region); });
     else
         repeat(region);
 }
 
-/// Plays the segment once more, unless the last of the wanted passes has ended meanwhile.
-void AudioEngine::repeat(Segment segment)
+/// Plays the segment once more, unless the last of the wanted passes has ended meanwhile or there is nothing to play in it.
+void AudioEngine::repeat(const TimeRange& segment)
 {
-    if (hasPlayedAllPasses()) {
-        finishRegion();
-        tellEnd();
+    if (!hasPlayedAllPasses() && play(segment.start, segment.end))
         return;
-    }
-    play(segment.fromSeconds, segment.toSeconds);
+    finishRegion();
+    if (const auto state = m_appState.lock())
+        state->playbackDidEnd();
 }
 
-std::optional<AudioEngine::Segment> AudioEngine::heldWindow() const
+std::optional<TimeRange> AudioEngine::heldWindow() const
 {
     const auto state = m_appState.lock();
     if (!state || !state->holdEnabled())
         return std::nullopt;
-    return Segment{ state->holdPosition(), state->holdPosition() + PlaybackState::holdWindowSeconds };
+    return TimeRange{ state->holdPosition(), state->holdPosition() + PlaybackState::holdWindowSeconds };
 }
 
 /// What follows a segment of `file`, as the state is now: the held window again and again, or the region after its pause, or
@@ -279,10 +274,8 @@ PassPlan AudioEngine::planFor(const AudioFile& file) const
     const auto window = heldWindow();
     if (!state || (!window && !state->loopEnabled()))
         return {};
-    const Segment next = window.value_or(Segment{ state->regionStart(), state->regionEnd() });
-    if (!(next.fromSeconds < next.toSeconds))
-        return {};
-    const auto frames = framesOf(next.fromSeconds, next.toSeconds, file.sampleRate());
+    const TimeRange next = window.value_or(state->region());
+    const auto frames = framesOf(next, file.sampleRate());
     if (!frames)
         return {};
     PlannedPass pass;
@@ -337,7 +330,7 @@ void AudioEngine::exitStemMode()
     }
     if (const auto state = m_appState.lock()) {
         state->setIsPlaying(false);
-        state->setPlaybackPosition(state->regionStart());
+        state->setPlaybackPosition(state->region().start);
     }
 }
 

@@ -48,16 +48,15 @@ public:
     void setAudioFile(std::shared_ptr<AudioFile> file);
     [[nodiscard]] const std::shared_ptr<AudioFile>& audioFile() const { return m_audioFile; }
 
-    /// Plays [fromSeconds, toSeconds) of file time in place of whatever plays now. Does nothing if that is empty; only stops
-    /// if it holds no whole frame or begins outside the file. Seconds × sample rate fits a signed 64-bit integer (REQUIRE).
-    void play(double fromSeconds, double toSeconds);
+    /// Plays [fromSeconds, toSeconds) of file time in place of whatever plays now; true if it does. Does nothing if that is
+    /// empty or no file is set; only stops if it holds no whole frame or begins outside the file. Seconds × sample rate fits a
+    /// signed 64-bit integer (REQUIRE).
+    bool play(double fromSeconds, double toSeconds);
     /// Halts the sound and the play head, and calls off a repetition that waits for its time: what was paused stays silent.
     void pause();
     /// Ends the sound and calls off every repetition. Does not touch the state.
     void stop();
 
-    /// `ended` is told when a segment has been handed to the device to its last frame and nothing follows it.
-    void onEnd(std::function<void()> ended) { m_ended = std::move(ended); }
     /// From the next `play` on, a loop or a hold ends after so many passes; nothing: it does not end by itself.
     void setPassLimit(std::optional<std::int64_t> passes) { m_passLimit = passes; }
 
@@ -89,14 +88,8 @@ private:
         std::shared_ptr<AudioFile> file;
         StemGain gain;
     };
-    struct Segment {
-        double fromSeconds;
-        double toSeconds;
-        bool operator==(const Segment&) const = default;
-    };
-
-    void playStemMode(Segment segment);
-    void schedule(PlayerNode& player, const std::shared_ptr<AudioFile>& file, Segment segment,
+    bool playStemMode(const TimeRange& segment);
+    void schedule(PlayerNode& player, const std::shared_ptr<AudioFile>& file, const TimeRange& segment,
                   PlayerNode::CompletionHandler playedBack);
     [[nodiscard]] PlayerNode& primaryPlayer();
     void forEachPlayer(const std::function<void(PlayerNode&)>& action);
@@ -109,11 +102,10 @@ private:
     [[nodiscard]] double tailSeconds() const;
     void followUp(double delaySeconds, std::function<void()> action);
     void finishRegion();
-    void repeatRegion(Segment region, double delaySeconds);
-    void repeat(Segment segment);
+    void repeatRegion(const TimeRange& region, double delaySeconds);
+    void repeat(const TimeRange& segment);
     [[nodiscard]] bool hasPlayedAllPasses();
-    void tellEnd();
-    [[nodiscard]] std::optional<Segment> heldWindow() const;
+    [[nodiscard]] std::optional<TimeRange> heldWindow() const;
     [[nodiscard]] PassPlan planFor(const AudioFile& file) const;
     void applyStemGains();
 
@@ -133,7 +125,6 @@ private:
     enum class Transport { idle, scheduled, ended };
     Transport m_transport = Transport::idle;
     ScheduledTask m_followUp;
-    std::function<void()> m_ended;
     std::optional<std::int64_t> m_passLimit;
     // Expires with the engine, for handlers that the graph keeps longer.
     std::shared_ptr<AudioEngine*> m_self;

@@ -3,6 +3,8 @@
 // Threads: main thread.
 #pragma once
 
+#include "AppCore/TimeRange.h"
+
 #include <cstdint>
 
 namespace quillet {
@@ -17,9 +19,7 @@ public:
     [[nodiscard]] virtual bool holdEnabled() const = 0;
     /// Start of the held window, seconds of file time.
     [[nodiscard]] virtual double holdPosition() const = 0;
-    /// The selected region, seconds of file time.
-    [[nodiscard]] virtual double regionStart() const = 0;
-    [[nodiscard]] virtual double regionEnd() const = 0;
+    [[nodiscard]] virtual TimeRange region() const = 0;
     [[nodiscard]] virtual bool loopEnabled() const = 0;
     /// The pause between two passes of the loop is the sum of both.
     [[nodiscard]] virtual std::int64_t loopDelaySeconds() const = 0;
@@ -28,6 +28,8 @@ public:
     virtual void setIsPlaying(bool isPlaying) = 0;
     /// Seconds of file time.
     virtual void setPlaybackPosition(double positionSeconds) = 0;
+    /// A segment has been handed to the device to its last frame, and nothing follows it.
+    virtual void playbackDidEnd() = 0;
 };
 
 }  // namespace quillet

@@ -1,48 +1,47 @@
 #include "app/ui/ContentView.h"
 
-#include "app/core/Commands.h"
+#include "app/core/SupportedAudio.h"
+#include "app/core/keyboard/KeyResponderView.h"
 #include "app/ui/DownloadNotice.h"
+#include "app/ui/DroppedFiles.h"
 #include "app/ui/EmptyScreen.h"
 #include "app/ui/FileNames.h"
 #include "app/ui/HelpSheet.h"
 #include "app/ui/LoadingScreen.h"
+#include "app/ui/OfferNotice.h"
 #include "app/ui/OpenFromURLSheet.h"
 #include "app/ui/PlayerScreen.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/ToolBar.h"
 
 #include <QDragEnterEvent>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QMimeDatabase>
 #include <QPainter>
 #include <QStackedLayout>
 #include <QStandardPaths>
-#include <QUrl>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace quillet {
 namespace {
 
 constexpr double shadeOpacity = 0.45;
 constexpr int alertSymbolSize = 32;
-
-/// By the name alone: the file may lie on a disk that does not answer.
-bool isAudioFile(const QUrl& url)
-{
-    if (!url.isLocalFile())
-        return false;
-    const QMimeType type = QMimeDatabase().mimeTypeForFile(url.toLocalFile(), QMimeDatabase::MatchExtension);
-    return type.name().startsWith(QLatin1String("audio/")) || type.inherits(QStringLiteral("application/ogg"));
-}
+constexpr std::string_view panelFolderKey = "QLT.openPanelDirectory";
 
 QString audioFilter()
 {
-    return QObject::tr("Audio files")
-        + QStringLiteral(" (*.mp3 *.wav *.aif *.aiff *.aifc *.flac *.m4a *.aac *.alac *.ogg *.oga *.opus"
-                         " *.wma *.wv *.ape *.tta *.mka *.ac3 *.caf *.mp2 *.mp4 *.mkv *.webm *.mov)");
+    QStringList patterns;
+    for (const std::string_view type : supportedAudioTypes) {
+        const QString pattern = QStringLiteral("*.") + QLatin1String(type.data(), static_cast<qsizetype>(type.size()));
+        patterns << pattern << pattern.toUpper();
+    }
+    return ContentView::tr("Audio files") + QStringLiteral(" (") + patterns.join(QLatin1Char(' ')) + QLatin1Char(')');
 }
 
 class Shade final : public QWidget {
@@ -67,24 +66,17 @@ QString musicFolder()
 
 }  // namespace
 
-std::optional<FilePath> firstAudioFile(const QMimeData& data)
-{
-    for (const QUrl& url : data.urls())
-        if (isAudioFile(url))
-            return pathOf(url.toLocalFile());
-    return std::nullopt;
-}
-
 ContentView::ContentView(const Services& services, QWidget* parent)
     : QWidget(parent),
       m_services(services),
-      m_toolBar(new ToolBar(services.state, services.notifications, services.theme)),
+      m_toolBar(new ToolBar(services.state, services.commands, services.theme)),
       m_screens(new QStackedLayout),
       m_notices(new QVBoxLayout),
       m_silenceNotice(
           new Notice(services.theme, tr("There is no sound device: playback goes on without sound until there is one."))),
       m_overlay(new DropOverlay(services.theme, this)),
-      m_shade(new Shade(this))
+      m_shade(new Shade(this)),
+      m_keys(new KeyResponderView(services.state, services.commands, this))
 {
     setAcceptDrops(true);
     auto* column = new QVBoxLayout(this);
@@ -95,8 +87,10 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     m_notices->setSpacing(0);
     m_notices->addWidget(m_silenceNotice);
     m_silenceNotice->hide();
+    m_notices->addWidget(new OfferNotice(services.state, services.theme));
+    m_keys->setGeometry(0, 0, 0, 0);
     column->addLayout(m_screens, 1);
-    m_screens->addWidget(new EmptyScreen(services.state, services.notifications, services.theme));
+    m_screens->addWidget(new EmptyScreen(services.state, services.commands, services.theme));
     m_screens->addWidget(new LoadingScreen(services.state, services.theme));
     connect(&services.state, &AppState::loadingStateChanged, this, &ContentView::showScreen);
     connect(&services.state, &AppState::isShowingHelpChanged, this, &ContentView::syncHelp);
@@ -109,37 +103,20 @@ ContentView::~ContentView() { m_services.loader.onError(nullptr); }
 
 void ContentView::subscribe()
 {
-    const auto on = [this](std::string_view name, auto&& action) {
-        m_subscriptions.push_back(m_services.notifications.subscribe(name, action));
+    const auto on = [this](CommandId id, auto&& action) {
+        m_subscriptions.push_back(m_services.commands.onCommand(id, action));
     };
-    PlaybackCommands& commands = m_services.commands;
-    AppState& state = m_services.state;
-    const auto ifLoaded = [&state](auto action) {
-        return [&state, action](const std::optional<FilePath>&) {
-            if (state.loadingState().stage == LoadingState::Stage::loaded)
-                action();
-        };
-    };
-    on(openFileName, [this](const auto&) { openFile(); });
-    on(openFromURLName, [this](const auto&) { openFromURL(); });
-    on(openRecentName, [this](const std::optional<FilePath>& url) {
+    on(CommandId::openFile, [this](const auto&) { openFile(); });
+    on(CommandId::openFromURL, [this](const auto&) { openFromURL(); });
+    on(CommandId::openRecent, [this](const std::optional<FilePath>& url) {
         if (url)
             loadFile(*url, RestoreSettings::yes);
     });
-    on(clearRecentsName, [this](const auto&) {
+    on(CommandId::clearRecents, [this](const auto&) {
         m_services.recentFiles.clear();
         m_services.loader.refreshRecentFiles();
     });
-    on(showHelpName, [&state](const auto&) { state.setIsShowingHelp(true); });
-    on(stopResetName, ifLoaded([&commands] { commands.stopReset(); }));
-    on(toggleLoopName, ifLoaded([&commands] { commands.toggleLoop(); }));
-    on(toggleHoldName, ifLoaded([&state] { state.toggleHold(); }));
-    on(holdForwardName, ifLoaded([&state] { state.stepHoldForward(); }));
-    on(holdBackwardName, ifLoaded([&state] { state.stepHoldBackward(); }));
-    on(decreaseSpeedName, ifLoaded([&commands] { commands.decreaseSpeed(); }));
-    on(increaseSpeedName, ifLoaded([&commands] { commands.increaseSpeed(); }));
-    on(pitchUpName, ifLoaded([&commands] { commands.pitchUp(); }));
-    on(pitchDownName, ifLoaded([&commands] { commands.pitchDown(); }));
+    on(CommandId::showHelp, [this](const auto&) { m_services.state.setIsShowingHelp(true); });
 }
 
 void ContentView::showScreen()
@@ -154,7 +131,7 @@ void ContentView::showScreen()
     case LoadingState::Stage::loaded:
         // Made when it is first needed, so that the window is there sooner.
         if (m_player == nullptr) {
-            m_player = new PlayerScreen(m_services.state, m_services.engine, m_services.commands, m_services.theme);
+            m_player = new PlayerScreen(m_services.state, m_services.theme);
             m_screens->addWidget(m_player);
         }
         m_screens->setCurrentWidget(m_player);
@@ -166,8 +143,12 @@ void ContentView::showScreen()
 
 void ContentView::loadFile(const FilePath& url, RestoreSettings restoreSettings)
 {
+    // What is being typed still belongs to the song before.
+    m_keys->takeFocus();
     m_services.loader.loadFile(url, restoreSettings);
 }
+
+bool ContentView::takeSpace(const QKeyEvent& event) { return m_keys->takeSpace(event); }
 
 void ContentView::openFile()
 {
@@ -175,17 +156,18 @@ void ContentView::openFile()
         m_openPanel->raise();
         return;
     }
-    if (m_panelFolder.isEmpty())
-        m_panelFolder = musicFolder();
-    auto* panel = new QFileDialog(this, tr("Open File..."), m_panelFolder);
+    const auto folder = m_services.defaults.string(panelFolderKey);
+    const QString last = folder ? QFile::decodeName(QByteArray::fromStdString(*folder)) : QString();
+    auto* panel = new QFileDialog(this, tr("Open File..."), QFileInfo::exists(last) ? last : musicFolder());
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setWindowModality(Qt::WindowModal);
     panel->setFileMode(QFileDialog::ExistingFile);
     panel->setOption(QFileDialog::HideNameFilterDetails);
     panel->setNameFilters({ audioFilter(), tr("All files") + QStringLiteral(" (*)") });
     connect(panel, &QFileDialog::fileSelected, this, [this](const QString& file) {
-        m_panelFolder = QFileInfo(file).path();
-        loadFile(pathOf(file), RestoreSettings::no);
+        const FilePath path = pathOf(file);
+        m_services.defaults.setString(panelFolderKey, path.parent_path().native());
+        loadFile(path, RestoreSettings::no);
     });
     m_openPanel = panel;
     openSheet(*panel);
@@ -205,7 +187,7 @@ void ContentView::openFromURL()
                                           },
                                            [this] { closeOpenFromURL(); } },
                                          this);
-    connect(m_openFromURL, &OpenFromURLSheet::isInFrontChanged, m_shade, &QWidget::setVisible);
+    connect(m_openFromURL, &OpenFromURLSheet::isInFrontChanged, this, &ContentView::syncShade);
     openSheet(*m_openFromURL);
 }
 
@@ -236,12 +218,27 @@ void ContentView::setHeard(bool isHeard) { m_silenceNotice->setVisible(!isHeard)
 
 void ContentView::openSheet(QDialog& sheet)
 {
-    m_shade->setGeometry(rect());
-    m_shade->show();
-    m_shade->raise();
-    // Destroyed however it ends.
-    connect(&sheet, &QObject::destroyed, m_shade, &QWidget::hide);
+    m_sheets.emplace_back(&sheet);
+    const auto close = [this] {
+        syncShade();
+        m_keys->takeFocus();
+    };
+    // However it ends.
+    connect(&sheet, &QDialog::finished, this, close);
+    connect(&sheet, &QObject::destroyed, this, close);
     sheet.open();
+    syncShade();
+}
+
+/// The window is dimmed while any sheet stands before it.
+void ContentView::syncShade()
+{
+    std::erase_if(m_sheets, [](const QPointer<QDialog>& sheet) { return sheet.isNull(); });
+    m_shade->setGeometry(rect());
+    m_shade->setVisible(std::ranges::any_of(m_sheets, [](const QPointer<QDialog>& sheet) {
+        return sheet->isVisible() && sheet->windowModality() != Qt::NonModal;
+    }));
+    m_shade->raise();
 }
 
 void ContentView::syncHelp()

@@ -1,18 +1,17 @@
 // The content of the main window: the toolbar, and one of three screens by what is being loaded. It carries out the commands
-// that arrive as notifications, takes drops, and shows the open panel, the sheets, errors and notices. How a file is opened is
+// that concern the window, takes drops, and shows the open panel, the sheets, errors and notices. How a file is opened is
 // FileLoader's business, what playing means AppState's.
 // Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"
+#include "app/core/CommandCenter.h"
 #include "app/core/FileLoader.h"
-#include "app/core/Notifications.h"
-#include "app/core/PlaybackCommands.h"
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
-#include "app/playback/AudioEngine.h"
 #include "app/ui/DropOverlay.h"
 #include "app/ui/ThemeSource.h"
+#include "platform/defaults/DefaultsDomain.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -22,13 +21,13 @@
 #include <vector>
 
 class QDialog;
-class QMimeData;
 class QStackedLayout;
 class QVBoxLayout;
 
 namespace quillet {
 
 class HelpSheet;
+class KeyResponderView;
 class Notice;
 class OpenFromURLSheet;
 class PlayerScreen;
@@ -41,14 +40,14 @@ public:
     /// All outlive the view.
     struct Services {
         AppState& state;
-        AudioEngine& engine;
         FileLoader& loader;
-        PlaybackCommands& commands;
-        Notifications& notifications;
+        CommandCenter& commands;
         RecentFilesStore& recentFiles;
         URLDownloader& downloader;
         DownloadSettingsStore& downloadSettings;
         const ThemeSource& theme;
+        /// Keeps what the window remembers.
+        DefaultsDomain& defaults;
     };
 
     explicit ContentView(const Services& services, QWidget* parent = nullptr);
@@ -66,6 +65,8 @@ public:
     void showError(const QString& message);
     /// Says under the toolbar, for as long as it is so, that nothing can be heard.
     void setHeard(bool isHeard);
+    /// Plays or pauses if the event is a press of the space bar; whether it is.
+    bool takeSpace(const QKeyEvent& event);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -78,6 +79,7 @@ private:
     void subscribe();
     void showScreen();
     void openSheet(QDialog& sheet);
+    void syncShade();
     void closeOpenFromURL();
     void syncHelp();
 
@@ -91,15 +93,12 @@ private:
     DropOverlay* m_overlay;
     /// Dims the window under a sheet.
     QWidget* m_shade;
+    KeyResponderView* m_keys;
     QPointer<HelpSheet> m_help;
     QPointer<OpenFromURLSheet> m_openFromURL;
     QPointer<QDialog> m_openPanel;
-    /// Where a file was chosen last.
-    QString m_panelFolder;
+    std::vector<QPointer<QDialog>> m_sheets;
     std::vector<Notifications::Subscription> m_subscriptions;
 };
-
-/// The first local file that `data` carries whose name is one of an audio file.
-[[nodiscard]] std::optional<FilePath> firstAudioFile(const QMimeData& data);
 
 }  // namespace quillet

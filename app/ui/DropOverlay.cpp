@@ -51,10 +51,11 @@ void DropOverlay::paintEvent(QPaintEvent*)
     paintSymbol(painter, isAudio ? QStringLiteral("waveform.badge.plus") : QStringLiteral("xmark.circle"),
                 QRectF(middle.x() - symbolSize / 2.0, middle.y() - symbolSize - 4, symbolSize, symbolSize), color);
     QFont font = titleFont();
-    font.setPixelSize(textPixels);
+    font.setPixelSize(scaled(textPixels));
     painter.setFont(font);
     painter.setPen(color);
-    painter.drawText(QRectF(0, middle.y() + 12, width(), 2 * textPixels), Qt::AlignHCenter | Qt::AlignTop, accessibleName());
+    painter.drawText(QRectF(0, middle.y() + 12, width(), 2.0 * scaled(textPixels)), Qt::AlignHCenter | Qt::AlignTop,
+                     accessibleName());
 }
 
 }  // namespace quillet

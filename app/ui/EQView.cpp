@@ -1,6 +1,7 @@
 #include "app/ui/EQView.h"
 
 #include "app/ui/controls/Drawer.h"
+#include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/Switch.h"
 #include "app/ui/controls/ValueRow.h"
@@ -19,16 +20,15 @@ constexpr std::array<const char*, EqualizerNode::bandCount> frequencies{ "60Hz",
 
 }  // namespace
 
-EQView::EQView(AppState& state, AudioEngine& engine, const ThemeSource& source, QWidget* parent)
+EQView::EQView(AppState& state, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
       m_state(state),
-      m_engine(engine),
       m_switch(new Switch(source, tr("EQ"))),
       m_reset(new QPushButton(tr("Reset")))
 {
     m_reset->setAccessibleName(tr("Reset EQ"));
     auto* caption = new Label(source, Label::Role::title, tr("EQ"));
-    caption->setFixedWidth(ValueRow::titleWidth);
+    caption->setFixedWidth(scaled(ValueRow::titleWidth));
     auto* header = new QHBoxLayout;
     header->setSpacing(8);
     header->addWidget(caption);
@@ -47,10 +47,7 @@ EQView::EQView(AppState& state, AudioEngine& engine, const ThemeSource& source, 
     column->addLayout(header);
     column->addWidget(m_drawer);
 
-    connect(m_switch, &QAbstractButton::clicked, this, [this](bool isOn) {
-        m_state.setEqEnabled(isOn);
-        m_engine.eq().setBypass(!isOn);
-    });
+    connect(m_switch, &QAbstractButton::clicked, this, [this](bool isOn) { m_state.setEqEnabled(isOn); });
     connect(m_reset, &QAbstractButton::clicked, this, &EQView::resetGains);
     connect(&state, &AppState::eqEnabledChanged, this, &EQView::syncSwitch);
     connect(&state, &AppState::eqGainsChanged, this, &EQView::syncGains);
@@ -63,7 +60,7 @@ EQView::Band EQView::addBand(QHBoxLayout& row, int band, const ThemeSource& sour
     const QString frequency = QString::fromLatin1(frequencies[static_cast<std::size_t>(band)]);
     const Band made{ new Label(source, Label::Role::number, {}),
                      new VerticalSlider(source, tr("EQ gain at %1").arg(frequency)) };
-    made.slider->onMove([this, band](double gainDb) { setGain(band, gainDb); });
+    made.slider->onMove([this, band](double gainDb) { m_state.setEqGain(static_cast<std::size_t>(band), gainDb); });
     auto* column = new QVBoxLayout;
     column->setSpacing(6);
     column->addWidget(made.gain, 0, Qt::AlignHCenter);
@@ -73,20 +70,7 @@ EQView::Band EQView::addBand(QHBoxLayout& row, int band, const ThemeSource& sour
     return made;
 }
 
-void EQView::setGain(int band, double gainDb)
-{
-    auto gains = m_state.eqGains();
-    gains.at(static_cast<std::size_t>(band)) = gainDb;
-    m_state.setEqGains(std::move(gains));
-    m_engine.setEQGain(gainDb, band);
-}
-
-void EQView::resetGains()
-{
-    for (int band = 0; band < EqualizerNode::bandCount; ++band)
-        m_engine.setEQGain(0, band);
-    m_state.setEqGains(std::vector<double>(EqualizerNode::bandCount, 0.0));
-}
+void EQView::resetGains() { m_state.setEqGains(std::vector<double>(m_bands.size(), 0.0)); }
 
 void EQView::syncSwitch()
 {

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "app/core/AppState.h"
-#include "app/playback/AudioEngine.h"
 #include "app/ui/ThemeSource.h"
+#include "platform/audio/AudioGraph.h"
 
 #include <QWidget>
 
@@ -24,8 +24,8 @@ class EQView final : public QWidget {
     Q_OBJECT
 
 public:
-    /// All outlive the view.
-    EQView(AppState& state, AudioEngine& engine, const ThemeSource& source, QWidget* parent = nullptr);
+    /// Both outlive the view.
+    EQView(AppState& state, const ThemeSource& source, QWidget* parent = nullptr);
 
 private:
     struct Band {
@@ -34,13 +34,11 @@ private:
     };
 
     [[nodiscard]] Band addBand(QHBoxLayout& row, int band, const ThemeSource& source);
-    void setGain(int band, double gainDb);
     void resetGains();
     void syncSwitch();
     void syncGains();
 
     AppState& m_state;
-    AudioEngine& m_engine;
     Switch* m_switch;
     QPushButton* m_reset;
     Drawer* m_drawer;

@@ -1,16 +1,17 @@
 #include "app/ui/EmptyScreen.h"
 
-#include "app/core/Commands.h"
 #include "app/ui/FileNames.h"
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/controls/Card.h"
+#include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QStyleOptionButton>
 #include <QVBoxLayout>
 
@@ -24,17 +25,38 @@ constexpr int recentWidth = 440;
 constexpr int rowHeight = 38;
 constexpr int rowSymbolSize = 18;
 
+class LargeSymbol final : public QWidget {
+public:
+    explicit LargeSymbol(const ThemeSource& source)
+        : m_source(source)
+    {
+        setFixedSize(symbolSize, symbolSize);
+        connect(&source, &ThemeSource::themeChanged, this, qOverload<>(&QWidget::update));
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        paintSymbol(painter, QStringLiteral("waveform"), rect(), m_source.theme().accentText);
+    }
+
+private:
+    const ThemeSource& m_source;
+};
+
 /// One recent file: a note and its name.
 class RecentRow final : public QPushButton {
 public:
-    RecentRow(const ThemeSource& source, const FilePath& file)
-        : QPushButton(fileName(file)),
-          m_source(source)
+    RecentRow(const ThemeSource& source, const FilePath& file, const QString& name)
+        : QPushButton(menuText(name)),
+          m_source(source),
+          m_name(name)
     {
         setButtonKind(*this, ButtonKind::bare);
-        setFixedHeight(rowHeight);
+        setFixedHeight(scaled(rowHeight));
         setFocusPolicy(Qt::TabFocus);
-        setToolTip(pathText(file));
+        setToolTip(toolTipText(pathText(file)));
         setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     }
 
@@ -51,36 +73,35 @@ protected:
         painter.setPen(theme.text);
         const QRect place = rect().adjusted(38, 0, -8, 0);
         painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter,
-                         fontMetrics().elidedText(text(), Qt::ElideMiddle, place.width()));
+                         fontMetrics().elidedText(m_name, Qt::ElideMiddle, place.width()));
     }
 
 private:
     const ThemeSource& m_source;
+    QString m_name;
 };
 
 }  // namespace
 
-EmptyScreen::EmptyScreen(AppState& state, Notifications& notifications, const ThemeSource& source, QWidget* parent)
+EmptyScreen::EmptyScreen(AppState& state, CommandCenter& center, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
       m_state(state),
-      m_notifications(notifications),
+      m_center(center),
       m_source(source),
-      m_symbol(new QWidget),
       m_recent(new Card(source)),
       m_rows(new QVBoxLayout)
 {
-    m_symbol->setFixedSize(symbolSize, symbolSize);
     auto* title = new Label(source, Label::Role::title, QStringLiteral("Quillet"));
     title->setHeading(titlePixels);
     auto* open = new QPushButton(tr("Open File..."));
     setButtonKind(*open, ButtonKind::accent);
-    open->setFixedSize(openButtonSize);
+    open->setFixedSize(scaled(openButtonSize.width()), scaled(openButtonSize.height()));
     open->setFocusPolicy(Qt::TabFocus);
-    connect(open, &QAbstractButton::clicked, this, [this] { m_notifications.post(openFileName); });
+    connect(open, &QAbstractButton::clicked, this, [this] { m_center.execute(CommandId::openFile); });
     auto* openFromURL = new QPushButton(tr("Open from URL…"));
-    openFromURL->setFixedSize(openButtonSize);
+    openFromURL->setFixedSize(open->size());
     openFromURL->setFocusPolicy(Qt::TabFocus);
-    connect(openFromURL, &QAbstractButton::clicked, this, [this] { m_notifications.post(openFromURLName); });
+    connect(openFromURL, &QAbstractButton::clicked, this, [this] { m_center.execute(CommandId::openFromURL); });
     auto* openings = new QHBoxLayout;
     openings->setSpacing(AppTheme::cardSpacing);
     openings->addStretch();
@@ -90,7 +111,7 @@ EmptyScreen::EmptyScreen(AppState& state, Notifications& notifications, const Th
 
     auto* clear = new QPushButton(tr("Clear Recents"));
     clear->setFocusPolicy(Qt::TabFocus);
-    connect(clear, &QAbstractButton::clicked, this, [this] { m_notifications.post(clearRecentsName); });
+    connect(clear, &QAbstractButton::clicked, this, [this] { m_center.execute(CommandId::clearRecents); });
     auto* header = new QHBoxLayout;
     auto* caption = new Label(source, Label::Role::secondary, tr("Recent Files"));
     header->addSpacing(8);
@@ -106,10 +127,11 @@ EmptyScreen::EmptyScreen(AppState& state, Notifications& notifications, const Th
     m_recent->setMaximumWidth(recentWidth);
     m_recent->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Maximum);
 
-    auto* column = new QVBoxLayout(this);
+    auto* page = new QWidget;
+    auto* column = new QVBoxLayout(page);
     column->setContentsMargins(AppTheme::windowMargin, AppTheme::windowMargin, AppTheme::windowMargin, AppTheme::windowMargin);
     column->addStretch(2);
-    column->addWidget(m_symbol, 0, Qt::AlignHCenter);
+    column->addWidget(new LargeSymbol(source), 0, Qt::AlignHCenter);
     column->addWidget(title, 0, Qt::AlignHCenter);
     column->addSpacing(16);
     column->addLayout(openings);
@@ -120,9 +142,19 @@ EmptyScreen::EmptyScreen(AppState& state, Notifications& notifications, const Th
     centred->addStretch(1);
     column->addLayout(centred);
     column->addStretch(3);
+    page->setAutoFillBackground(false);
+    auto* scroll = new QScrollArea(this);
+    scroll->setWidget(page);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->viewport()->setAutoFillBackground(false);
+    auto* whole = new QVBoxLayout(this);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->addWidget(scroll);
 
     connect(&state, &AppState::recentFilesChanged, this, &EmptyScreen::listRecentFiles);
-    connect(&source, &ThemeSource::themeChanged, this, qOverload<>(&QWidget::update));
     listRecentFiles();
 }
 
@@ -132,18 +164,14 @@ void EmptyScreen::listRecentFiles()
         row->widget()->deleteLater();
         delete row;
     }
-    for (const FilePath& file : m_state.recentFiles()) {
-        auto* row = new RecentRow(m_source, file);
-        connect(row, &QAbstractButton::clicked, this, [this, file] { m_notifications.post(openRecentName, file); });
+    const auto names = listNames(m_state.recentFiles());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const FilePath& file = m_state.recentFiles()[i];
+        auto* row = new RecentRow(m_source, file, names[i]);
+        connect(row, &QAbstractButton::clicked, this, [this, file] { m_center.execute(CommandId::openRecent, file); });
         m_rows->addWidget(row);
     }
     m_recent->setVisible(!m_state.recentFiles().empty());
-}
-
-void EmptyScreen::paintEvent(QPaintEvent*)
-{
-    QPainter painter(this);
-    paintSymbol(painter, QStringLiteral("waveform"), m_symbol->geometry(), m_source.theme().accentText);
 }
 
 }  // namespace quillet

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "app/core/AppState.h"
-#include "app/core/Notifications.h"
+#include "app/core/CommandCenter.h"
 #include "app/ui/ThemeSource.h"
 
 #include <QWidget>
@@ -19,18 +19,14 @@ class EmptyScreen final : public QWidget {
 
 public:
     /// All outlive the screen.
-    EmptyScreen(AppState& state, Notifications& notifications, const ThemeSource& source, QWidget* parent = nullptr);
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
+    EmptyScreen(AppState& state, CommandCenter& center, const ThemeSource& source, QWidget* parent = nullptr);
 
 private:
     void listRecentFiles();
 
     AppState& m_state;
-    Notifications& m_notifications;
+    CommandCenter& m_center;
     const ThemeSource& m_source;
-    QWidget* m_symbol;
     Card* m_recent;
     QVBoxLayout* m_rows;
 };

@@ -3,6 +3,7 @@
 #include "platform/files/UserDirectories.h"
 
 #include <QFile>
+#include <QTextDocument>
 
 #include <algorithm>
 
@@ -20,7 +21,21 @@ QString abbreviatedPath(const FilePath& path)
     return pathText("~" / path.lexically_relative(home).lexically_normal());
 }
 
+std::vector<QString> listNames(const std::vector<FilePath>& files)
+{
+    std::vector<QString> names;
+    for (const FilePath& file : files) {
+        const auto isNamesake = [&](const FilePath& other) { return other.filename() == file.filename(); };
+        names.push_back(std::ranges::count_if(files, isNamesake) < 2
+                            ? fileName(file)
+                            : QStringLiteral("%1 — %2").arg(fileName(file), abbreviatedPath(file.parent_path())));
+    }
+    return names;
+}
+
 QString menuText(QString text) { return text.replace(QLatin1Char('&'), QLatin1String("&&")); }
+
+QString toolTipText(const QString& text) { return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text; }
 
 FilePath pathOf(const QString& localFile) { return QFile::encodeName(localFile).toStdString(); }
 

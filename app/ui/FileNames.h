@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <vector>
+
 namespace quillet {
 
 /// The last component of the path, with its extension.
@@ -15,6 +17,11 @@ namespace quillet {
 [[nodiscard]] QString abbreviatedPath(const FilePath& path);
 /// `text` so that a menu shows it as it is.
 [[nodiscard]] QString menuText(QString text);
+/// `text` so that a tooltip shows it as it is.
+[[nodiscard]] QString toolTipText(const QString& text);
+
+/// What each of `files` is called in a list of them: its name, and where two have the same name the folder as well.
+[[nodiscard]] std::vector<QString> listNames(const std::vector<FilePath>& files);
 
 /// What the toolkit calls a local file, as a path.
 [[nodiscard]] FilePath pathOf(const QString& localFile);

@@ -4,7 +4,6 @@
 #include "app/ui/controls/Label.h"
 
 #include <QProgressBar>
-#include <QRegularExpression>
 #include <QVBoxLayout>
 
 namespace quillet {
@@ -42,12 +41,10 @@ LoadingScreen::LoadingScreen(AppState& state, const ThemeSource& source, QWidget
 
 void LoadingScreen::sync()
 {
-    const QString message = QString::fromStdString(m_state.loadingState().message);
-    m_message->setText(message);
-    static const QRegularExpression percentage(QStringLiteral("(\\d+)%$"));
-    const auto found = percentage.match(message);
-    m_bar->setVisible(found.hasMatch());
-    m_bar->setValue(found.captured(1).toInt());
+    const LoadingState& loading = m_state.loadingState();
+    m_message->setText(QString::fromStdString(loading.message));
+    m_bar->setVisible(loading.fraction.has_value());
+    m_bar->setValue(static_cast<int>(100 * loading.fraction.value_or(0)));
 }
 
 }  // namespace quillet

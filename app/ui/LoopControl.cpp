@@ -1,5 +1,6 @@
 #include "app/ui/LoopControl.h"
 
+#include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/Switch.h"
 #include "app/ui/controls/TimePickerField.h"
@@ -29,7 +30,7 @@ LoopControl::LoopControl(AppState& state, const ThemeSource& source, QWidget* pa
     m_delay->setSizePolicy(policy);
 
     auto* caption = new Label(source, Label::Role::title, tr("Loop"));
-    caption->setFixedWidth(ValueRow::titleWidth);
+    caption->setFixedWidth(scaled(ValueRow::titleWidth));
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(8);
@@ -40,8 +41,14 @@ LoopControl::LoopControl(AppState& state, const ThemeSource& source, QWidget* pa
     row->addStretch();
 
     connect(m_switch, &QAbstractButton::clicked, this, [this](bool isOn) { m_state.setLoopEnabled(isOn); });
-    m_seconds->onCommit([this] { m_state.setLoopDelaySeconds(m_seconds->value()); });
-    m_milliseconds->onCommit([this] { m_state.setLoopDelayMilliseconds(m_milliseconds->value()); });
+    m_seconds->onCommit([this] {
+        if (m_seconds->value() != m_state.loopDelaySeconds())
+            m_state.setLoopDelaySeconds(m_seconds->value());
+    });
+    m_milliseconds->onCommit([this] {
+        if (m_milliseconds->value() != m_state.loopDelayMilliseconds())
+            m_state.setLoopDelayMilliseconds(m_milliseconds->value());
+    });
     for (const auto changed :
          { &AppState::loopEnabledChanged, &AppState::loopDelaySecondsChanged, &AppState::loopDelayMillisecondsChanged })
         connect(&state, changed, this, &LoopControl::sync);

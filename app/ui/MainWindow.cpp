@@ -1,13 +1,12 @@
 #include "app/ui/MainWindow.h"
 
-#include "app/core/Commands.h"
-#include "app/ui/KeyResponderView.h"
 #include "app/ui/ToolBar.h"
 #include "platform/base/Require.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QMenuBar>
 #include <QScreen>
 
@@ -22,9 +21,8 @@ constexpr const char* placeKey = "QLT.windowGeometry";
 
 }  // namespace
 
-MainWindow::MainWindow(const ContentView::Services& services, DefaultsDomain& defaults)
-    : m_services(services),
-      m_defaults(defaults)
+MainWindow::MainWindow(const ContentView::Services& services)
+    : m_services(services)
 {
     setWindowTitle(QStringLiteral("Quillet"));
     setMinimumSize(leastContentSize);
@@ -38,42 +36,49 @@ void MainWindow::populate()
     m_content->setMinimumSize(leastContentSize);
     buildMenus();
     setCentralWidget(m_content);
-    auto* responder = new KeyResponderView(m_services.state, m_content);
-    responder->setGeometry(0, 0, 0, 0);
-    responder->show();
 }
 
 void MainWindow::buildMenus()
 {
-    AppState& state = m_services.state;
-    Notifications& notifications = m_services.notifications;
-    std::map<QString, QMenu*> menus;
+    std::map<std::string_view, QMenu*> menus;
     // Shortcuts hold in every window of the program that no dialog stands before.
-    for (const Command& command : menuCommands) {
-        const QString title = QString::fromUtf8(command.menu);
-        if (!menus.contains(title))
-            menus[title] = menuBar()->addMenu(title);
-        QMenu* menu = menus[title];
-        QAction* action = menu->addAction(QString::fromUtf8(command.title));
+    for (const Command& command : commands) {
+        if (command.menu == nullptr)
+            continue;
+        QMenu*& menu = menus[command.menu];
+        if (menu == nullptr)
+            menu = menuBar()->addMenu(translated(command.menu));
+        QAction* action = menu->addAction(translated(command.title));
         if (command.shortcut != 0)
             action->setShortcut(QKeySequence(command.shortcut));
         action->setShortcutContext(Qt::ApplicationShortcut);
-        connect(action, &QAction::triggered, this, [&notifications, name = command.name] { notifications.post(name); });
-        if (command.name == openFromURLName) {
-            QMenu* recent = menu->addMenu(tr("Open Recent"));
-            connect(recent, &QMenu::aboutToShow, this,
-                    [recent, &state, &notifications] { fillRecentMenu(*recent, state, notifications); });
-            menu->addSeparator();
-            QAction* quit = menu->addAction(tr("Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), this, &QWidget::close);
-            quit->setMenuRole(QAction::QuitRole);
-            quit->setShortcutContext(Qt::ApplicationShortcut);
-        }
+        connect(action, &QAction::triggered, this, [this, id = command.id] { m_services.commands.execute(id); });
+        if (command.id == CommandId::openFromURL)
+            addRecentFilesAndQuit(*menu);
     }
+}
+
+void MainWindow::addRecentFilesAndQuit(QMenu& menu)
+{
+    QMenu* recent = menu.addMenu(tr("Open Recent"));
+    connect(recent, &QMenu::aboutToShow, this,
+            [this, recent] { fillRecentMenu(*recent, m_services.state, m_services.commands); });
+    menu.addSeparator();
+    QAction* quit = menu.addAction(tr("Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), this, &QWidget::close);
+    quit->setMenuRole(QAction::QuitRole);
+    quit->setShortcutContext(Qt::ApplicationShortcut);
+}
+
+/// What nothing in the window has handled.
+void MainWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (m_content == nullptr || !m_content->takeSpace(*event))
+        QMainWindow::keyPressEvent(event);
 }
 
 void MainWindow::restorePlace()
 {
-    if (const auto place = m_defaults.data(placeKey))
+    if (const auto place = m_services.defaults.data(placeKey))
         if (restoreGeometry(QByteArray::fromStdString(*place)))
             return;
     const QSize available = QGuiApplication::primaryScreen()->availableSize();
@@ -82,7 +87,7 @@ void MainWindow::restorePlace()
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
-    m_defaults.setData(placeKey, saveGeometry().toStdString());
+    m_services.defaults.setData(placeKey, saveGeometry().toStdString());
     QMainWindow::closeEvent(event);
 }
 

@@ -2,12 +2,11 @@
 // Threads: main thread.
 #pragma once
 
-#include "app/core/AppState.h"
-#include "app/core/Notifications.h"
 #include "app/ui/ContentView.h"
-#include "platform/defaults/DefaultsDomain.h"
 
 #include <QMainWindow>
+
+class QMenu;
 
 namespace quillet {
 
@@ -15,9 +14,9 @@ class MainWindow final : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// `defaults` keeps the window's place; all outlive the window. The window is bare at first, so that it can be shown at
-    /// once: loading fonts alone takes as long as showing it.
-    MainWindow(const ContentView::Services& services, DefaultsDomain& defaults);
+    /// All outlive the window. It is bare at first, so that it can be shown at once: loading fonts alone takes as long as
+    /// showing it.
+    explicit MainWindow(const ContentView::Services& services);
 
     /// Gives the window its menus and its content. Once, when it is on the screen.
     void populate();
@@ -26,13 +25,14 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void buildMenus();
+    void addRecentFilesAndQuit(QMenu& menu);
     void restorePlace();
 
     ContentView::Services m_services;
-    DefaultsDomain& m_defaults;
     ContentView* m_content = nullptr;
 };
 

@@ -1,6 +1,7 @@
 #include "app/ui/PitchControl.h"
 
 #include "AppCore/PitchInputParser.h"
+#include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/ValueField.h"
 #include "app/ui/controls/ValueRow.h"
@@ -15,17 +16,16 @@ constexpr int fieldWidth = 72;
 
 }  // namespace
 
-PitchControl::PitchControl(AppState& state, PlaybackCommands& commands, const ThemeSource& source, QWidget* parent)
+PitchControl::PitchControl(AppState& state, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
       m_state(state),
-      m_commands(commands),
       m_row(new ValueRow(
           source,
           { tr("Pitch"), tr("Pitch in cents"), fieldWidth, tr("Pitch down 1 cent"), tr("Pitch up 1 cent"), tr("Reset pitch") }))
 {
     auto* note = new QHBoxLayout;
-    note->addSpacing(ValueRow::titleWidth + ValueRow::spacing);
-    note->addWidget(new Label(source, Label::Role::secondary, QStringLiteral("cents  (±1200, 100 = 1 semitone)")));
+    note->addSpacing(scaled(ValueRow::titleWidth) + ValueRow::spacing);
+    note->addWidget(new Label(source, Label::Role::secondary, tr("cents  (±1200, 100 = 1 semitone)")));
     note->addStretch();
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -34,9 +34,8 @@ PitchControl::PitchControl(AppState& state, PlaybackCommands& commands, const Th
     column->addLayout(note);
     column->addStretch();
 
-    m_row->onStep([this](int direction) { m_commands.changePitch(direction); });
-    m_row->onReset([this] { m_commands.setPitch(0); });
-    m_row->field().onEditingBegun([this] { m_anchor = m_state.pitch(); });
+    m_row->onStep([this](int direction) { m_state.adjustPitch(direction); });
+    m_row->onReset([this] { m_state.setPitch(0); });
     m_row->field().onCommit([this](const QString& text) { commitInput(text); });
     connect(&state, &AppState::pitchChanged, this, &PitchControl::showPitch);
     showPitch();
@@ -50,8 +49,8 @@ void PitchControl::showPitch()
 
 void PitchControl::commitInput(const QString& text)
 {
-    if (const auto typed = PitchInputParser::parse(text.toStdString(), m_anchor))
-        m_commands.setPitch(*typed);
+    if (const auto typed = PitchInputParser::parse(text.toStdString(), m_state.pitch()))
+        m_state.setPitch(*typed);
     showPitch();
 }
 

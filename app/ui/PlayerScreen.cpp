@@ -8,60 +8,86 @@
 #include "app/ui/TransportView.h"
 #include "app/ui/WaveformPanel.h"
 #include "app/ui/controls/Card.h"
+#include "app/ui/controls/Fonts.h"
 
-#include <QGridLayout>
+#include <QHBoxLayout>
 #include <QResizeEvent>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <initializer_list>
 
 namespace quillet {
 namespace {
 
 constexpr int widthForTwoColumns = 900;
+constexpr int widthForWidePage = 1400;
+/// Of the column beside the waveform on a wide page.
+constexpr int sideWidth = 480;
 constexpr int leastWaveformCardHeight = 244;
-/// From this height on the waveform gets a third of it.
-constexpr double waveformShare = 0.34;
+
+/// The cards side by side, each as high as the highest.
+QHBoxLayout* rowOf(std::initializer_list<Card*> cards)
+{
+    auto* row = new QHBoxLayout;
+    row->setSpacing(AppTheme::cardSpacing);
+    for (Card* card : cards)
+        row->addWidget(card, 1);
+    return row;
+}
+
+/// Takes the rows out; the cards stay.
+void clear(QVBoxLayout& column)
+{
+    while (QLayoutItem* item = column.takeAt(0)) {
+        if (QLayout* row = item->layout())
+            while (const QLayoutItem* card = row->takeAt(0))
+                delete card;
+        delete item;
+    }
+}
 
 }  // namespace
 
-PlayerScreen::PlayerScreen(AppState& state, AudioEngine& engine, PlaybackCommands& commands, const ThemeSource& source,
-                           QWidget* parent)
+PlayerScreen::PlayerScreen(AppState& state, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
-      m_waveform(cardAround(new WaveformPanel(state, commands, source), source)),
-      m_scroll(new QScrollArea),
-      m_grid(new QGridLayout)
+      m_waveform(cardAround(new WaveformPanel(state, source), source)),
+      m_region(cardAround(new RegionControls(state, source), source)),
+      m_transport(cardAround(new TransportView(state, source), source)),
+      m_speed(cardAround(new SpeedControl(state, source), source)),
+      m_pitch(cardAround(new PitchControl(state, source), source)),
+      m_loop(cardAround(new LoopControl(state, source), source)),
+      m_equalizer(cardAround(new EQView(state, source), source)),
+      m_scroll(new QScrollArea(this)),
+      m_controls(new QWidget),
+      m_column(new QVBoxLayout(m_controls)),
+      m_below(new QWidget(this)),
+      m_belowColumn(new QVBoxLayout(m_below))
 {
-    m_cards = { cardAround(new RegionControls(state, commands, source), source),
-                cardAround(new TransportView(state, source), source),
-                cardAround(new SpeedControl(state, commands, source), source),
-                cardAround(new PitchControl(state, commands, source), source),
-                cardAround(new LoopControl(state, source), source),
-                cardAround(new EQView(state, engine, source), source) };
     m_waveform->setParent(this);
-    auto* cards = new QWidget;
-    m_grid->setSpacing(AppTheme::cardSpacing);
-    auto* column = new QVBoxLayout(cards);
-    column->addLayout(m_grid);
-    column->addStretch();
-    m_scroll->setParent(this);
-    m_scroll->setWidget(cards);
+    m_waveform->lower();
+    for (QVBoxLayout* column : { m_column, m_belowColumn })
+        column->setSpacing(AppTheme::cardSpacing);
+    m_belowColumn->setContentsMargins(0, 0, 0, 0);
+    m_scroll->setWidget(m_controls);
     m_scroll->setWidgetResizable(true);
     m_scroll->setFrameShape(QFrame::NoFrame);
     m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_scroll->setFocusPolicy(Qt::NoFocus);
-    const auto leaveMargin = [this, column] {
+    const auto leaveMargin = [this] {
         const bool scrolls = m_scroll->verticalScrollBar()->maximum() > 0;
         const int bar = scrolls ? m_scroll->verticalScrollBar()->sizeHint().width() : 0;
-        column->setContentsMargins(0, 0, AppTheme::windowMargin - bar, AppTheme::windowMargin);
+        m_column->setContentsMargins(0, 0, AppTheme::windowMargin - bar, AppTheme::windowMargin);
     };
     connect(m_scroll->verticalScrollBar(), &QScrollBar::rangeChanged, this, leaveMargin);
     leaveMargin();
     // The window's ground shows through.
     m_scroll->viewport()->setAutoFillBackground(false);
-    cards->setAutoFillBackground(false);
+    m_controls->setAutoFillBackground(false);
+    // What opens and closes among the controls changes what is left for the waveform.
+    m_controls->installEventFilter(this);
 }
 
 Card* PlayerScreen::cardAround(QWidget* content, const ThemeSource& source)
@@ -80,18 +106,35 @@ void PlayerScreen::resizeEvent(QResizeEvent* event)
     arrange();
 }
 
+bool PlayerScreen::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_controls && event->type() == QEvent::LayoutRequest)
+        QMetaObject::invokeMethod(this, &PlayerScreen::arrange, Qt::QueuedConnection);
+    return QWidget::eventFilter(watched, event);
+}
+
 void PlayerScreen::arrange()
 {
-    const Columns columns = width() >= widthForTwoColumns ? Columns::two : Columns::one;
-    if (columns != m_columns) {
-        m_columns = columns;
+    const Page page = width() >= widthForWidePage ? Page::wide : width() >= widthForTwoColumns ? Page::usual : Page::narrow;
+    if (std::exchange(m_page, page) != page)
         placeCards();
-    }
     const int margin = AppTheme::windowMargin;
+    const int top = AppTheme::cardSpacing;
+    if (page == Page::wide) {
+        const int side = scaled(sideWidth);
+        const int mainWidth = width() - 2 * margin - AppTheme::cardSpacing - side;
+        const int below = m_belowColumn->sizeHint().height();
+        const int waveformHeight = std::max(leastWaveformCardHeight, height() - top - AppTheme::cardSpacing - below - margin);
+        m_waveform->setGeometry(margin, top, mainWidth, waveformHeight);
+        m_below->setGeometry(margin, top + waveformHeight + AppTheme::cardSpacing, mainWidth, below);
+        m_scroll->setGeometry(margin + mainWidth + AppTheme::cardSpacing, top, side + margin, height() - top);
+        return;
+    }
     const int contentWidth = std::min(width() - 2 * margin, AppTheme::widestContent);
     const int left = (width() - contentWidth) / 2;
-    const int top = AppTheme::cardSpacing;
-    const int waveformHeight = std::max(leastWaveformCardHeight, static_cast<int>(height() * waveformShare));
+    // What the controls leave is the waveform's.
+    const int waveformHeight =
+        std::max(leastWaveformCardHeight, height() - top - AppTheme::cardSpacing - m_column->sizeHint().height());
     m_waveform->setGeometry(margin, top, width() - 2 * margin, waveformHeight);
     const int below = top + waveformHeight + AppTheme::cardSpacing;
     // The scroll bar stands in the margin, beside the cards.
@@ -100,19 +143,26 @@ void PlayerScreen::arrange()
 
 void PlayerScreen::placeCards()
 {
-    for (Card* card : m_cards)
-        m_grid->removeWidget(card);
-    if (m_columns == Columns::one) {
-        for (std::size_t i = 0; i < m_cards.size(); ++i)
-            m_grid->addWidget(m_cards[i], static_cast<int>(i), 0, 1, 2);
-        return;
+    clear(*m_column);
+    clear(*m_belowColumn);
+    m_below->setVisible(m_page == Page::wide);
+    switch (m_page) {
+    case Page::wide:
+        m_belowColumn->addLayout(rowOf({ m_region, m_transport }));
+        for (Card* card : { m_speed, m_pitch, m_loop, m_equalizer })
+            m_column->addWidget(card);
+        break;
+    case Page::usual:
+        m_column->addLayout(rowOf({ m_region, m_transport }));
+        m_column->addLayout(rowOf({ m_speed, m_pitch }));
+        m_column->addLayout(rowOf({ m_loop, m_equalizer }));
+        break;
+    case Page::narrow:
+    case Page::unknown:
+        for (Card* card : { m_region, m_transport, m_speed, m_pitch, m_loop, m_equalizer })
+            m_column->addWidget(card);
     }
-    for (int i = 0; i < 4; ++i)
-        m_grid->addWidget(m_cards[static_cast<std::size_t>(i)], i / 2, i % 2);
-    m_grid->addWidget(m_cards[4], 2, 0, 1, 2);
-    m_grid->addWidget(m_cards[5], 3, 0, 1, 2);
-    m_grid->setColumnStretch(0, 1);
-    m_grid->setColumnStretch(1, 1);
+    m_column->addStretch();
 }
 
 }  // namespace quillet

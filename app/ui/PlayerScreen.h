@@ -1,19 +1,16 @@
-// What is shown while a file is open: the waveform, and under it, scrolling where there is not room enough, the controls. Two
-// columns where the window is wide, one where it is not.
+// What is shown while a file is open: the waveform, which takes the height that the page leaves, and the controls, which scroll
+// where there is not room enough. The controls stand in one column in a narrow window and in two in a wider one; a wide window
+// is a page of two columns, with what sets the sound beside what one plays with.
 // Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"
-#include "app/core/PlaybackCommands.h"
-#include "app/playback/AudioEngine.h"
 #include "app/ui/ThemeSource.h"
 
 #include <QWidget>
 
-#include <vector>
-
-class QGridLayout;
 class QScrollArea;
+class QVBoxLayout;
 
 namespace quillet {
 
@@ -23,26 +20,35 @@ class PlayerScreen final : public QWidget {
     Q_OBJECT
 
 public:
-    /// All outlive the screen.
-    PlayerScreen(AppState& state, AudioEngine& engine, PlaybackCommands& commands, const ThemeSource& source,
-                 QWidget* parent = nullptr);
+    /// Both outlive the screen.
+    PlayerScreen(AppState& state, const ThemeSource& source, QWidget* parent = nullptr);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    enum class Columns { unknown, one, two };
+    enum class Page { unknown, narrow, usual, wide };
 
-    [[nodiscard]] Card* cardAround(QWidget* content, const ThemeSource& source);
+    [[nodiscard]] static Card* cardAround(QWidget* content, const ThemeSource& source);
     void arrange();
     void placeCards();
 
     Card* m_waveform;
+    Card* m_region;
+    Card* m_transport;
+    Card* m_speed;
+    Card* m_pitch;
+    Card* m_loop;
+    Card* m_equalizer;
     QScrollArea* m_scroll;
-    QGridLayout* m_grid;
-    /// Region, transport, speed, pitch, loop, equaliser.
-    std::vector<Card*> m_cards;
-    Columns m_columns = Columns::unknown;
+    /// What scrolls; and what stands beside the waveform on a wide page.
+    QWidget* m_controls;
+    QVBoxLayout* m_column;
+    /// On a wide page what stands under the waveform.
+    QWidget* m_below;
+    QVBoxLayout* m_belowColumn;
+    Page m_page = Page::unknown;
 };
 
 }  // namespace quillet

@@ -1,4 +1,5 @@
 #include "app/ui/QuilletStyle.h"
+#include "app/ui/controls/Fonts.h"
 
 #include <QAbstractButton>
 #include <QAbstractScrollArea>
@@ -125,7 +126,7 @@ QSize QuilletStyle::sizeFromContents(ContentsType type, const QStyleOption* opti
     const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
     const QString text = button != nullptr ? button->text : QString();
     const int width = option->fontMetrics.horizontalAdvance(text) + 2 * buttonPadding;
-    return { std::max(width, AppTheme::controlHeight), AppTheme::controlHeight };
+    return { std::max(width, scaled(AppTheme::controlHeight)), scaled(AppTheme::controlHeight) };
 }
 
 // ---- Buttons ----

@@ -10,10 +10,9 @@
 
 namespace quillet {
 
-RegionControls::RegionControls(AppState& state, PlaybackCommands& commands, const ThemeSource& source, QWidget* parent)
+RegionControls::RegionControls(AppState& state, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
-      m_state(state),
-      m_commands(commands)
+      m_state(state)
 {
     auto* grid = new QGridLayout(this);
     grid->setContentsMargins(0, 0, 0, 0);
@@ -26,8 +25,7 @@ RegionControls::RegionControls(AppState& state, PlaybackCommands& commands, cons
         field->onCommit([this] { applyStart(); });
     for (TimePickerField* field : { m_end.minutes, m_end.seconds, m_end.milliseconds })
         field->onCommit([this] { applyEnd(); });
-    connect(&state, &AppState::regionStartChanged, this, &RegionControls::syncFromState);
-    connect(&state, &AppState::regionEndChanged, this, &RegionControls::syncFromState);
+    connect(&state, &AppState::regionChanged, this, &RegionControls::syncFromState);
     syncFromState();
 }
 
@@ -50,6 +48,13 @@ double RegionControls::Fields::time() const
     return TimeIntervalComponents{ minutes->value(), seconds->value(), milliseconds->value() }.asTimeInterval();
 }
 
+/// What is below a millisecond is not shown, and no change.
+bool RegionControls::Fields::hasChanged(double shown) const
+{
+    return TimeIntervalComponents{ minutes->value(), seconds->value(), milliseconds->value() }
+    != TimeIntervalComponents::fromSeconds(shown);
+}
+
 void RegionControls::Fields::show(double time) const
 {
     const TimeIntervalComponents parts = TimeIntervalComponents::fromSeconds(time);
@@ -66,20 +71,22 @@ void RegionControls::syncFromState()
 
 void RegionControls::applyStart()
 {
-    m_state.setRegionStart(std::max(0.0, std::min(m_start.time(), m_state.regionEnd())));
-    finishEdit();
+    const TimeRange region = m_state.region();
+    if (m_start.hasChanged(region.start))
+        apply({ std::max(0.0, std::min(m_start.time(), region.end)), region.end });
 }
 
 void RegionControls::applyEnd()
 {
-    m_state.setRegionEnd(std::max(m_state.regionStart(), std::min(m_end.time(), m_state.audioDuration())));
-    finishEdit();
+    const TimeRange region = m_state.region();
+    if (m_end.hasChanged(region.end))
+        apply({ region.start, std::max(region.start, std::min(m_end.time(), m_state.audioDuration())) });
 }
 
-void RegionControls::finishEdit()
+void RegionControls::apply(const TimeRange& region)
 {
-    m_state.settingsDidChange();
-    m_commands.restartPlayback();
+    m_state.setRegion(region);
+    m_state.restartRegion();
     syncFromState();
 }
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "app/core/AppState.h"
-#include "app/core/PlaybackCommands.h"
 #include "app/ui/ThemeSource.h"
 
 #include <QWidget>
@@ -18,8 +17,8 @@ class RegionControls final : public QWidget {
     Q_OBJECT
 
 public:
-    /// All outlive the control.
-    RegionControls(AppState& state, PlaybackCommands& commands, const ThemeSource& source, QWidget* parent = nullptr);
+    /// Both outlive the control.
+    RegionControls(AppState& state, const ThemeSource& source, QWidget* parent = nullptr);
 
 private:
     struct Fields {
@@ -28,6 +27,8 @@ private:
         TimePickerField* milliseconds;
 
         [[nodiscard]] double time() const;
+        /// Whether they say another time than the one that was shown in them, seconds.
+        [[nodiscard]] bool hasChanged(double shown) const;
         void show(double seconds) const;
     };
 
@@ -35,10 +36,9 @@ private:
     void syncFromState();
     void applyStart();
     void applyEnd();
-    void finishEdit();
+    void apply(const TimeRange& region);
 
     AppState& m_state;
-    PlaybackCommands& m_commands;
     Fields m_start;
     Fields m_end;
 };

@@ -3,6 +3,7 @@
 #include "AppCore/SpeedInputParser.h"
 #include "AppCore/TypedNumber.h"
 #include "app/ui/QuilletStyle.h"
+#include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/ValueField.h"
 #include "app/ui/controls/ValueRow.h"
@@ -36,10 +37,9 @@ QString shortNumber(double value) { return QString::number(value, 'g', 6); }
 
 }  // namespace
 
-SpeedControl::SpeedControl(AppState& state, PlaybackCommands& commands, const ThemeSource& source, QWidget* parent)
+SpeedControl::SpeedControl(AppState& state, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
       m_state(state),
-      m_commands(commands),
       m_row(new ValueRow(
           source,
           { tr("Speed"), tr("Speed in percent"), fieldWidth, tr("Decrease speed"), tr("Increase speed"), tr("Reset speed") })),
@@ -52,9 +52,8 @@ SpeedControl::SpeedControl(AppState& state, PlaybackCommands& commands, const Th
     column->addWidget(m_row);
     buildSteps(source);
 
-    m_row->onStep([this](int direction) { m_commands.changeSpeed(direction * m_state.speedStep()); });
-    m_row->onReset([this] { m_commands.setSpeed(100); });
-    m_row->field().onEditingBegun([this] { m_anchor = m_state.speed(); });
+    m_row->onStep([this](int direction) { m_state.adjustSpeed(direction * m_state.speedStep()); });
+    m_row->onReset([this] { m_state.setSpeed(100); });
     m_row->field().onCommit([this](const QString& text) { commitSpeedInput(text); });
     connect(&state, &AppState::speedChanged, this, &SpeedControl::showSpeed);
     connect(&state, &AppState::speedStepChanged, this, &SpeedControl::showStep);
@@ -71,7 +70,7 @@ void SpeedControl::buildSteps(const ThemeSource& source)
     auto* row = new QHBoxLayout;
     row->setSpacing(6);
     auto* caption = new Label(source, Label::Role::secondary, tr("Step:"));
-    caption->setFixedWidth(ValueRow::titleWidth);
+    caption->setFixedWidth(scaled(ValueRow::titleWidth));
     row->addWidget(caption);
     row->addSpacing(2);
     const auto add = [&](const QString& label, int id) {
@@ -81,7 +80,7 @@ void SpeedControl::buildSteps(const ThemeSource& source)
         button->setFocusPolicy(Qt::TabFocus);
         setButtonKind(*button, ButtonKind::segment);
         if (id != customId)
-            button->setFixedWidth(segmentWidth);
+            button->setFixedWidth(scaled(segmentWidth));
         m_steps->addButton(button, id);
         row->addWidget(button);
     };
@@ -124,8 +123,8 @@ void SpeedControl::showStep()
 
 void SpeedControl::commitSpeedInput(const QString& text)
 {
-    if (const auto typed = SpeedInputParser::parse(text.toStdString(), m_anchor))
-        m_commands.setSpeed(*typed);
+    if (const auto typed = SpeedInputParser::parse(text.toStdString(), m_state.speed()))
+        m_state.setSpeed(*typed);
     showSpeed();
 }
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "app/core/AppState.h"
-#include "app/core/PlaybackCommands.h"
 #include "app/ui/ThemeSource.h"
 
 #include <QWidget>
@@ -21,8 +20,8 @@ class SpeedControl final : public QWidget {
     Q_OBJECT
 
 public:
-    /// All outlive the control.
-    SpeedControl(AppState& state, PlaybackCommands& commands, const ThemeSource& source, QWidget* parent = nullptr);
+    /// Both outlive the control.
+    SpeedControl(AppState& state, const ThemeSource& source, QWidget* parent = nullptr);
 
 private:
     void buildSteps(const ThemeSource& source);
@@ -32,12 +31,9 @@ private:
     void commitCustomStep(const QString& text);
 
     AppState& m_state;
-    PlaybackCommands& m_commands;
     ValueRow* m_row;
     QButtonGroup* m_steps;
     ValueField* m_customStep;
-    /// The speed that was shown when typing began.
-    double m_anchor = 0;
     /// "Custom" was chosen while the step is still that of a preset.
     bool m_wantsCustomStep = false;
 };

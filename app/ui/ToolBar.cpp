@@ -1,11 +1,11 @@
 #include "app/ui/ToolBar.h"
 
-#include "app/core/Commands.h"
 #include "app/ui/BusyIndicator.h"
 #include "app/ui/FileNames.h"
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/controls/ElidedLabel.h"
+#include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/SymbolButton.h"
 
 #include <QHBoxLayout>
@@ -21,8 +21,10 @@ constexpr int barHeight = 54;
 constexpr int symbolSize = 20;
 constexpr int chevronSize = 12;
 constexpr int busySize = 18;
+/// Of a file in a menu, points.
+constexpr int widestName = 480;
 
-/// A button whose menu drops down, with a chevron behind its text.
+/// A button whose menu drops down, with a chevron after its text.
 class MenuButton final : public QPushButton {
 public:
     explicit MenuButton(const QString& text)
@@ -51,25 +53,27 @@ protected:
 
 }  // namespace
 
-void fillRecentMenu(QMenu& menu, const AppState& state, Notifications& notifications)
+void fillRecentMenu(QMenu& menu, const AppState& state, CommandCenter& center)
 {
     menu.clear();
     if (state.recentFiles().empty()) {
-        menu.addAction(QObject::tr("No Recent Files"))->setEnabled(false);
+        menu.addAction(ToolBar::tr("No Recent Files"))->setEnabled(false);
         return;
     }
-    for (const FilePath& file : state.recentFiles()) {
-        QAction* action = menu.addAction(menuText(fileName(file)));
-        action->setToolTip(pathText(file));
-        QObject::connect(action, &QAction::triggered, &menu,
-                         [&notifications, file] { notifications.post(openRecentName, file); });
+    menu.setToolTipsVisible(true);
+    const auto names = listNames(state.recentFiles());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const FilePath& file = state.recentFiles()[i];
+        QAction* action = menu.addAction(menuText(menu.fontMetrics().elidedText(names[i], Qt::ElideMiddle, widestName)));
+        action->setToolTip(toolTipText(pathText(file)));
+        QObject::connect(action, &QAction::triggered, &menu, [&center, file] { center.execute(CommandId::openRecent, file); });
     }
     menu.addSeparator();
-    QObject::connect(menu.addAction(QObject::tr("Clear Recents")), &QAction::triggered, &menu,
-                     [&notifications] { notifications.post(clearRecentsName); });
+    QObject::connect(menu.addAction(ToolBar::tr("Clear Recents")), &QAction::triggered, &menu,
+                     [&center] { center.execute(CommandId::clearRecents); });
 }
 
-ToolBar::ToolBar(AppState& state, Notifications& notifications, const ThemeSource& source, QWidget* parent)
+ToolBar::ToolBar(AppState& state, CommandCenter& center, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
       m_state(state),
       m_open(new QPushButton(tr("Open File..."))),
@@ -77,11 +81,11 @@ ToolBar::ToolBar(AppState& state, Notifications& notifications, const ThemeSourc
       m_busy(new BusyIndicator(source, AppTheme::onToolbar, busySize)),
       m_title(new ElidedLabel(source, Label::Role::toolbarTitle))
 {
-    setFixedHeight(barHeight);
+    setFixedHeight(scaled(barHeight));
     setButtonKind(*m_open, ButtonKind::toolbar);
     m_recent->setAccessibleName(tr("Recent files"));
     auto* menu = new QMenu(m_recent);
-    connect(menu, &QMenu::aboutToShow, this, [this, menu, &notifications] { fillRecentMenu(*menu, m_state, notifications); });
+    connect(menu, &QMenu::aboutToShow, this, [this, menu, &center] { fillRecentMenu(*menu, m_state, center); });
     m_recent->setMenu(menu);
     auto* help = new SymbolButton(source, QStringLiteral("questionmark.circle"), tr("Help"), ButtonKind::toolbar, symbolSize);
     help->setToolTip(tr("Help"));
@@ -100,8 +104,8 @@ ToolBar::ToolBar(AppState& state, Notifications& notifications, const ThemeSourc
     row->addSpacing(8);
     row->addWidget(help);
 
-    connect(m_open, &QAbstractButton::clicked, this, [&notifications] { notifications.post(openFileName); });
-    connect(help, &QAbstractButton::clicked, this, [&notifications] { notifications.post(showHelpName); });
+    connect(m_open, &QAbstractButton::clicked, this, [&center] { center.execute(CommandId::openFile); });
+    connect(help, &QAbstractButton::clicked, this, [&center] { center.execute(CommandId::showHelp); });
     connect(&state, &AppState::loadingStateChanged, this, &ToolBar::syncLoading);
     connect(&state, &AppState::audioFileURLChanged, this, &ToolBar::syncLoading);
     syncLoading();
@@ -118,7 +122,7 @@ void ToolBar::syncLoading()
                               : m_state.audioFileURL() ? fileName(*m_state.audioFileURL())
                                                        : QString());
     // Where the file lies.
-    m_title->setToolTip(m_state.audioFileURL() ? pathText(*m_state.audioFileURL()) : QString());
+    m_title->setToolTip(m_state.audioFileURL() ? toolTipText(pathText(*m_state.audioFileURL())) : QString());
 }
 
 void ToolBar::paintEvent(QPaintEvent*)

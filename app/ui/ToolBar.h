@@ -1,10 +1,10 @@
 // The navy bar at the window's top: opening, recent files, the open file's name or what is being loaded, help. It acts only by
-// posting notifications.
+// giving commands.
 // Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"
-#include "app/core/Notifications.h"
+#include "app/core/CommandCenter.h"
 #include "app/ui/ThemeSource.h"
 
 #include <QWidget>
@@ -23,7 +23,7 @@ class ToolBar final : public QWidget {
 
 public:
     /// All outlive the bar.
-    ToolBar(AppState& state, Notifications& notifications, const ThemeSource& source, QWidget* parent = nullptr);
+    ToolBar(AppState& state, CommandCenter& center, const ThemeSource& source, QWidget* parent = nullptr);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -39,6 +39,6 @@ private:
 };
 
 /// Fills `menu` with the recent files, a divider and "Clear Recents"; or with "No Recent Files".
-void fillRecentMenu(QMenu& menu, const AppState& state, Notifications& notifications);
+void fillRecentMenu(QMenu& menu, const AppState& state, CommandCenter& center);
 
 }  // namespace quillet

@@ -83,7 +83,7 @@ HoldButton::HoldButton(const ThemeSource& source, QWidget* parent)
     connect(&source, &ThemeSource::themeChanged, this, qOverload<>(&QWidget::update));
 }
 
-QSize HoldButton::sizeHint() const { return holdSize; }
+QSize HoldButton::sizeHint() const { return { scaled(holdSize.width()), scaled(holdSize.height()) }; }
 
 void HoldButton::checkStateSet()
 {

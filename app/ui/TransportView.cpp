@@ -4,6 +4,8 @@
 #include "app/ui/TransportButtons.h"
 #include "app/ui/controls/Fonts.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QHBoxLayout>
 #include <QLabel>
 
@@ -12,6 +14,39 @@ namespace {
 
 /// The largest text of the window.
 constexpr int positionPixels = 34;
+
+/// Says where the play head is to a screen reader that asks. A label tells of each change, twenty times a second.
+class AccessiblePosition final : public QAccessibleWidget {
+public:
+    explicit AccessiblePosition(QLabel* label)
+        : QAccessibleWidget(label, QAccessible::StaticText)
+    {
+    }
+
+    [[nodiscard]] QString text(QAccessible::Text kind) const override
+    {
+        if (kind != QAccessible::Name)
+            return QAccessibleWidget::text(kind);
+        return TransportView::tr("Position %1").arg(static_cast<const QLabel*>(widget())->text());
+    }
+};
+
+class PositionLabel final : public QLabel {
+public:
+    PositionLabel()
+    {
+        static const bool installed = [] {
+            QAccessible::installFactory([](const QString&, QObject* object) -> QAccessibleInterface* {
+                auto* label = dynamic_cast<PositionLabel*>(object);
+                return label != nullptr ? new AccessiblePosition(label) : nullptr;
+            });
+            return true;
+        }();
+        Q_UNUSED(installed)
+        // With a name of its own it keeps quiet when its text changes.
+        setAccessibleName(TransportView::tr("Position"));
+    }
+};
 
 }  // namespace
 
@@ -29,7 +64,7 @@ TransportView::TransportView(AppState& state, const ThemeSource& source, QWidget
       m_state(state),
       m_play(new PlayButton(source)),
       m_hold(new HoldButton(source)),
-      m_position(new QLabel)
+      m_position(new PositionLabel)
 {
     m_position->setFont(numberFont(positionPixels));
     m_position->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -60,11 +95,6 @@ void TransportView::syncButtons()
     m_hold->setChecked(m_state.holdEnabled());
 }
 
-void TransportView::syncPosition()
-{
-    const QString text = formattedPosition(m_state.playbackPosition());
-    m_position->setText(text);
-    m_position->setAccessibleName(tr("Position %1").arg(text));
-}
+void TransportView::syncPosition() { m_position->setText(formattedPosition(m_state.playbackPosition())); }
 
 }  // namespace quillet

@@ -1,6 +1,7 @@
 #include "app/ui/WaveformPanel.h"
 
 #include "AppCore/WaveformZoomPan.h"
+#include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/SymbolButton.h"
 #include "app/waveform/WaveformView.h"
@@ -17,10 +18,9 @@ constexpr int zoomTextWidth = 52;
 
 }  // namespace
 
-WaveformPanel::WaveformPanel(AppState& state, PlaybackCommands& commands, const ThemeSource& source, QWidget* parent)
+WaveformPanel::WaveformPanel(AppState& state, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
       m_state(state),
-      m_commands(commands),
       m_source(source),
       m_view(new WaveformView)
 {
@@ -51,7 +51,7 @@ QHBoxLayout* WaveformPanel::zoomBar(const ThemeSource& source)
     };
     m_zoomOut = symbolButton("minus", tr("Zoom out"), &WaveformPanel::zoomOut);
     m_zoom = new Label(source, Label::Role::number, {});
-    m_zoom->setFixedWidth(zoomTextWidth);
+    m_zoom->setFixedWidth(scaled(zoomTextWidth));
     m_zoom->setAlignment(Qt::AlignCenter);
     m_zoomIn = symbolButton("plus", tr("Zoom in"), &WaveformPanel::zoomIn);
     m_panLeft = symbolButton("chevron.left", tr("Pan left"), &WaveformPanel::panLeft);
@@ -71,27 +71,25 @@ QHBoxLayout* WaveformPanel::zoomBar(const ThemeSource& source)
 
 void WaveformPanel::bindView()
 {
-    m_view->onRegionChange([this](double start, double end) {
-        m_state.setRegionStart(start);
-        m_state.setRegionEnd(end);
-        m_state.settingsDidChange();
-    });
-    m_view->onDragEnded([this] { m_commands.restartPlayback(); });
+    m_view->onRegionChange([this](const TimeRange& region) { m_state.setRegion(region); });
+    m_view->onDragEnded([this] { m_state.restartRegion(); });
     m_view->onResignFocus([] {
         if (QWidget* focused = QApplication::focusWidget())
             focused->clearFocus();
     });
     m_view->onZoomChange([this](double zoom, double pan) { setZoomAndPan(zoom, pan); });
+    m_view->onWidthChange([this](double factor) {
+        m_state.setPanOffset(m_state.panOffset() * factor);
+        syncZoom();
+    });
 
     const auto follow = [this](auto changed, auto&& copy) {
         connect(&m_state, changed, this, copy);
         copy();
     };
-    const auto copyRegion = [this] { m_view->setRegion({ m_state.regionStart(), m_state.regionEnd() }); };
     follow(&AppState::waveformSamplesChanged, [this] { m_view->setSamples(m_state.waveformSamples()); });
     follow(&AppState::audioDurationChanged, [this] { m_view->setDuration(m_state.audioDuration()); });
-    follow(&AppState::regionStartChanged, copyRegion);
-    follow(&AppState::regionEndChanged, copyRegion);
+    follow(&AppState::regionChanged, [this] { m_view->setRegion(m_state.region()); });
     follow(&AppState::playbackPositionChanged, [this] { m_view->setPlaybackPosition(m_state.playbackPosition()); });
     follow(&AppState::isPlayingChanged, [this] { m_view->setPlaying(m_state.isPlaying()); });
     follow(&AppState::speedChanged, [this] { m_view->setPlaybackRate(m_state.speed() / 100); });

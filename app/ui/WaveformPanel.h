@@ -4,7 +4,6 @@
 #pragma once
 
 #include "app/core/AppState.h"
-#include "app/core/PlaybackCommands.h"
 #include "app/ui/ThemeSource.h"
 
 #include <QWidget>
@@ -21,8 +20,8 @@ class WaveformPanel final : public QWidget {
     Q_OBJECT
 
 public:
-    /// All outlive the panel.
-    WaveformPanel(AppState& state, PlaybackCommands& commands, const ThemeSource& source, QWidget* parent = nullptr);
+    /// Both outlive the panel.
+    WaveformPanel(AppState& state, const ThemeSource& source, QWidget* parent = nullptr);
 
     void zoomIn();
     void zoomOut();
@@ -39,7 +38,6 @@ private:
     void setZoomAndPan(double zoomLevel, double panOffset);
 
     AppState& m_state;
-    PlaybackCommands& m_commands;
     const ThemeSource& m_source;
     WaveformView* m_view;
     Label* m_zoom;

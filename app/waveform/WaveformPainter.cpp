@@ -65,7 +65,7 @@ private:
 }  // namespace
 
 void paintWaveform(QPainter& painter, std::span<const float> samples, const WaveformCoordinates& coordinates, double height,
-                   const WaveformRegion& region, const WaveformColors& colors, double firstX, double endX)
+                   const TimeRange& region, const WaveformColors& colors, double firstX, double endX)
 {
     if (samples.empty() || coordinates.duration <= 0 || coordinates.viewWidth <= 0)
         return;

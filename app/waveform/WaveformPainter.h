@@ -3,6 +3,7 @@
 // Threads: any, for a painter of that thread.
 #pragma once
 
+#include "AppCore/TimeRange.h"
 #include "AppCore/WaveformCoordinates.h"
 
 #include <QColor>
@@ -18,18 +19,12 @@ struct WaveformColors {
     QColor unselected;
 };
 
-/// Seconds.
-struct WaveformRegion {
-    double start = 0;
-    double end = 0;
-};
-
 /// Draws `samples` (0 to 1, spread evenly over the file) as seen through `coordinates`, from x = 0 to its view's width and
 /// `height` points high, centred. Only what lies between `firstX` and `endX` (points) is drawn. Draws nothing for a file
 /// without length. Each bar is as wide as its part of the file, less a gap of half a point; where bars are too narrow for gaps
 /// they are columns of one device pixel, the highest of those that fall on it. Edges lie on device pixels, so nothing is
 /// blurred at any scale.
 void paintWaveform(QPainter& painter, std::span<const float> samples, const WaveformCoordinates& coordinates, double height,
-                   const WaveformRegion& region, const WaveformColors& colors, double firstX, double endX);
+                   const TimeRange& region, const WaveformColors& colors, double firstX, double endX);
 
 }  // namespace quillet

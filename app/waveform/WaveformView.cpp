@@ -84,9 +84,9 @@ void WaveformView::setDuration(double seconds)
         invalidateBars();
 }
 
-void WaveformView::setRegion(const WaveformRegion& region)
+void WaveformView::setRegion(const TimeRange& region)
 {
-    if (region.start == m_region.start && region.end == m_region.end)
+    if (region == m_region)
         return;
     m_region = region;
     invalidateBars();
@@ -263,6 +263,9 @@ void WaveformView::drawRuler(QPainter& painter, const QRectF& exposed) const
 void WaveformView::resizeEvent(QResizeEvent* event)
 {
     invalidateBars();
+    const double old = std::exchange(m_panWidth, waveformWidth());
+    if (m_onWidthChange && old != m_panWidth)
+        m_onWidthChange(m_panWidth / old);
     QWidget::resizeEvent(event);
 }
 
@@ -310,16 +313,14 @@ void WaveformView::dragTo(double x)
 {
     const double time = xToTime(x);
     switch (m_dragMode) {
-    case DragMode::newRegion: {
-        const auto region = RegionClamp::clampNewRegion(time, xToTime(m_dragAnchor), m_duration);
-        wishRegion(region.start, region.end);
+    case DragMode::newRegion:
+        wishRegion(RegionClamp::clampNewRegion(time, xToTime(m_dragAnchor), m_duration));
         break;
-    }
     case DragMode::startHandle:
-        wishRegion(RegionClamp::clampStart(time, m_region.end), m_region.end);
+        wishRegion({ RegionClamp::clampStart(time, m_region.end), m_region.end });
         break;
     case DragMode::endHandle:
-        wishRegion(m_region.start, RegionClamp::clampEnd(time, m_region.start, m_duration));
+        wishRegion({ m_region.start, RegionClamp::clampEnd(time, m_region.start, m_duration) });
         break;
     case DragMode::none:
         break;
@@ -336,10 +337,10 @@ void WaveformView::mouseReleaseEvent(QMouseEvent* event)
         m_onDragEnded();
 }
 
-void WaveformView::wishRegion(double start, double end)
+void WaveformView::wishRegion(const TimeRange& region)
 {
     if (m_onRegionChange)
-        m_onRegionChange(start, end);
+        m_onRegionChange(region);
 }
 
 // ---- Keys ----
@@ -369,9 +370,9 @@ void WaveformView::moveHandle(RegionHandle::Side side, RegionHandle::Move move)
         break;
     }
     if (isStart)
-        wishRegion(RegionClamp::clampStart(time, m_region.end), m_region.end);
+        wishRegion({ RegionClamp::clampStart(time, m_region.end), m_region.end });
     else
-        wishRegion(m_region.start, RegionClamp::clampEnd(time, m_region.start, m_duration));
+        wishRegion({ m_region.start, RegionClamp::clampEnd(time, m_region.start, m_duration) });
 }
 
 // ---- Wheel and pinch ----

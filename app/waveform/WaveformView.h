@@ -57,7 +57,7 @@ public:
     void setSamples(std::vector<float> samples);
     /// Seconds.
     void setDuration(double seconds);
-    void setRegion(const WaveformRegion& region);
+    void setRegion(const TimeRange& region);
     /// Seconds, as reported now and then: in between, the play head moves on by itself at `setPlaybackRate` (file seconds per
     /// second, 1 is normal).
     void setPlaybackPosition(double seconds);
@@ -73,13 +73,14 @@ public:
 
     // ---- What the user wishes ----
 
-    /// Seconds.
-    void onRegionChange(std::function<void(double start, double end)> wish) { m_onRegionChange = std::move(wish); }
+    void onRegionChange(std::function<void(const TimeRange& region)> wish) { m_onRegionChange = std::move(wish); }
     /// A drag is over, or a key that moved a handle.
     void onDragEnded(std::function<void()> ended) { m_onDragEnded = std::move(ended); }
     /// The view was clicked: fields that are being edited lose the focus.
     void onResignFocus(std::function<void()> resign) { m_onResignFocus = std::move(resign); }
     void onZoomChange(std::function<void(double zoom, double pan)> wish) { m_onZoomChange = std::move(wish); }
+    /// The view has become so many times as wide: a pan grows with it if the same place is to stay in view.
+    void onWidthChange(std::function<void(double factor)> changed) { m_onWidthChange = std::move(changed); }
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
@@ -104,7 +105,7 @@ private:
     void dragTo(double x);
     void magnify(double magnification, double anchorX);
     void moveHandle(RegionHandle::Side side, RegionHandle::Move move);
-    void wishRegion(double start, double end);
+    void wishRegion(const TimeRange& region);
 
     void invalidateBars();
     void placeHandles();
@@ -120,7 +121,7 @@ private:
     WaveformViewColors m_colors;
     std::vector<float> m_samples;
     double m_duration = 1;
-    WaveformRegion m_region{ 0, 1 };
+    TimeRange m_region{ 0, 1 };
     double m_zoomLevel = 1;
     double m_panOffset = 0;
 
@@ -133,15 +134,19 @@ private:
     /// Where the drag of a new region began, points.
     double m_dragAnchor = 0;
 
-    /// The bars, in device pixels; null when they have to be drawn anew.
+    /// What pan is counted in now, points.
+    double m_panWidth = waveformWidth();
+
+    /// The bars, in device pixels; null when they have to be drawn again.
     QPixmap m_bars;
     RegionHandle* m_startHandle;
     RegionHandle* m_endHandle;
 
-    std::function<void(double start, double end)> m_onRegionChange;
+    std::function<void(const TimeRange& region)> m_onRegionChange;
     std::function<void()> m_onDragEnded;
     std::function<void()> m_onResignFocus;
     std::function<void(double zoom, double pan)> m_onZoomChange;
+    std::function<void(double factor)> m_onWidthChange;
 };
 
 }  // namespace quillet

@@ -60,7 +60,7 @@ void Label::applyTheme()
     }
     if (m_headingPixels > 0) {
         QFont heading = titleFont();
-        heading.setPixelSize(m_headingPixels);
+        heading.setPixelSize(scaled(m_headingPixels));
         heading.setWeight(QFont::Bold);
         setFont(heading);
     }

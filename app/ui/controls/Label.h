@@ -17,7 +17,7 @@ public:
     Label(const ThemeSource& source, Role role, const QString& text, QWidget* parent = nullptr);
 
     void setRole(Role role);
-    /// Makes it a heading: bold letters of so many pixels.
+    /// Makes it a heading: bold letters of so many pixels, larger where the desktop's text is.
     void setHeading(int pixels);
 
 private:

@@ -1,6 +1,7 @@
 #include "app/ui/controls/SymbolButton.h"
 
 #include "app/ui/Symbol.h"
+#include "app/ui/controls/Fonts.h"
 
 #include <QPainter>
 #include <QStyleOptionButton>
@@ -33,7 +34,7 @@ void SymbolButton::setSymbol(const QString& symbol)
 
 QSize SymbolButton::sizeHint() const
 {
-    const int side = std::max(AppTheme::controlHeight, m_symbolSize + 12);
+    const int side = std::max(scaled(AppTheme::controlHeight), m_symbolSize + 12);
     return { side, side };
 }
 

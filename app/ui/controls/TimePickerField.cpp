@@ -1,5 +1,6 @@
 #include "app/ui/controls/TimePickerField.h"
 
+#include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/SymbolButton.h"
 #include "app/ui/controls/ValueField.h"
@@ -38,7 +39,7 @@ public:
     StepButton(const ThemeSource& source, const QString& symbol, const QString& name)
         : SymbolButton(source, symbol, name, ButtonKind::bare, stepSymbolSize)
     {
-        setFixedSize(fieldWidth / 2 - 3, stepButtonHeight);
+        setFixedSize(fieldWidth / 2 - 3, scaled(stepButtonHeight));
         setAutoRepeat(true);
         // The field before it does the same with the arrow keys.
         setFocusPolicy(Qt::NoFocus);

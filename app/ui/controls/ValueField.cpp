@@ -20,13 +20,15 @@ ValueField::ValueField(const QString& name, int width, QWidget* parent)
     : QLineEdit(parent)
 {
     setAccessibleName(name);
-    setFixedSize(width, AppTheme::controlHeight);
+    setFixedSize(scaled(width), scaled(AppTheme::controlHeight));
     setAlignment(Qt::AlignCenter);
     setFont(numberFont(AppTheme::controlPixels));
     setMaxLength(longestText);
     setFrame(true);
     // What a menu of cut and paste could do the keys can as well; the menu would end the editing.
     setContextMenuPolicy(Qt::NoContextMenu);
+    // What is dropped is for the window.
+    setAcceptDrops(false);
 }
 
 void ValueField::showValue(const QString& text)
@@ -39,11 +41,8 @@ void ValueField::showValue(const QString& text)
 
 void ValueField::focusInEvent(QFocusEvent* event)
 {
-    if (!std::exchange(m_isEditing, true)) {
-        if (m_begun)
-            m_begun();
+    if (!std::exchange(m_isEditing, true))
         clear();
-    }
     QLineEdit::focusInEvent(event);
 }
 

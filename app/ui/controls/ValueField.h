@@ -20,11 +20,9 @@ public:
     void showValue(const QString& text);
     [[nodiscard]] bool isEditing() const { return m_isEditing; }
 
-    /// `begun` is called when typing begins, before the field is emptied.
-    void onEditingBegun(std::function<void()> begun) { m_begun = std::move(begun); }
     /// `commit` is given what was typed; it calls `showValue` with what has become of the value.
     void onCommit(std::function<void(const QString& text)> commit) { m_commit = std::move(commit); }
-    /// `step` is called with 1 or -1 for the keys Up and Down, and the wheel while the field has the focus.
+    /// `step` is called with 1 or -1 for the keys Up and Down.
     void onStep(std::function<void(int direction)> step) { m_step = std::move(step); }
 
 protected:
@@ -37,7 +35,6 @@ private:
 
     bool m_isEditing = false;
     QString m_valueText;
-    std::function<void()> m_begun;
     std::function<void(const QString& text)> m_commit;
     std::function<void(int direction)> m_step;
 };

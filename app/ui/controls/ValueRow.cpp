@@ -1,5 +1,6 @@
 #include "app/ui/controls/ValueRow.h"
 
+#include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/SymbolButton.h"
 #include "app/ui/controls/ValueField.h"
@@ -19,7 +20,7 @@ ValueRow::ValueRow(const ThemeSource& source, const Names& names, QWidget* paren
       m_reset(new QPushButton(tr("Reset")))
 {
     auto* title = new Label(source, Label::Role::title, names.title);
-    title->setFixedWidth(titleWidth);
+    title->setFixedWidth(scaled(titleWidth));
     m_less->setAutoRepeat(true);
     m_more->setAutoRepeat(true);
     m_reset->setAccessibleName(names.reset);

@@ -29,7 +29,7 @@ public:
         QString more;
         QString reset;
     };
-    /// Points that the title takes: what stands under the row begins behind it.
+    /// What the title takes where text has its usual size: what stands under the row begins after it. Points.
     static constexpr int titleWidth = 58;
     static constexpr int spacing = 8;
 

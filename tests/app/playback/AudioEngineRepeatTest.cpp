@@ -236,19 +236,17 @@ TEST(AudioEngineRepeat, EndsAfterThePassesWantedHoweverLateItHearsOfThem)
     for (const std::int64_t heardOf : { 3, 5 }) {
         SCOPED_TRACE(heardOf);
         EngineRig rig;
-        int ends = 0;
-        rig.engine->onEnd([&ends] { ++ends; });
         rig.engine->setPassLimit(5);
         rig.playRegion();
         EXPECT_EQ(rig.player().plan.passLimit, 5);
         rig.player().passesEnded = heardOf;
         rig.complete();
-        EXPECT_EQ(ends, heardOf == 5 ? 1 : 0);
+        EXPECT_EQ(rig.state->ends, heardOf == 5 ? 1 : 0);
         // The last one ends before this thread is back.
         rig.player().passesEnded = 5;
         rig.scheduler.advance(1);
         EXPECT_EQ(rig.player().scheduleCount, 1);
-        EXPECT_EQ(ends, 1);
+        EXPECT_EQ(rig.state->ends, 1);
         EXPECT_FALSE(rig.state->isPlaying);
         EXPECT_FALSE(rig.player().isSounding);
     }

@@ -24,16 +24,17 @@ struct PlainPlaybackState final : PlaybackState {
     std::int64_t delayMilliseconds = 0;
     bool isPlaying = true;
     double position = -1;
+    int ends = 0;
 
     [[nodiscard]] bool holdEnabled() const override { return hold; }
     [[nodiscard]] double holdPosition() const override { return holdAt; }
-    [[nodiscard]] double regionStart() const override { return start; }
-    [[nodiscard]] double regionEnd() const override { return end; }
+    [[nodiscard]] TimeRange region() const override { return { start, end }; }
     [[nodiscard]] bool loopEnabled() const override { return loop; }
     [[nodiscard]] std::int64_t loopDelaySeconds() const override { return delaySeconds; }
     [[nodiscard]] std::int64_t loopDelayMilliseconds() const override { return delayMilliseconds; }
     void setIsPlaying(bool playing) override { isPlaying = playing; }
     void setPlaybackPosition(double positionSeconds) override { position = positionSeconds; }
+    void playbackDidEnd() override { ++ends; }
 };
 
 struct EngineRig {

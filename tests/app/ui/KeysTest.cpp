@@ -1,9 +1,9 @@
 // Keys as the toolkit delivers them, to a window with a menu, a field and a button.
 
 #include "app/core/Commands.h"
-#include "app/core/KeyHandler.h"
 #include "app/core/Notifications.h"
-#include "app/ui/KeyResponderView.h"
+#include "app/core/keyboard/KeyHandler.h"
+#include "app/core/keyboard/KeyResponderView.h"
 #include "tests/app/ui/WindowRig.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "app/cli/PlaybackSession.h"
+#include "app/export/PlaybackSession.h"
 
 #include <algorithm>
 #include <cmath>
@@ -40,21 +40,24 @@ std::expected<void, std::string> PlaybackSession::open(const PlaybackOptions& op
     if (frame(std::min(end, duration)) <= frame(begin) && !options.holdSeconds)
         return std::unexpected("Between " + seconds(begin) + " and " + seconds(end) + " there is not a single sample of “"
                                + displayText(options.input) + "”; choose a longer region.");
-    m_engine.setAudioFile(std::move(*file));
-    setUp(options, duration);
+    m_file = std::move(*file);
+    AppState::OpenedFile opened;
+    opened.audio = m_file;
+    m_state->finishOpening(std::move(opened));
+    setUp(options);
     return {};
 }
 
-void PlaybackSession::setUp(const PlaybackOptions& options, double durationSeconds)
+void PlaybackSession::setUp(const PlaybackOptions& options)
 {
     m_options = options;
-    m_engine.setPassLimit(options.passes);
-    m_state->setAudioDuration(durationSeconds);
-    m_state->resetToDefaults(durationSeconds);
-    m_state->setRegionStart(options.holdSeconds.value_or(options.fromSeconds));
-    m_state->setRegionEnd(std::min(options.toSeconds.value_or(durationSeconds), durationSeconds));
+    const double duration = m_state->audioDuration();
+    m_state->setPassLimit(options.passes);
+    m_state->setRegion(
+        { options.holdSeconds.value_or(options.fromSeconds), std::min(options.toSeconds.value_or(duration), duration) });
     m_state->setSpeed(options.speedPercent);
     m_state->setPitch(options.pitchCents);
+    m_state->setKeepsFormants(options.keepsFormants);
     m_state->setLoopEnabled(options.passes > 1);
     const auto delayMilliseconds = std::llround(options.delaySeconds * 1000);
     m_state->setLoopDelaySeconds(delayMilliseconds / 1000);
@@ -62,18 +65,11 @@ void PlaybackSession::setUp(const PlaybackOptions& options, double durationSecon
     if (options.equalizerGainsDb)
         m_state->setEqGains({ options.equalizerGainsDb->begin(), options.equalizerGainsDb->end() });
     m_state->setEqEnabled(options.equalizerGainsDb.has_value());
-
-    m_engine.timePitch().setRate(m_state->speed() / 100);
-    m_engine.timePitch().setPitch(m_state->pitch());
-    m_engine.timePitch().setKeepsFormants(options.keepsFormants);
-    m_engine.eq().setBypass(!m_state->eqEnabled());
-    for (int band = 0; band < EqualizerNode::bandCount; ++band)
-        m_engine.setEQGain(m_state->eqGains()[static_cast<std::size_t>(band)], band);
 }
 
-void PlaybackSession::start(std::function<void()> finished)
+void PlaybackSession::start(const std::function<void()>& finished)
 {
-    m_engine.onEnd(std::move(finished));
+    QObject::connect(m_state.get(), &AppState::playbackEnded, m_state.get(), finished);
     if (m_options.holdSeconds)
         m_state->toggleHold();
     else
@@ -82,7 +78,8 @@ void PlaybackSession::start(std::function<void()> finished)
 
 double PlaybackSession::playingSeconds() const
 {
-    const double length = m_options.holdSeconds ? AppState::holdWindowSize : m_state->regionEnd() - m_state->regionStart();
+    const TimeRange region = m_state->region();
+    const double length = m_options.holdSeconds ? AppState::holdWindowSize : region.end - region.start;
     return m_options.passes * length / (m_options.speedPercent / 100) + (m_options.passes - 1) * m_options.delaySeconds;
 }
 

@@ -1,4 +1,4 @@
-#include "app/cli/WavHeader.h"
+#include "app/export/WavHeader.h"
 
 #include "platform/base/Require.h"
 

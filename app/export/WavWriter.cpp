@@ -1,6 +1,6 @@
-#include "app/cli/WavWriter.h"
+#include "app/export/WavWriter.h"
 
-#include "app/cli/WavHeader.h"
+#include "app/export/WavHeader.h"
 #include "platform/base/Require.h"
 
 #include <utility>

@@ -3,7 +3,7 @@
 // Threads: one thread at a time.
 #pragma once
 
-#include "app/cli/OutputFile.h"
+#include "app/export/OutputFile.h"
 
 #include <cstdint>
 #include <expected>

@@ -1,16 +1,15 @@
 // The keys that act wherever the focus is: H and the arrows of the hold mode, unless a text is being edited, and the shortcuts
 // with the command key. It sees every key press of the application before any view does, by the keys' places on the keyboard,
-// so that they are the same on every layout. What it takes is acted on a moment later.
+// so that they are the same on every layout. What it takes is acted on a moment later. Which key does what stands in the table
+// of the commands.
 // Threads: main thread.
 #pragma once
 
-#include "app/core/AppState.h"
-#include "app/core/PlaybackCommands.h"
+#include "app/core/CommandCenter.h"
 #include "platform/schedule/Scheduler.h"
 
 #include <QObject>
 
-#include <functional>
 #include <memory>
 #include <optional>
 
@@ -27,25 +26,27 @@ public:
     KeyHandler(const KeyHandler&) = delete;
     KeyHandler& operator=(const KeyHandler&) = delete;
 
-    /// Begins to act on `state`, held weakly, by way of `commands`, which outlives it. Does so anew when it has been started
-    /// before.
-    void start(std::weak_ptr<AppState> state, PlaybackCommands& commands);
+    /// Begins to act while `state`, held weakly, has a song, by way of `center`, which outlives it. Started once more it begins
+    /// again.
+    void start(std::weak_ptr<AppState> state, CommandCenter& center);
     void stop();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    enum class Key { none, h, l, r, left, right, up, down };
-    using Action = std::function<void(AppState& state)>;
-
-    [[nodiscard]] static Key keyOf(const QKeyEvent& event);
-    [[nodiscard]] Action actionOf(const QKeyEvent& event, const AppState& state) const;
-    [[nodiscard]] Action shortcut(Key key) const;
+    [[nodiscard]] static std::optional<CommandId> commandFor(const QKeyEvent& event, const AppState& state);
 
     Scheduler& m_scheduler;
+    /// An installed filter holds the state weakly.
     std::weak_ptr<AppState> m_state;
-    PlaybackCommands* m_commands = nullptr;
+    CommandCenter* m_center = nullptr;
     bool m_isInstalled = false;
 };
+
+/// Whether the event is of the key at that place.
+[[nodiscard]] bool isAt(const PhysicalKey& key, const QKeyEvent& event);
+
+/// A widget that takes what is typed: a field that can be edited.
+[[nodiscard]] bool isTextEditor(const QObject* widget);
 
 }  // namespace quillet

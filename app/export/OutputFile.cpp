@@ -1,4 +1,4 @@
-#include "app/cli/OutputFile.h"
+#include "app/export/OutputFile.h"
 
 #include "platform/base/Require.h"
 

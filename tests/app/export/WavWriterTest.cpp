@@ -1,5 +1,5 @@
-#include "app/cli/WavWriter.h"
-#include "app/cli/WavHeader.h"
+#include "app/export/WavWriter.h"
+#include "app/export/WavHeader.h"
 #include "tests/support/Command.h"
 #include "tests/support/TemporaryFolder.h"
 

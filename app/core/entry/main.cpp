@@ -4,7 +4,7 @@
 #include "app/cli/PlayCommand.h"
 #include "app/cli/RenderCommand.h"
 #include "app/cli/WaveformCommand.h"
-#include "app/core/QuilletApp.h"
+#include "app/core/entry/QuilletApp.h"
 
 #include <QCoreApplication>
 
@@ -26,17 +26,17 @@ int fail(const std::string& sentence, int status)
 int report(const std::expected<int, std::string>& outcome) { return outcome ? *outcome : fail(outcome.error(), failed); }
 
 /// What needs no window.
-int run(const quillet::Command& command)
+int run(const quillet::Invocation& invocation)
 {
-    if (const auto* print = std::get_if<quillet::PrintText>(&command)) {
+    if (const auto* print = std::get_if<quillet::PrintText>(&invocation)) {
         std::fputs(print->text.c_str(), stdout);
         return std::fflush(stdout) == 0 ? 0 : failed;
     }
-    if (const auto* render = std::get_if<quillet::RenderFile>(&command))
+    if (const auto* render = std::get_if<quillet::RenderFile>(&invocation))
         return report(quillet::renderFile(render->options));
-    if (const auto* waveform = std::get_if<quillet::ShowWaveform>(&command))
+    if (const auto* waveform = std::get_if<quillet::ShowWaveform>(&invocation))
         return report(quillet::showWaveform(waveform->options));
-    return report(quillet::playFile(std::get<quillet::PlayFile>(command).options));
+    return report(quillet::playFile(std::get<quillet::PlayFile>(invocation).options));
 }
 
 }  // namespace
@@ -45,11 +45,11 @@ int main(int argc, char* argv[])
 {
     // Before Qt, which takes arguments of its own out.
     const std::vector<std::string> arguments(argv + 1, argv + argc);
-    const auto command = quillet::parseCommandLine(arguments);
-    if (!command)
-        return fail(command.error().message + " See “quillet --help”.", wrongUsage);
-    if (const auto* window = std::get_if<quillet::OpenWindow>(&*command))
+    const auto invocation = quillet::parseCommandLine(arguments);
+    if (!invocation)
+        return fail(invocation.error().message + " See “quillet --help”.", wrongUsage);
+    if (const auto* window = std::get_if<quillet::OpenWindow>(&*invocation))
         return quillet::runWindow(argc, argv, window->file);
     const QCoreApplication application(argc, argv);
-    return run(*command);
+    return run(*invocation);
 }

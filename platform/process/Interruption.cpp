@@ -1,4 +1,4 @@
-#include "app/cli/Interruption.h"
+#include "platform/process/Interruption.h"
 
 #include "platform/base/Require.h"
 

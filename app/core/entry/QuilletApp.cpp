@@ -1,10 +1,9 @@
-#include "app/core/QuilletApp.h"
+#include "app/core/entry/QuilletApp.h"
 
 #include "AppCore/SharedInstance.h"
 #include "AppCore/StemSettingsStore.h"
-#include "app/cli/Interruption.h"
 #include "app/core/FileLoader.h"
-#include "app/core/KeyHandler.h"
+#include "app/core/keyboard/KeyHandler.h"
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
 #include "app/ui/MainWindow.h"
@@ -19,6 +18,7 @@
 #include "platform/files/ProgramDirectories.h"
 #include "platform/files/SystemFileAttributes.h"
 #include "platform/media/MediaModule.h"
+#include "platform/process/Interruption.h"
 #include "platform/process/QtProcessRunner.h"
 #include "platform/schedule/QtRealtimeKit.h"
 #include "platform/schedule/QtScheduler.h"
@@ -29,17 +29,15 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <stop_token>
-#include <system_error>
 #include <thread>
 
 namespace quillet {
 namespace {
 
 /// How long the end of the program waits for work that reads disks.
-constexpr double lastPatienceSeconds = 1;
+constexpr double finalTimeoutSeconds = 1;
 
 class QuilletApp {
 public:
@@ -56,7 +54,7 @@ public:
         applyTheme();
         QObject::connect(&m_theme, &ThemeSource::themeChanged, &m_theme, applyTheme);
         m_keys.start(m_state, m_commands);
-        // The end of the session, or Ctrl-C: an end in order, with everything saved.
+        // The end of the session, or Ctrl-C: it ends with everything saved.
         m_interruptions = m_scheduler.watch(m_interruption.descriptor(), [this] {
             m_interruption.acknowledge();
             QApplication::quit();
@@ -70,7 +68,7 @@ public:
         m_scheduler.post([this, file] {
             m_window.populate();
             if (file)
-                m_window.content().loadFile(absolute(*file), RestoreSettings::no);
+                m_window.content().loadFile(*file, RestoreSettings::no);
             m_theme.followDesktop();
             m_graph.onOutputChange(
                 [this](AudioOutput::State state) { m_window.content().setHeard(state == AudioOutput::State::device); });
@@ -87,17 +85,10 @@ public:
         m_engine.stop();
         m_state->saveSettingsNow();
         m_programEnds.request_stop();
-        return m_background.finish(lastPatienceSeconds);
+        return m_background.finish(finalTimeoutSeconds);
     }
 
 private:
-    [[nodiscard]] static FilePath absolute(const FilePath& file)
-    {
-        std::error_code unknown;
-        FilePath whole = std::filesystem::absolute(file, unknown);
-        return unknown ? file : whole;
-    }
-
     [[nodiscard]] static int cores() { return std::max(1, static_cast<int>(std::thread::hardware_concurrency())); }
 
     QtScheduler m_scheduler;
@@ -126,7 +117,6 @@ private:
     // Its jobs use what is above.
     ThreadRunner m_background;
     FileLoader m_loader{ { *m_state,
-                           m_engine,
                            m_scheduler,
                            m_background,
                            m_media.audioFiles(),
@@ -140,15 +130,14 @@ private:
     DownloadSettingsStore m_downloadSettings{ m_defaults };
     const SharedInstance<URLDownloader> m_sharedDownloader{ m_downloader };
     const SharedInstance<DownloadSettingsStore> m_sharedDownloadSettings{ m_downloadSettings };
-    PlaybackCommands m_commands{ *m_state, m_engine };
     Notifications m_notifications;
+    CommandCenter m_commands{ *m_state, m_notifications };
     KeyHandler m_keys{ m_scheduler };
     ThemeSource m_theme;
     /// The application's.
     QuilletStyle* m_style = new QuilletStyle(m_theme);
-    MainWindow m_window{ { *m_state, m_engine, m_loader, m_commands, m_notifications, m_recentFiles, m_downloader,
-                           m_downloadSettings, m_theme },
-                         m_defaults };
+    MainWindow m_window{ { *m_state, m_loader, m_commands, m_recentFiles, m_downloader, m_downloadSettings, m_theme,
+                           m_defaults } };
 };
 
 }  // namespace

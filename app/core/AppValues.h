@@ -1,0 +1,145 @@
+// The values of the open song, and of the program, that views show: each with a signal that tells of its change. They are read
+// by everyone and changed by AppState and its parts alone, which see to what a change means.
+// Threads: main thread.
+#pragma once
+
+#include "AppCore/FileSettings.h"
+#include "AppCore/StemSession.h"
+#include "AppCore/TimeRange.h"
+#include "app/core/LoadingState.h"
+#include "app/playback/PlaybackState.h"
+#include "platform/base/FilePath.h"
+
+#include <QObject>
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace quillet {
+
+class AppValues : public QObject, public PlaybackState {
+    Q_OBJECT
+
+public:
+    static constexpr double holdWindowSize = holdWindowSeconds;
+    /// How far one step moves the held window, seconds.
+    static constexpr double holdStepSize = 0.08;
+
+    [[nodiscard]] const LoadingState& loadingState() const { return m_loadingState; }
+    [[nodiscard]] bool isLoaded() const { return m_loadingState.stage == LoadingState::Stage::loaded; }
+    [[nodiscard]] const std::optional<FilePath>& audioFileURL() const { return m_audioFileURL; }
+    /// Seconds.
+    [[nodiscard]] double audioDuration() const { return m_audioDuration; }
+    /// Peaks for drawing, 0 to 1.
+    [[nodiscard]] const std::vector<float>& waveformSamples() const { return m_waveformSamples; }
+
+    /// What is selected to be played, seconds.
+    [[nodiscard]] TimeRange region() const override { return m_region; }
+    [[nodiscard]] double regionStart() const { return m_region.start; }
+    [[nodiscard]] double regionEnd() const { return m_region.end; }
+    [[nodiscard]] bool isPlaying() const { return m_isPlaying; }
+    /// The play head, seconds of file time.
+    [[nodiscard]] double playbackPosition() const { return m_playbackPosition; }
+    [[nodiscard]] double zoomLevel() const { return m_zoomLevel; }
+    /// Points.
+    [[nodiscard]] double panOffset() const { return m_panOffset; }
+
+    /// Percent, 100 is normal.
+    [[nodiscard]] double speed() const { return m_speed; }
+    [[nodiscard]] double speedStep() const { return m_speedStep; }
+    /// Cents.
+    [[nodiscard]] double pitch() const { return m_pitch; }
+    [[nodiscard]] bool eqEnabled() const { return m_eqEnabled; }
+    /// dB, the lowest band first.
+    [[nodiscard]] const std::vector<double>& eqGains() const { return m_eqGains; }
+    [[nodiscard]] bool loopEnabled() const override { return m_loopEnabled; }
+    [[nodiscard]] std::int64_t loopDelaySeconds() const override { return m_loopDelaySeconds; }
+    [[nodiscard]] std::int64_t loopDelayMilliseconds() const override { return m_loopDelayMilliseconds; }
+
+    [[nodiscard]] bool holdEnabled() const override { return m_holdEnabled; }
+    /// Start of the held window, seconds.
+    [[nodiscard]] double holdPosition() const override { return m_holdPosition; }
+    /// The most recent first.
+    [[nodiscard]] const std::vector<FilePath>& recentFiles() const { return m_recentFiles; }
+    [[nodiscard]] bool isShowingHelp() const { return m_isShowingHelp; }
+    [[nodiscard]] const std::optional<StemSession>& stemSession() const { return m_stemSession; }
+    /// What the song was practised with before, while the user may still go back to it.
+    [[nodiscard]] const std::optional<FileSettings>& offeredSettings() const { return m_offeredSettings; }
+
+    /// The ten fields that are kept for each file.
+    [[nodiscard]] FileSettings currentSettings() const;
+
+Q_SIGNALS:
+    void loadingStateChanged();
+    void audioFileURLChanged();
+    void audioDurationChanged();
+    void waveformSamplesChanged();
+    void regionChanged();
+    void isPlayingChanged();
+    void playbackPositionChanged();
+    void zoomLevelChanged();
+    void panOffsetChanged();
+    void speedChanged();
+    void speedStepChanged();
+    void pitchChanged();
+    void eqEnabledChanged();
+    void eqGainsChanged();
+    void loopEnabledChanged();
+    void loopDelaySecondsChanged();
+    void loopDelayMillisecondsChanged();
+    void holdEnabledChanged();
+    void holdPositionChanged();
+    void recentFilesChanged();
+    void isShowingHelpChanged();
+    void stemSessionChanged();
+    void offeredSettingsChanged();
+    /// The last segment has been handed to the device to its last frame, and nothing follows it.
+    void playbackEnded();
+
+protected:
+    /// Moves the values that playing changes by itself.
+    friend class Transport;
+
+    using ChangeSignal = void (AppValues::*)();
+
+    AppValues();
+
+    /// Stores the value and tells of it; both only if it differs, which is the answer.
+    template <typename T> bool assign(T& field, T value, ChangeSignal changed)
+    {
+        if (field == value)
+            return false;
+        field = std::move(value);
+        Q_EMIT(this->*changed)();
+        return true;
+    }
+
+    LoadingState m_loadingState;
+    std::optional<FilePath> m_audioFileURL;
+    double m_audioDuration = 0;
+    std::vector<float> m_waveformSamples;
+    TimeRange m_region;
+    bool m_isPlaying = false;
+    double m_playbackPosition = 0;
+    double m_zoomLevel = 1;
+    double m_panOffset = 0;
+    double m_speed = 100;
+    double m_speedStep = 5;
+    double m_pitch = 0;
+    bool m_eqEnabled = false;
+    std::vector<double> m_eqGains;
+    // Looping is what a practice tool is for, so it is on from the start.
+    bool m_loopEnabled = true;
+    std::int64_t m_loopDelaySeconds = 0;
+    std::int64_t m_loopDelayMilliseconds = 0;
+    bool m_holdEnabled = false;
+    double m_holdPosition = 0;
+    std::vector<FilePath> m_recentFiles;
+    bool m_isShowingHelp = false;
+    std::optional<StemSession> m_stemSession;
+    std::optional<FileSettings> m_offeredSettings;
+};
+
+}  // namespace quillet

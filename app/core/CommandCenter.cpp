@@ -1,0 +1,63 @@
+#include "app/core/CommandCenter.h"
+
+#include "platform/base/Require.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <utility>
+
+namespace quillet {
+namespace {
+
+struct PlaybackCommand {
+    CommandId id;
+    void (*carryOut)(AppState& state);
+};
+
+constexpr std::array playbackCommands{
+    PlaybackCommand{ CommandId::playPause, [](AppState& state) { state.togglePlayPause(); } },
+    PlaybackCommand{ CommandId::stopReset, [](AppState& state) { state.stopReset(); } },
+    PlaybackCommand{ CommandId::toggleLoop, [](AppState& state) { state.toggleLoop(); } },
+    PlaybackCommand{ CommandId::toggleHold, [](AppState& state) { state.toggleHold(); } },
+    PlaybackCommand{ CommandId::holdForward, [](AppState& state) { state.stepHoldForward(); } },
+    PlaybackCommand{ CommandId::holdBackward, [](AppState& state) { state.stepHoldBackward(); } },
+    PlaybackCommand{ CommandId::decreaseSpeed, [](AppState& state) { state.adjustSpeed(-state.speedStep()); } },
+    PlaybackCommand{ CommandId::increaseSpeed, [](AppState& state) { state.adjustSpeed(state.speedStep()); } },
+    PlaybackCommand{ CommandId::pitchUp, [](AppState& state) { state.adjustPitch(1); } },
+    PlaybackCommand{ CommandId::pitchDown, [](AppState& state) { state.adjustPitch(-1); } },
+};
+
+}  // namespace
+
+const Command& commandOf(CommandId id)
+{
+    const auto* const found = std::ranges::find(commands, id, &Command::id);
+    REQUIRE(found != commands.end());
+    return *found;
+}
+
+QString translated(const char* text) { return QCoreApplication::translate("Commands", text); }
+
+CommandCenter::CommandCenter(AppState& state, Notifications& notifications)
+    : m_state(state),
+      m_notifications(notifications)
+{
+    for (const PlaybackCommand& command : playbackCommands)
+        m_subscriptions.push_back(onCommand(command.id, [this, carryOut = command.carryOut](const auto&) {
+            if (m_state.isLoaded())
+                carryOut(m_state);
+        }));
+}
+
+void CommandCenter::execute(CommandId id, const std::optional<FilePath>& object)
+{
+    m_notifications.post(commandOf(id).name, object);
+}
+
+Notifications::Subscription CommandCenter::onCommand(CommandId id, Notifications::Handler handler)
+{
+    return m_notifications.subscribe(commandOf(id).name, std::move(handler));
+}
+
+}  // namespace quillet

@@ -1,0 +1,22 @@
+#include "app/core/SettingsSaver.h"
+
+namespace quillet {
+
+void SettingsSaver::adoptFile() { m_file = m_values.audioFileURL(); }
+
+void SettingsSaver::saveSoon()
+{
+    const auto& url = m_values.audioFileURL();
+    const bool belongToAnother = m_values.loadingState().stage == LoadingState::Stage::loading && m_file != url;
+    if (!url || belongToAnother)
+        return;
+    m_settingsSaveTask = m_scheduler.after(delaySeconds, [this, url = *url] { m_store.save(m_values.currentSettings(), url); });
+}
+
+void SettingsSaver::saveNow()
+{
+    if (m_values.audioFileURL() && m_values.isLoaded())
+        m_store.save(m_values.currentSettings(), *m_values.audioFileURL());
+}
+
+}  // namespace quillet

@@ -1,0 +1,21 @@
+// Which files the program opens: what the open panel lists, a drop may bring and the command line may name.
+// Threads: callable from every thread.
+#pragma once
+
+#include "platform/base/FilePath.h"
+
+#include <array>
+#include <string_view>
+
+namespace quillet {
+
+/// The ends of their names, in small letters: sound, and films, whose sound is played. No playlists: they are no sound.
+inline constexpr std::array<std::string_view, 25> supportedAudioTypes{
+    "mp3", "wav", "aif", "aiff", "aifc", "flac", "m4a", "m4b", "aac", "alac", "ogg",  "oga", "opus",
+    "wma", "wv",  "ape", "tta",  "mka",  "ac3",  "caf", "mp2", "mp4", "mkv",  "webm", "mov",
+};
+
+/// By the name alone: the file may lie on a disk that does not answer.
+[[nodiscard]] bool isSupportedAudio(const FilePath& file);
+
+}  // namespace quillet

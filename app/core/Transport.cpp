@@ -1,0 +1,78 @@
+#include "app/core/Transport.h"
+
+#include <algorithm>
+
+namespace quillet {
+
+void Transport::togglePlayPause()
+{
+    if (m_values.m_isPlaying) {
+        m_engine.pause();
+        setPlaying(false);
+        return;
+    }
+    if (m_values.m_holdEnabled) {
+        setPlaying(m_engine.play(m_values.m_holdPosition, m_values.m_holdPosition + AppValues::holdWindowSize));
+        return;
+    }
+    if (m_values.m_region.isEmpty())
+        return;
+    m_values.setPlaybackPosition(m_values.m_region.start);
+    setPlaying(m_engine.play(m_values.m_region.start, m_values.m_region.end));
+}
+
+void Transport::toggleHold()
+{
+    if (m_values.m_holdEnabled) {
+        m_values.assign(m_values.m_holdEnabled, false, &AppValues::holdEnabledChanged);
+        stopReset();
+        return;
+    }
+    m_values.assign(m_values.m_holdEnabled, true, &AppValues::holdEnabledChanged);
+    const double anchor = m_values.m_isPlaying ? m_values.m_playbackPosition : m_values.m_region.start;
+    setPlaying(holdAt(std::max(0.0, std::min(m_values.m_audioDuration - AppValues::holdWindowSize, anchor))));
+}
+
+void Transport::stepHoldForward()
+{
+    const double last = std::max(0.0, m_values.m_audioDuration - AppValues::holdWindowSize);
+    if (m_values.m_holdEnabled)
+        holdAt(std::min(last, m_values.m_holdPosition + AppValues::holdStepSize));
+}
+
+void Transport::stepHoldBackward()
+{
+    if (m_values.m_holdEnabled)
+        holdAt(std::max(0.0, m_values.m_holdPosition - AppValues::holdStepSize));
+}
+
+/// The engine takes the window from the `play` that follows, so nothing else tells it of the new place.
+bool Transport::holdAt(double seconds)
+{
+    m_values.assign(m_values.m_holdPosition, seconds, &AppValues::holdPositionChanged);
+    return m_engine.play(m_values.m_holdPosition, m_values.m_holdPosition + AppValues::holdWindowSize);
+}
+
+void Transport::stop()
+{
+    m_engine.stop();
+    setPlaying(false);
+}
+
+void Transport::stopReset()
+{
+    stop();
+    m_values.setPlaybackPosition(m_values.m_region.start);
+}
+
+void Transport::restartRegion()
+{
+    if (!m_values.m_isPlaying || m_values.m_holdEnabled)
+        return;
+    if (!m_engine.play(m_values.m_region.start, m_values.m_region.end))
+        stopReset();
+}
+
+void Transport::setPlaying(bool isPlaying) { m_values.setIsPlaying(isPlaying); }
+
+}  // namespace quillet

@@ -1,0 +1,42 @@
+// The rules of playing, pausing and holding, and what an edit of the region means while something sounds. It decides what is to
+// sound and says so to the engine and in the values; how one segment follows another is the engine's business.
+// Threads: main thread.
+#pragma once
+
+#include "app/core/AppValues.h"
+#include "app/playback/AudioEngine.h"
+
+namespace quillet {
+
+class Transport {
+public:
+    /// Both outlive the transport.
+    Transport(AppValues& values, AudioEngine& engine)
+        : m_values(values),
+          m_engine(engine)
+    {
+    }
+
+    void togglePlayPause();
+    void toggleHold();
+    void stepHoldForward();
+    void stepHoldBackward();
+
+    /// Ends the sound; the play head stays where it is.
+    void stop();
+    /// Ends the sound; the play head goes to the region's start.
+    void stopReset();
+    /// Plays the region from its start, if a region plays: it has been edited. One without sound in it ends the playing; a held
+    /// instant sounds on.
+    void restartRegion();
+
+private:
+    /// True if the window sounds.
+    bool holdAt(double seconds);
+    void setPlaying(bool isPlaying);
+
+    AppValues& m_values;
+    AudioEngine& m_engine;
+};
+
+}  // namespace quillet

@@ -1,0 +1,120 @@
+#include "app/core/keyboard/KeyHandler.h"
+
+#include <QAbstractSpinBox>
+#include <QApplication>
+#include <QDialog>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTextEdit>
+#include <QWindow>
+
+#include <utility>
+
+namespace quillet {
+namespace {
+
+/// In a menu, or in a dialog, whether or not the window under it can be used.
+bool isElsewhere()
+{
+    return QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget() != nullptr
+        || qobject_cast<QDialog*>(QApplication::activeWindow()) != nullptr;
+}
+
+}  // namespace
+
+KeyHandler::KeyHandler(Scheduler& scheduler)
+    : m_scheduler(scheduler)
+{
+}
+
+KeyHandler::~KeyHandler() { stop(); }
+
+void KeyHandler::start(std::weak_ptr<AppState> state, CommandCenter& center)
+{
+    stop();
+    m_state = std::move(state);
+    m_center = &center;
+    qApp->installEventFilter(this);
+    m_isInstalled = true;
+}
+
+void KeyHandler::stop()
+{
+    if (std::exchange(m_isInstalled, false) && qApp != nullptr)
+        qApp->removeEventFilter(this);
+}
+
+bool KeyHandler::eventFilter(QObject* watched, QEvent* event)
+{
+    const bool asksForShortcut = event->type() == QEvent::ShortcutOverride;
+    if (!asksForShortcut && event->type() != QEvent::KeyPress)
+        return false;
+    // A key reaches the window first and then the widgets, one by one: it is taken at its first stop, and so only once.
+    const auto state = m_state.lock();
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (!state || !state->isLoaded() || isElsewhere())
+        return QObject::eventFilter(watched, event);
+    const auto command = commandFor(*key, *state);
+    if (!command)
+        return false;
+    event->accept();
+    if (asksForShortcut) {
+        // Accepted, the press comes as a press: no menu takes it, and no field keeps it.
+        return true;
+    }
+    m_scheduler.post([weak = m_state, center = m_center, command = *command] {
+        if (const auto current = weak.lock())
+            center->execute(command);
+    });
+    return true;
+}
+
+std::optional<CommandId> KeyHandler::commandFor(const QKeyEvent& event, const AppState& state)
+{
+    const auto modifiers = event.modifiers();
+    const bool isPlain = (modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) == 0;
+    const bool acts = isPlain && !isTextEditor(QApplication::focusWidget());
+    const auto applies = [&](KeyUse use) {
+        switch (use) {
+        case KeyUse::withCommandKey:
+            return (modifiers & Qt::ControlModifier) != 0;
+        case KeyUse::plain:
+            return acts;
+        case KeyUse::plainWhileHeld:
+            return acts && state.holdEnabled() && (modifiers & Qt::ShiftModifier) == 0;
+        case KeyUse::never:
+        case KeyUse::inPlayer:
+            break;
+        }
+        return false;
+    };
+    for (const Command& command : commands)
+        if (isAt(command.key, event) && applies(command.use))
+            return command.id;
+    return std::nullopt;
+}
+
+bool isAt(const PhysicalKey& key, const QKeyEvent& event)
+{
+    if (key.scanCode == 0)
+        return false;
+    return event.nativeScanCode() != 0 ? event.nativeScanCode() == key.scanCode : event.key() == key.key;
+}
+
+bool isTextEditor(const QObject* widget)
+{
+    const auto* seen = qobject_cast<const QWidget*>(widget);
+    if (seen == nullptr || !seen->isEnabled())
+        return false;
+    if (const auto* line = qobject_cast<const QLineEdit*>(seen))
+        return !line->isReadOnly();
+    if (const auto* text = qobject_cast<const QTextEdit*>(seen))
+        return !text->isReadOnly();
+    if (const auto* text = qobject_cast<const QPlainTextEdit*>(seen))
+        return !text->isReadOnly();
+    const auto* spin = qobject_cast<const QAbstractSpinBox*>(seen);
+    return spin != nullptr && !spin->isReadOnly();
+}
+
+}  // namespace quillet
