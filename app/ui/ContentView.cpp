@@ -99,7 +99,14 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     m_services.loader.refreshRecentFiles();
 }
 
-ContentView::~ContentView() { m_services.loader.onError(nullptr); }
+ContentView::~ContentView()
+{
+    m_services.loader.onError(nullptr);
+    // The sheets end with the view, and have nobody to tell.
+    for (const QPointer<QDialog>& sheet : m_sheets)
+        if (sheet)
+            sheet->disconnect(this);
+}
 
 void ContentView::subscribe()
 {

@@ -7,6 +7,7 @@
 #include "app/ui/controls/ValueRow.h"
 
 #include <QHBoxLayout>
+#include <QVBoxLayout>
 
 namespace quillet {
 
@@ -31,14 +32,17 @@ LoopControl::LoopControl(AppState& state, const ThemeSource& source, QWidget* pa
 
     auto* caption = new Label(source, Label::Role::title, tr("Loop"));
     caption->setFixedWidth(scaled(ValueRow::titleWidth));
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
+    auto* row = new QHBoxLayout;
     row->setSpacing(8);
     row->addWidget(caption);
     row->addWidget(m_switch);
     row->addSpacing(24);
     row->addWidget(m_delay);
     row->addStretch();
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addLayout(row);
+    column->addStretch();
 
     connect(m_switch, &QAbstractButton::clicked, this, [this](bool isOn) { m_state.setLoopEnabled(isOn); });
     m_seconds->onCommit([this] {

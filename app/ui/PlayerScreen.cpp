@@ -146,6 +146,10 @@ void PlayerScreen::placeCards()
     clear(*m_column);
     clear(*m_belowColumn);
     m_below->setVisible(m_page == Page::wide);
+    // Side by side they are as high as their neighbour, one over the other as high as they need to be.
+    const auto height = m_page == Page::usual ? QSizePolicy::Preferred : QSizePolicy::Maximum;
+    for (Card* card : { m_speed, m_pitch, m_loop, m_equalizer })
+        card->setSizePolicy(QSizePolicy::Preferred, height);
     switch (m_page) {
     case Page::wide:
         m_belowColumn->addLayout(rowOf({ m_region, m_transport }));

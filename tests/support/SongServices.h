@@ -33,7 +33,7 @@ template <typename SchedulerType> struct SongServices {
     AudioEngine engine{ graph, scheduler };
     std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);
     FileLoader loader{
-        { *state, engine, scheduler, background, opener, { readers, 2, {} }, cache, settings, stemSessions, recentFiles }
+        { *state, scheduler, background, opener, { readers, 2, {} }, cache, settings, stemSessions, recentFiles }
     };
 
     /// The database is in `folder`.

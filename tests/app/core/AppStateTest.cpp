@@ -24,8 +24,8 @@ TEST_F(AppStateTest, BurstSavesOnceWithTheLastValue)
         scheduler.advance(0.2);
         EXPECT_FALSE(saved());
     }
-    state->setRegionStart(3);
-    scheduler.advance(0.099);
+    state->setRegion({ 3, 10 });
+    scheduler.advance(0.299);
     EXPECT_FALSE(saved());
     scheduler.advance(0.001);
     ASSERT_TRUE(saved());
@@ -53,7 +53,7 @@ TEST_F(AppStateTest, EverySetOfAPreferenceSavesAndNoSetOfAnythingElse)
         { "loop", [](AppState& s) { s.setLoopEnabled(s.loopEnabled()); }, true },
         { "delay", [](AppState& s) { s.setLoopDelaySeconds(s.loopDelaySeconds()); }, true },
         { "delay fraction", [](AppState& s) { s.setLoopDelayMilliseconds(s.loopDelayMilliseconds()); }, true },
-        { "region", [](AppState& s) { s.setRegionStart(1), s.setRegionEnd(2); }, false },
+        { "region", [](AppState& s) { s.setRegion(s.region()); }, true },
         { "play head and hold", [](AppState& s) { s.setPlaybackPosition(1), s.toggleHold(), s.stepHoldForward(); }, false },
         { "zoom", [](AppState& s) { s.setZoomLevel(2), s.setPanOffset(1); }, false },
         { "reset", [](AppState& s) { s.resetToDefaults(s.audioDuration()); }, true },
@@ -128,8 +128,7 @@ TEST_F(AppStateTest, TellsOfAChangeOnceItIsStoredAndOnlyThen)
 
 TEST_F(AppStateTest, PlayStartsAtTheRegionsStartEveryTime)
 {
-    state->setRegionStart(2);
-    state->setRegionEnd(4);
+    state->setRegion({ 2, 4 });
     for (int start = 1; start < 4; ++start) {
         state->togglePlayPause();
         EXPECT_TRUE(state->isPlaying());
@@ -144,7 +143,7 @@ TEST_F(AppStateTest, PlayStartsAtTheRegionsStartEveryTime)
         EXPECT_TRUE(graph.players.front()->segment);
         EXPECT_EQ(state->playbackPosition(), 3);
     }
-    state->setRegionEnd(2);
+    state->setRegion({ 2, 2 });
     state->togglePlayPause();
     EXPECT_FALSE(state->isPlaying() || sounding());
 }
@@ -165,7 +164,7 @@ TEST_F(AppStateTest, HoldTakesThePlayHeadsPlaceWithinTheFile)
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << c.duration << " s, playing " << c.isPlaying << " at " << c.playHead);
         open(c.duration);
-        state->setRegionStart(1);
+        state->setRegion({ 1, c.duration });
         state->setIsPlaying(c.isPlaying);
         state->setPlaybackPosition(c.playHead);
         state->toggleHold();
@@ -219,7 +218,7 @@ TEST_F(AppStateTest, StepsMoveTheHeldWindowThroughTheWholeFile)
 
 TEST_F(AppStateTest, AStepSoundsWhileHoldIsPausedAndPlayResumesThere)
 {
-    state->setRegionStart(5);
+    state->setRegion({ 5, 10 });
     state->toggleHold();
     state->togglePlayPause();
     EXPECT_TRUE(state->holdEnabled());
@@ -243,8 +242,7 @@ TEST_F(AppStateTest, AnEditWhilePlayingChangesWhatFollows)
         return passes.size() == 1 && passes[0].segment == segment && passes[0].pauseSeconds == pauseSeconds;
     };
     EXPECT_TRUE(follows({ 0, 80000 }, 0));
-    state->setRegionStart(1);
-    state->setRegionEnd(2);
+    state->setRegion({ 1, 2 });
     EXPECT_TRUE(follows({ 8000, 8000 }, 0));
     state->setLoopDelaySeconds(1);
     EXPECT_TRUE(follows({ 8000, 8000 }, 1));

@@ -74,7 +74,7 @@ struct FileLoaderTest : testing::Test {
     AudioEngine engine{ graph, scheduler };
     std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);
     FileLoader loader{
-        { *state, engine, scheduler, background, opener, { readers, 1, {} }, cache, settings, stemSessions, recentFiles }
+        { *state, scheduler, background, opener, { readers, 1, {} }, cache, settings, stemSessions, recentFiles }
     };
     std::vector<std::string> messages;
     std::vector<std::string> errors;
@@ -117,7 +117,7 @@ struct FileLoaderTest : testing::Test {
 TEST_F(FileLoaderTest, AFileComesWithTheDefaultsAndIsTheMostRecent)
 {
     const FilePath path = song("a.wav");
-    engine.timePitch().setRate(2);
+    state->setSpeed(200);
     open(path);
     EXPECT_EQ(stage(), LoadingState::Stage::loaded);
     EXPECT_EQ(state->audioFileURL(), path);
@@ -139,8 +139,7 @@ TEST_F(FileLoaderTest, OnlyFromTheRecentListItComesAsItWasLeft)
     const FilePath first = song("first.wav");
     const FilePath second = song("second.wav");
     open(first);
-    state->setRegionStart(2);
-    state->setRegionEnd(4);
+    state->setRegion({ 2, 4 });
     state->setSpeed(40);
     state->setPitch(-300);
     state->setEqEnabled(true);

@@ -125,7 +125,7 @@ TEST_F(OpenSong, EveryFormatOpensPlaysAndComesBackAsItWasLeft)
             EXPECT_EQ(*std::ranges::max_element(peaks), 1.0F);
             EXPECT_GT(program.loudnessOfPlaying(), 0.2);
             program.state->setSpeed(50);
-            program.state->setRegionStart(1);
+            program.state->setRegion({ 1, program.state->audioDuration() });
             program.state->saveSettingsNow();
         }
         Program program(folder);

@@ -176,8 +176,7 @@ std::string loopProblem(const TestSoundServer& server)
 {
     const MonitorRecorder recorder(server);
     Program program(tone(4));
-    program.state->setRegionStart(1);
-    program.state->setRegionEnd(1.4);
+    program.state->setRegion({ 1, 1.4 });
     program.state->setLoopDelayMilliseconds(250);
     program.state->togglePlayPause();
     program.run(2.2);
@@ -214,7 +213,7 @@ TEST_F(RealPlayback, HoldRepeatsAndStepsAndThePlayHeadFollows)
     const TestSoundServer server;
     const MonitorRecorder recorder(server);
     Program program(tone(4));
-    program.engine.timePitch().setRate(0.5);
+    program.state->setSpeed(50);
     program.state->togglePlayPause();
     program.run(1);
     // Half speed for one second, less the latency.

@@ -50,23 +50,14 @@ struct ContentViewTest : testing::Test {
     RecentFilesStore recentFiles{ rig.defaults };
     FakeAudioFileOpener opener;
     NoAmplitudes readers;
-    FileLoader loader{ { state,
-                         rig.engine,
-                         rig.scheduler,
-                         background,
-                         opener,
-                         { readers, 1, {} },
-                         cache,
-                         rig.settings,
-                         stemSessions,
-                         recentFiles } };
-    Notifications notifications;
+    FileLoader loader{
+        { state, rig.scheduler, background, opener, { readers, 1, {} }, cache, rig.settings, stemSessions, recentFiles }
+    };
     FakeProcessRunner processes;
     TemporaryFolder tools;
     URLDownloader downloader{ processes, tools.path() };
     DownloadSettingsStore downloadSettings{ rig.defaults };
-    ContentView view{ { state, rig.engine, loader, rig.commands, notifications, recentFiles, downloader, downloadSettings,
-                        rig.theme } };
+    ContentView view{ { state, loader, rig.commands, recentFiles, downloader, downloadSettings, rig.theme, rig.defaults } };
 
     ContentViewTest()
     {
@@ -165,53 +156,53 @@ TEST_F(ContentViewTest, ScreensFollowTheLoadingAndErrorsAreSaid)
 
 TEST_F(ContentViewTest, CommandsAreCarriedOutWhileAFileIsLoaded)
 {
-    notifications.post(increaseSpeedName);
-    notifications.post(pitchDownName);
-    notifications.post(toggleLoopName);
-    notifications.post(toggleHoldName);
-    notifications.post(holdForwardName);
+    rig.commands.execute(CommandId::increaseSpeed);
+    rig.commands.execute(CommandId::pitchDown);
+    rig.commands.execute(CommandId::toggleLoop);
+    rig.commands.execute(CommandId::toggleHold);
+    rig.commands.execute(CommandId::holdForward);
     EXPECT_EQ(state.speed(), 105);
     EXPECT_EQ(state.pitch(), -1);
     EXPECT_FALSE(state.loopEnabled());
     EXPECT_DOUBLE_EQ(state.holdPosition(), 0.08);
-    notifications.post(stopResetName);
+    rig.commands.execute(CommandId::stopReset);
     EXPECT_FALSE(state.isPlaying());
     state.setLoadingState(LoadingState::idle());
-    notifications.post(increaseSpeedName);
+    rig.commands.execute(CommandId::increaseSpeed);
     EXPECT_EQ(state.speed(), 105);
 
     recentFiles.push("/x.mp3");
-    notifications.post(clearRecentsName);
+    rig.commands.execute(CommandId::clearRecents);
     finishWork();
     EXPECT_TRUE(recentFiles.all().empty());
 }
 
 TEST_F(ContentViewTest, HelpOpensOnceAndCloses)
 {
-    notifications.post(showHelpName);
-    notifications.post(showHelpName);
+    rig.commands.execute(CommandId::showHelp);
+    rig.commands.execute(CommandId::showHelp);
     const auto sheets = view.findChildren<QDialog*>();
     ASSERT_EQ(sheets.size(), 1);
     for (auto* button : sheets.front()->findChildren<QAbstractButton*>())
         if (button->text() == QLatin1String("Done"))
             QTest::mouseClick(button, Qt::LeftButton);
     EXPECT_FALSE(state.isShowingHelp());
-    notifications.post(showHelpName);
+    rig.commands.execute(CommandId::showHelp);
     EXPECT_TRUE(state.isShowingHelp());
     state.setIsShowingHelp(false);
 }
 
 TEST_F(ContentViewTest, ADownloadedSongIsOpenedWithTheDefaults)
 {
-    notifications.post(openFromURLName);
-    notifications.post(openFromURLName);
+    rig.commands.execute(CommandId::openFromURL);
+    rig.commands.execute(CommandId::openFromURL);
     const auto sheets = view.findChildren<OpenFromURLSheet*>();
     ASSERT_EQ(sheets.size(), 1);
     const QPointer<OpenFromURLSheet> sheet = sheets.front();
     QTest::keyClicks(sheet->findChild<QLineEdit*>(), QStringLiteral("https://example.com/a.mp3"));
     sheet->startDownload();
     EXPECT_EQ(processes.children.size(), 1);
-    notifications.post(openFromURLName);
+    rig.commands.execute(CommandId::openFromURL);
     EXPECT_EQ(view.findChildren<OpenFromURLSheet*>().size(), 1);
     state.setSpeed(50);
     processes.children.at(0).end(0, "/songs/a.m4a");
@@ -221,7 +212,7 @@ TEST_F(ContentViewTest, ADownloadedSongIsOpenedWithTheDefaults)
     EXPECT_EQ(state.loadingState().stage, LoadingState::Stage::loading);
 
     // After a cancelled sheet the song is there to be opened, and what plays goes on.
-    notifications.post(openFromURLName);
+    rig.commands.execute(CommandId::openFromURL);
     auto* other = view.findChild<OpenFromURLSheet*>();
     QTest::keyClicks(other->findChild<QLineEdit*>(), QStringLiteral("https://example.com/b.mp3"));
     other->startDownload();

@@ -66,7 +66,7 @@ struct ControlsTest : testing::Test {
 
 TEST_F(ControlsTest, SpeedIsTypedAndStepped)
 {
-    show(new SpeedControl(state, rig.commands, rig.theme));
+    show(new SpeedControl(state, rig.theme));
     constexpr const char* field = "Speed in percent";
     struct Case {
         const char* typed;
@@ -118,7 +118,7 @@ TEST_F(ControlsTest, SpeedIsTypedAndStepped)
 
 TEST_F(ControlsTest, PitchMovesByACent)
 {
-    show(new PitchControl(state, rig.commands, rig.theme));
+    show(new PitchControl(state, rig.theme));
     enter("Pitch in cents", "300");
     EXPECT_EQ(shown("Pitch in cents"), "+300");
     click("Pitch up 1 cent");
@@ -134,13 +134,13 @@ TEST_F(ControlsTest, PitchMovesByACent)
 
 TEST_F(ControlsTest, RegionFieldsKeepTheRegionInOrder)
 {
-    show(new RegionControls(state, rig.commands, rig.theme));
+    show(new RegionControls(state, rig.theme));
     const auto start = [&] {
         return shown("Region start, minutes") + shown("Region start, seconds") + shown("Region start, milliseconds");
     };
-    state.setRegionStart(61.2345);
+    state.setRegion({ 61.2345, 100 });
     EXPECT_EQ(start(), "00101234");
-    state.setRegionEnd(60 + 20);
+    state.setRegion({ 61.2345, 80 });
     enter("Region start, minutes", "2");
     EXPECT_EQ(state.regionStart(), 80);
     EXPECT_EQ(start(), "00120000");
@@ -200,7 +200,7 @@ TEST_F(ControlsTest, ADrawerSlidesToTheHeightOfItsContentAndShut)
 
 TEST_F(ControlsTest, EqualizerSnapsToHalfDecibels)
 {
-    auto* eq = show(new EQView(state, rig.engine, rig.theme));
+    auto* eq = show(new EQView(state, rig.theme));
     EXPECT_FALSE(named<VerticalSlider>("EQ gain at 1kHz")->isVisible());
     click("EQ");
     EXPECT_FALSE(rig.engine.eq().bypass());

@@ -1,7 +1,5 @@
 // Keys as the toolkit delivers them, to a window with a menu, a field and a button.
 
-#include "app/core/Commands.h"
-#include "app/core/Notifications.h"
 #include "app/core/keyboard/KeyHandler.h"
 #include "app/core/keyboard/KeyResponderView.h"
 #include "tests/app/ui/WindowRig.h"
@@ -28,12 +26,12 @@ struct KeysTest : testing::Test {
     KeyHandler keys{ rig.scheduler };
     QMainWindow window;
     QLineEdit* field = new QLineEdit(&window);
-    KeyResponderView* responder = new KeyResponderView(state, &window);
+    KeyResponderView* responder = new KeyResponderView(state, rig.commands, &window);
     int menuActions = 0;
 
     KeysTest()
     {
-        for (const Command& command : menuCommands) {
+        for (const Command& command : commands) {
             auto* action = new QAction(&window);
             if (command.shortcut != 0)
                 action->setShortcut(QKeySequence(command.shortcut));
@@ -110,7 +108,7 @@ TEST_F(KeysTest, HoldKeysActOutsideTexts)
     EXPECT_FALSE(state.holdEnabled());
 
     responder->setFocus();
-    state.setRegionStart(2);
+    state.setRegion({ 2, 10 });
     press(Qt::Key_H, Qt::ShiftModifier);
     EXPECT_TRUE(state.holdEnabled());
     press(Qt::Key_Right);
@@ -183,7 +181,7 @@ TEST_F(KeysTest, NothingIsTakenForADialogNorAfterTheEnd)
 
 TEST_F(KeysTest, StopAndResetSilencesAndGoesToTheRegionsStart)
 {
-    state.setRegionStart(2);
+    state.setRegion({ 2, 10 });
     state.togglePlayPause();
     state.setPlaybackPosition(3);
     ASSERT_TRUE(rig.sounding());

@@ -20,7 +20,7 @@ constexpr int inset = WaveformView::sideInset;
 /// A waveform of 100 s, 1000 points wide, all of it at one height; whatever it wishes is granted.
 struct WaveformViewTest : testing::Test {
     WaveformView view;
-    WaveformRegion region{ 20, 60 };
+    TimeRange region{ 20, 60 };
     double zoom = 1;
     double pan = 0;
     int dragsEnded = 0;
@@ -32,8 +32,9 @@ struct WaveformViewTest : testing::Test {
         view.setSamples(std::vector<float>(2000, 0.5F));
         view.setDuration(100);
         view.setRegion(region);
-        view.onRegionChange([this](double start, double end) {
-            region = { start, end };
+
+        view.onRegionChange([this](const TimeRange& wish) {
+            region = wish;
             view.setRegion(region);
         });
         view.onZoomChange([this](double newZoom, double newPan) { setZoom(newZoom, newPan); });
@@ -68,7 +69,7 @@ TEST_F(WaveformViewTest, DragsDrawRegionsAndMoveHandles)
         const char* what;
         int from;
         int to;
-        WaveformRegion region;
+        TimeRange region;
     };
     for (const Case& test : {
              Case{ "a new one", 700, 900, { 70, 90 } },

@@ -2,7 +2,7 @@
 // Threads: one.
 #pragma once
 
-#include "app/core/PlaybackCommands.h"
+#include "app/core/CommandCenter.h"
 #include "app/ui/ThemeSource.h"
 #include "tests/support/StateRig.h"
 
@@ -11,7 +11,8 @@
 namespace quillet {
 
 struct WindowRig : StateRig {
-    PlaybackCommands commands{ *state, engine };
+    Notifications notifications;
+    CommandCenter commands{ *state, notifications };
     ThemeSource theme;
 
     explicit WindowRig(double durationSeconds = 10)
