@@ -16,7 +16,10 @@
 namespace quillet {
 namespace {
 
-constexpr std::array<const char*, EqualizerNode::bandCount> frequencies{ "60Hz", "250Hz", "1kHz", "4kHz", "12kHz" };
+constexpr std::array<const char*, EqualizerNode::bandCount> frequencies{
+    QT_TRANSLATE_NOOP("EQView", "60Hz"), QT_TRANSLATE_NOOP("EQView", "250Hz"), QT_TRANSLATE_NOOP("EQView", "1kHz"),
+    QT_TRANSLATE_NOOP("EQView", "4kHz"), QT_TRANSLATE_NOOP("EQView", "12kHz"),
+};
 
 }  // namespace
 
@@ -57,7 +60,7 @@ EQView::EQView(AppState& state, const ThemeSource& source, QWidget* parent)
 
 EQView::Band EQView::addBand(QHBoxLayout& row, int band, const ThemeSource& source)
 {
-    const QString frequency = QString::fromLatin1(frequencies[static_cast<std::size_t>(band)]);
+    const QString frequency = tr(frequencies[static_cast<std::size_t>(band)]);
     const Band made{ new Label(source, Label::Role::number, {}),
                      new VerticalSlider(source, tr("EQ gain at %1").arg(frequency)) };
     made.slider->onMove([this, band](double gainDb) { m_state.setEqGain(static_cast<std::size_t>(band), gainDb); });

@@ -28,8 +28,11 @@ struct StepPreset {
     const char* label;
     double percent;
 };
-constexpr std::array presets{ StepPreset{ "1%", 1 }, StepPreset{ "2%", 2 }, StepPreset{ "5%", 5 }, StepPreset{ "10%", 10 },
-                              StepPreset{ "25%", 25 } };
+constexpr std::array presets{
+    StepPreset{ QT_TRANSLATE_NOOP("SpeedControl", "1%"), 1 },   StepPreset{ QT_TRANSLATE_NOOP("SpeedControl", "2%"), 2 },
+    StepPreset{ QT_TRANSLATE_NOOP("SpeedControl", "5%"), 5 },   StepPreset{ QT_TRANSLATE_NOOP("SpeedControl", "10%"), 10 },
+    StepPreset{ QT_TRANSLATE_NOOP("SpeedControl", "25%"), 25 },
+};
 constexpr int customId = static_cast<int>(presets.size());
 
 /// As few digits as name it: "5", "7.5".
@@ -85,7 +88,7 @@ void SpeedControl::buildSteps(const ThemeSource& source)
         row->addWidget(button);
     };
     for (std::size_t i = 0; i < presets.size(); ++i)
-        add(QString::fromLatin1(presets[i].label), static_cast<int>(i));
+        add(tr(presets[i].label), static_cast<int>(i));
     add(tr("Custom"), customId);
     row->addWidget(m_customStep);
     row->addStretch();

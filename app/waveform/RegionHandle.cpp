@@ -85,10 +85,10 @@ QString spokenTime(double seconds)
 {
     const auto hundredths = static_cast<qint64>(seconds * 100);
     const qint64 minutes = hundredths / 6000;
-    QString rest = QString::number(static_cast<double>(hundredths % 6000) / 100, 'f', 2) + QStringLiteral(" seconds");
+    const QString rest = RegionHandle::tr("%1 seconds").arg(static_cast<double>(hundredths % 6000) / 100, 0, 'f', 2);
     if (minutes == 0)
         return rest;
-    return QString::number(minutes) + (minutes == 1 ? QStringLiteral(" minute ") : QStringLiteral(" minutes ")) + rest;
+    return minutes == 1 ? RegionHandle::tr("1 minute %1").arg(rest) : RegionHandle::tr("%1 minutes %2").arg(minutes).arg(rest);
 }
 
 RegionHandle::RegionHandle(Side side, QWidget* parent)

@@ -1,13 +1,34 @@
 """The program's window as a person meets it, for tests of the real program."""
 
+import math
+import os
+import struct
 import subprocess
 import sys
 import threading
 import time
 import unittest
+import wave
 from pathlib import Path
 
 from desktop import Desktop, wait_for
+
+RATE = 44100
+# The thread sanitizer makes the program many times slower: its sound has gaps, and it answers late.
+SLOWED = "TSAN_OPTIONS" in os.environ
+if SLOWED:
+    print("skipped: gaps in the window's sound, and how soon it answers (the thread sanitizer makes the program many times slower)")
+
+
+def write_song(path, seconds):
+    """Three seconds each of 441, 882, 1323 and 1764 Hz, and so on."""
+    with wave.open(str(path), "wb") as song:
+        song.setnchannels(1)
+        song.setsampwidth(2)
+        song.setframerate(RATE)
+        song.writeframes(b"".join(
+            struct.pack("<h", int(16000 * math.sin(2 * math.pi * 441 * (1 + i // (3 * RATE)) * i / RATE)))
+            for i in range(seconds * RATE)))
 
 
 class Window:
@@ -36,17 +57,18 @@ class Window:
         except Exception:  # what has just gone
             return
 
-    def all(self, role, name=None):
-        """Everything in view of that role, whose name begins with `name`."""
-        found = []
+    def in_view(self):
+        """Everything in view, with its role."""
         for node in self._walk(self.application):
             try:
-                if node.getRoleName() == role and (name is None or node.name.startswith(name)) and \
-                        node.getState().contains(self.pyatspi.STATE_SHOWING):
-                    found.append(node)
-            except Exception:
+                if node.getState().contains(self.pyatspi.STATE_SHOWING):
+                    yield node.getRoleName(), node
+            except Exception:  # what has just gone
                 continue
-        return found
+
+    def all(self, role, name=None):
+        """Everything in view of that role, whose name begins with `name`."""
+        return [node for kind, node in self.in_view() if kind == role and (name is None or node.name.startswith(name))]
 
     def find(self, role, name=None):
         return wait_for(f"{role} “{name}”", lambda: next(iter(self.all(role, name)), None))
@@ -54,15 +76,22 @@ class Window:
     def has(self, role, name=None):
         return bool(self.all(role, name))
 
+    @staticmethod
+    def text_of(node):
+        text = node.queryText()
+        return text.getText(0, text.characterCount)
+
     def text(self, name):
-        node = self.find("text", name).queryText()
-        return node.getText(0, node.characterCount)
+        return self.text_of(self.find("text", name))
+
+    def is_checked(self, node):
+        return node.getState().contains(self.pyatspi.STATE_CHECKED)
 
     def value(self, name):
         return self.find("slider", name).queryValue().currentValue
 
     def is_on(self, name):
-        return self.find("check box", name).getState().contains(self.pyatspi.STATE_CHECKED)
+        return self.is_checked(self.find("check box", name))
 
     def place(self, role, name=None):
         box = self.find(role, name).queryComponent().getExtents(self.pyatspi.DESKTOP_COORDS)

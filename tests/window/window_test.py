@@ -6,8 +6,6 @@ Usage: window_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]
 """
 
 import json
-import math
-import os
 import sqlite3
 import struct
 import subprocess
@@ -18,34 +16,18 @@ import wave
 from pathlib import Path
 
 from desktop import frequency, loudness, wait_for
-from window import Watchdog, Window, run_tests
+from window import RATE, SLOWED, Watchdog, Window, run_tests, write_song
 
 PROGRAM, PICTURES = sys.argv[1], Path(sys.argv[2])
 SONG_SECONDS = 12
-RATE = 44100
 DESKTOP = None
-# The thread sanitizer makes the program many times slower: its sound has gaps, and it answers late.
-SLOWED = "TSAN_OPTIONS" in os.environ
-if SLOWED:
-    print("skipped: gaps in the window's sound, and how soon it answers (the thread sanitizer makes the program many times slower)")
-
-
-def write_song(path):
-    """Three seconds each of 441, 882, 1323 and 1764 Hz."""
-    with wave.open(str(path), "wb") as song:
-        song.setnchannels(1)
-        song.setsampwidth(2)
-        song.setframerate(RATE)
-        song.writeframes(b"".join(
-            struct.pack("<h", int(16000 * math.sin(2 * math.pi * 441 * (1 + i // (3 * RATE)) * i / RATE)))
-            for i in range(SONG_SECONDS * RATE)))
 
 
 class WindowTest(unittest.TestCase):
     def setUp(self):
         self.song = DESKTOP.folder / "Autumn étude (take 3).wav"
         if not self.song.exists():
-            write_song(self.song)
+            write_song(self.song, SONG_SECONDS)
         self.window = None
 
     def tearDown(self):

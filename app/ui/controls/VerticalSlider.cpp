@@ -30,7 +30,7 @@ public:
 
     [[nodiscard]] QString text(QAccessible::Text kind) const override
     {
-        return kind == QAccessible::Value ? gainLabel(slider().gain()) + QStringLiteral(" dB") : QAccessibleWidget::text(kind);
+        return kind == QAccessible::Value ? VerticalSlider::tr("%1 dB").arg(gainLabel(slider().gain())) : QAccessibleWidget::text(kind);
     }
     void* interface_cast(QAccessible::InterfaceType type) override
     {

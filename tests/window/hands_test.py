@@ -1,0 +1,256 @@
+#!/usr/bin/env python3
+"""The real window in the hands of someone who goes from one control to the next: after whatever was done, the space bar plays or
+pauses and changes nothing else; and a long program of random gestures, made by a seed, does the window no harm.
+
+Usage: hands_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]
+Of the random hands QUILLET_GESTURES says how many (300) and QUILLET_SEED which (1).
+"""
+
+import os
+import random
+import shutil
+import sys
+import time
+import unittest
+
+from desktop import loudness, wait_for
+from window import SLOWED, Watchdog, Window, run_tests, write_song
+
+PROGRAM = sys.argv[1]
+SONG_SECONDS = 12
+GESTURES = int(os.environ.get("QUILLET_GESTURES", "300"))
+SEED = int(os.environ.get("QUILLET_SEED", "1"))
+DESKTOP = None
+
+
+class HandsTest(unittest.TestCase):
+    def setUp(self):
+        self.song = DESKTOP.folder / "song.wav"
+        if not self.song.exists():
+            write_song(self.song, SONG_SECONDS)
+            shutil.copy(self.song, DESKTOP.folder / "other.wav")
+        self.window = None
+
+    def tearDown(self):
+        if self.window is not None and self.window.process.poll() is None:
+            self.window.process.kill()
+            self.window.process.wait()
+
+    def open(self, *arguments):
+        self.window = Window(DESKTOP, PROGRAM, *map(str, arguments))
+        return self.window
+
+    def wait_until_loaded(self):
+        self.window.wait_until_loaded()
+        # The one button has two names.
+        self.transport = self.window.find("push button", "Play")
+
+    def is_playing(self):
+        return self.transport.name == "Pause"
+
+    def all_that_is_set(self):
+        """What a person sees of the settings: every field, switch, slider and sheet."""
+        look = {
+            "text": self.window.text_of,
+            "check box": self.window.is_checked,
+            "slider": lambda node: node.queryValue().currentValue,
+            "push button": lambda node: True,
+        }
+        return sorted(f"{role} {node.name}: {look[role](node)}" for role, node in self.window.in_view()
+                      if role in look and node.name not in ("Play", "Pause"))
+
+    def space_plays(self, what):
+        """Presses Space, and undoes what it did."""
+        time.sleep(0.15)
+        before, settings = self.is_playing(), self.all_that_is_set()
+        for playing in (not before, before):
+            DESKTOP.key("space")
+            wait_for(f"Space to {'play' if playing else 'pause'} after: {what}", lambda wanted=playing: self.is_playing() == wanted, 3)
+        self.assertEqual(self.all_that_is_set(), settings, f"Space did more than play after: {what}")
+
+    def test_the_space_bar_plays_after_everything(self):
+        # One song in the list, to be opened by hand.
+        window = self.open(self.song)
+        self.wait_until_loaded()
+        click, key, typed = window.click, DESKTOP.key, DESKTOP.type
+
+        def type_into(field, text):
+            click("text", field)
+            typed(text)
+
+        def tab_to(role, name):
+            window.find(role, name).queryComponent().grabFocus()
+
+        def turn_wheel():
+            DESKTOP.run("xdotool", "mousemove", *map(str, window.place("slider", "EQ gain at 1kHz")), "click", "4", "click", "5")
+
+        actions = [
+            ("the song was named on the command line", lambda: None),
+            ("Increase speed", lambda: click("push button", "Increase speed")),
+            ("a speed typed and entered", lambda: (type_into("Speed in percent", "50"), key("Return"))),
+            ("a speed typed, then a click on Hold and off", lambda: (type_into("Speed in percent", "60"), click("check box", "Hold"),
+                                                                     click("check box", "Hold"))),
+            ("Reset speed", lambda: click("push button", "Reset speed")),
+            ("Custom, then 10 %", lambda: (click("check box", "Speed step Custom"), click("check box", "Speed step 10%"))),
+            ("a custom step typed, then 25 %", lambda: (click("check box", "Speed step Custom"), typed("7"),
+                                                         click("check box", "Speed step 25%"))),
+            ("a pitch typed, then Escape", lambda: (type_into("Pitch in cents", "300"), key("Escape"))),
+            ("Pitch up", lambda: click("push button", "Pitch up 1 cent")),
+            ("Reset pitch", lambda: click("push button", "Reset pitch")),
+            ("the keys of the speed", lambda: key("ctrl+Left", "ctrl+Right")),
+            ("a step up of the region's start", lambda: click("push button", "Increase Region start, milliseconds")),
+            ("a field of the region typed and left by a click", lambda: (type_into("Region start, seconds", "02"),
+                                                                           click("filler", "Waveform"))),
+            ("a drag on the waveform", lambda: DESKTOP.drag(window.at(3, SONG_SECONDS), window.at(6, SONG_SECONDS))),
+            ("a handle by keys, then Escape", lambda: (tab_to("slider", "Region start"), key("Right", "Escape"))),
+            ("a handle by keys", lambda: (tab_to("slider", "Region end"), key("Left"))),
+            ("Zoom in", lambda: click("push button", "Zoom in")),
+            ("Pan right", lambda: click("push button", "Pan right")),
+            ("Fit Region", lambda: click("push button", "Fit Region")),
+            ("Zoom out until it is off", lambda: [click("push button", "Zoom out") for _ in range(6)]),
+            ("Fit Track", lambda: click("push button", "Fit Track")),
+            ("a delay being typed when its field goes", lambda: (type_into("Loop delay, milliseconds", "20"), key("ctrl+l"))),
+            ("Loop by mouse", lambda: click("check box", "Loop")),
+            ("EQ on", lambda: click("check box", "EQ")),
+            ("a gain by mouse", lambda: DESKTOP.drag(window.place("slider", "EQ gain at 1kHz"),
+                                                     tuple(map(sum, zip(window.place("slider", "EQ gain at 1kHz"), (0, -30)))))),
+            ("a wheel over a gain", turn_wheel),
+            ("a gain by key, then the switch by mouse", lambda: (tab_to("slider", "EQ gain at 60Hz"), key("Up"),
+                                                                 click("check box", "EQ"))),
+            ("Reset EQ by Space, which turns it off", lambda: (tab_to("push button", "Reset EQ"), key("space"))),
+            ("hold by key", lambda: key("h", "Right", "h")),
+            ("the help left by Escape", lambda: (click("push button", "Help"), window.find("push button", "Done"), key("Escape"),
+                                                 time.sleep(0.3))),
+            ("the help opened by key and left", lambda: (tab_to("push button", "Help"), key("space"),
+                                                         window.find("push button", "Done"), key("Escape"), time.sleep(0.3))),
+            ("the web address left", lambda: (key("ctrl+shift+o"), window.find("text", "Web address"), key("Escape"), time.sleep(0.3))),
+            ("Stop and Reset", lambda: key("ctrl+r")),
+            ("another size while typing", lambda: (type_into("Speed in percent", "80"), window.resize(700, 620), time.sleep(0.3),
+                                                     key("Return"))),
+            ("a wide window", lambda: (window.resize(1270, 960), time.sleep(0.3))),
+            ("a second click on what Tab has led to", lambda: (tab_to("check box", "Loop"), click("check box", "Loop"),
+                                                               click("check box", "Loop"))),
+            ("the open panel", lambda: (key("ctrl+o"), time.sleep(0.5), typed(str(DESKTOP.folder / "other.wav")), key("Return"),
+                                        wait_for("the other song", lambda: window.has("label", "other.wav")), self.wait_until_loaded())),
+            ("the recent files of the toolbar, by key", lambda: (tab_to("push button", "Recent files"), key("space"), time.sleep(0.3),
+                                                                 key("Down", "Down", "Return"), self.wait_until_loaded())),
+            ("the menu's recent files", lambda: (click("menu item", "File"), key("Down", "Down", "Down", "Right", "Down", "Return"),
+                                                 time.sleep(0.3), self.wait_until_loaded())),
+        ]
+        for what, action in actions:
+            action()
+            self.space_plays(what)
+
+        # What was typed counts before what was clicked acts.
+        type_into("Speed in percent", "50")
+        click("push button", "Play")
+        self.space_plays("a speed typed, then Play")
+        self.assertEqual(window.text("Speed in percent"), "50%")
+        self.assertEqual(window.close(), 0)
+
+        window = self.open()
+        tab_to("push button", "song.wav")
+        key("space")
+        self.wait_until_loaded()
+        self.space_plays("a recent file by key")
+        self.assertEqual(window.close(), 0)
+
+    # ---- Random hands ----
+
+    def gestures(self):
+        """Endless, and the same for the same seed: each a name and the words for xdotool."""
+        hands = random.Random(SEED)
+        size = [1000, 860]
+        sheets = ("ctrl+o", "ctrl+shift+o", "F1")
+
+        def place():
+            # Not on the menus, where the program can be ended.
+            return str(hands.randrange(4, size[0] - 4)), str(hands.randrange(30, size[1] - 4))
+
+        def move(where):
+            return ["mousemove", "--window", "WINDOW", *where]
+
+        def keys():
+            return hands.choice(("space", "h", "Left", "Right", "Up", "Down", "Tab", "shift+Tab", "Return", "Escape", "Home", "End",
+                                 "ctrl+Left", "ctrl+Right", "ctrl+Up", "ctrl+Down", "ctrl+l", "ctrl+r", "Page_Down", "BackSpace"))
+
+        while True:
+            kind = hands.choices(("click", "double", "drag", "wheel", "key", "type", "resize", "sheet"), (30, 5, 15, 10, 30, 8, 1, 1))[0]
+            if kind == "click":
+                yield kind, move(place()) + ["click", "1"]
+            elif kind == "double":
+                yield kind, move(place()) + ["click", "--repeat", "2", "--delay", "40", "1"]
+            elif kind == "drag":
+                yield kind, move(place()) + ["mousedown", "1"] + move(place()) + move(place()) + ["mouseup", "1"]
+            elif kind == "wheel":
+                modifier = hands.choice(("ctrl", "shift", None))
+                turn = move(place()) + ["click", hands.choice("4567"), "click", hands.choice("4567")]
+                yield kind, turn if modifier is None else ["keydown", modifier, *turn, "keyup", modifier]
+            elif kind == "key":
+                yield kind, ["key", *(keys() for _ in range(hands.randrange(1, 4)))]
+            elif kind == "type":
+                yield kind, ["type", "--", hands.choice(("50", "+10", "-3", "abc", "999999", "0", "12.5", " "))]
+            elif kind == "resize":
+                size[:] = hands.randrange(680, 1260), hands.randrange(604, 960)
+                yield kind, ["windowsize", "--sync", "WINDOW", *map(str, size), "sleep", "0.1"]
+            else:
+                yield kind, ["key", hands.choice(sheets), "sleep", "0.3", "key", "Escape", "sleep", "0.1"]
+
+    def memory(self):
+        """Megabytes."""
+        with open(f"/proc/{self.window.process.pid}/status") as status:
+            return int(next(line for line in status if line.startswith("VmRSS")).split()[1]) / 1024
+
+    def tell_the_truth(self, after):
+        """Escape leaves whatever is open; then Space plays; and what the button says is what is heard."""
+        for _ in range(3):
+            DESKTOP.key("Escape")
+            time.sleep(0.15)
+        window = self.window
+        if not window.has("push button", "Play") and not self.is_playing():
+            self.fail(f"no player after {after} gestures")
+        DESKTOP.key("ctrl+r")
+        wait_for(f"an end after {after} gestures", lambda: not self.is_playing(), 3)
+        if window.is_on("Hold"):
+            DESKTOP.key("h")
+            wait_for("no hold", lambda: not window.is_on("Hold"), 3)
+        time.sleep(0.3)
+        self.assertLess(loudness(DESKTOP.record(0.2)), 0.001, f"sound while stopped, after {after} gestures")
+        DESKTOP.key("space")
+        playing = window.text("Region start, seconds") + window.text("Region start, milliseconds") \
+            != window.text("Region end, seconds") + window.text("Region end, milliseconds")
+        if not playing:
+            return
+        wait_for(f"Space to play after {after} gestures", self.is_playing, 3)
+        if window.is_on("Loop"):
+            self.assertGreater(loudness(DESKTOP.record(1.5)), 0.005, f"silence while playing, after {after} gestures")
+
+    def test_random_hands_do_no_harm(self):
+        window = self.open(self.song)
+        self.wait_until_loaded()
+        window.resize(1000, 860)
+        place = DESKTOP.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$").stdout.split()[-1].decode()
+        DESKTOP.key("space")
+        settled = None
+        with Watchdog(window) as watchdog:
+            for count, (kind, words) in zip(range(1, GESTURES + 1), self.gestures()):
+                DESKTOP.run("xdotool", *(place if word == "WINDOW" else word for word in words), check=False)
+                self.assertIsNone(window.process.poll(), f"gesture {count} of seed {SEED} ended the program: {kind} {words}")
+                if count % 100 == 0:
+                    self.tell_the_truth(count)
+                    settled = settled or self.memory()
+        print(f"seed {SEED}, {GESTURES} gestures: slowest answer {1000 * watchdog.slowest:.0f} ms (the machine's own delay "
+              f"{1000 * watchdog.machine:.0f} ms), memory {settled:.0f} to {self.memory():.0f} MB")
+        if not SLOWED:
+            self.assertLess(watchdog.slowest, 0.05 + 2 * watchdog.machine)
+            self.assertLess(self.memory() - settled, 40)
+        self.assertEqual(window.close(), 0)
+
+
+def begin(desktop):
+    global DESKTOP
+    DESKTOP = desktop
+
+
+if __name__ == "__main__":
+    sys.exit(run_tests(begin))
