@@ -18,12 +18,14 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPainter>
 #include <QStackedLayout>
 #include <QStandardPaths>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -95,6 +97,11 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     connect(&services.state, &AppState::loadingStateChanged, this, &ContentView::showScreen);
     connect(&services.state, &AppState::isShowingHelpChanged, this, &ContentView::syncHelp);
     m_services.loader.onError([this](const std::string& message) { showError(QString::fromStdString(message)); });
+    // Whoever clicks on the window under a sheet means the sheet: the keys go there.
+    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this](const QWindow* focused) {
+        if (focused != nullptr && focused == window()->windowHandle() && frontSheet() != nullptr)
+            QMetaObject::invokeMethod(this, &ContentView::activateSheet, Qt::QueuedConnection);
+    });
     subscribe();
     m_services.loader.refreshRecentFiles();
 }
@@ -170,6 +177,8 @@ void ContentView::openFile()
     panel->setWindowModality(Qt::WindowModal);
     panel->setFileMode(QFileDialog::ExistingFile);
     panel->setOption(QFileDialog::HideNameFilterDetails);
+    // It opens songs; it renames and deletes nothing.
+    panel->setOption(QFileDialog::ReadOnly);
     panel->setNameFilters({ audioFilter(), tr("All files") + QStringLiteral(" (*)") });
     connect(panel, &QFileDialog::fileSelected, this, [this](const QString& file) {
         const FilePath path = pathOf(file);
@@ -237,14 +246,30 @@ void ContentView::openSheet(QDialog& sheet)
     syncShade();
 }
 
+/// The one that stands before the window, the last that was opened; null if none does.
+QDialog* ContentView::frontSheet()
+{
+    std::erase_if(m_sheets, [](const QPointer<QDialog>& sheet) { return sheet.isNull(); });
+    const auto isInFront = [](const QPointer<QDialog>& sheet) {
+        return sheet->isVisible() && sheet->windowModality() != Qt::NonModal;
+    };
+    const auto front = std::find_if(m_sheets.rbegin(), m_sheets.rend(), isInFront);
+    return front == m_sheets.rend() ? nullptr : front->data();
+}
+
+void ContentView::activateSheet()
+{
+    if (QDialog* sheet = frontSheet()) {
+        sheet->raise();
+        sheet->activateWindow();
+    }
+}
+
 /// The window is dimmed while any sheet stands before it.
 void ContentView::syncShade()
 {
-    std::erase_if(m_sheets, [](const QPointer<QDialog>& sheet) { return sheet.isNull(); });
     m_shade->setGeometry(rect());
-    m_shade->setVisible(std::ranges::any_of(m_sheets, [](const QPointer<QDialog>& sheet) {
-        return sheet->isVisible() && sheet->windowModality() != Qt::NonModal;
-    }));
+    m_shade->setVisible(frontSheet() != nullptr);
     m_shade->raise();
 }
 

@@ -79,6 +79,8 @@ private:
     void subscribe();
     void showScreen();
     void openSheet(QDialog& sheet);
+    [[nodiscard]] QDialog* frontSheet();
+    void activateSheet();
     void syncShade();
     void closeOpenFromURL();
     void syncHelp();

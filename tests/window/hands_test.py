@@ -12,11 +12,12 @@ import shutil
 import sys
 import time
 import unittest
+from pathlib import Path
 
 from desktop import loudness, wait_for
 from window import SLOWED, Watchdog, Window, run_tests, write_song
 
-PROGRAM = sys.argv[1]
+PROGRAM, PICTURES = sys.argv[1], Path(sys.argv[2])
 SONG_SECONDS = 12
 GESTURES = int(os.environ.get("QUILLET_GESTURES", "300"))
 SEED = int(os.environ.get("QUILLET_SEED", "1"))
@@ -32,6 +33,9 @@ class HandsTest(unittest.TestCase):
         self.window = None
 
     def tearDown(self):
+        if self.window is not None:
+            # For whoever wants to see what went wrong.
+            DESKTOP.shot(PICTURES / f"{self.id().split('.')[-1]}.png")
         if self.window is not None and self.window.process.poll() is None:
             self.window.process.kill()
             self.window.process.wait()
