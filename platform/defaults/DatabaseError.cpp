@@ -1,5 +1,6 @@
 #include "platform/defaults/DatabaseError.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -19,7 +20,8 @@ DatabaseError databaseErrorOf(int systemError, const FilePath& file, DatabaseErr
     case EPERM:
     case ENOENT:
         // Only writing is refused if the file can be read, or if one can at least tell that it is missing.
-        return ::access(file.c_str(), R_OK) == 0 || errno == ENOENT ? DatabaseError::readOnly : DatabaseError::unreadable;
+        return ::faccessat(AT_FDCWD, file.c_str(), R_OK, AT_EACCESS) == 0 || errno == ENOENT ? DatabaseError::readOnly
+                                                                                             : DatabaseError::unreadable;
     default:
         return otherwise;
     }

@@ -339,7 +339,10 @@ void SqliteConnection::setBusyTimeout(int milliseconds) { sqlite3_busy_timeout(m
 bool SqliteConnection::isSound()
 {
     const auto check = prepare("PRAGMA integrity_check(1)");
-    return check && sqlite3_step(check->get()) == SQLITE_ROW && bytesAt(check->get(), 0) == "ok";
+    const bool sound = check && sqlite3_step(check->get()) == SQLITE_ROW && bytesAt(check->get(), 0) == "ok";
+    if (!sound)
+        leaveLogAlone();
+    return sound;
 }
 
 auto SqliteConnection::finish(sqlite3_stmt* statement) -> Result<void>
@@ -350,6 +353,9 @@ auto SqliteConnection::finish(sqlite3_stmt* statement) -> Result<void>
     return {};
 }
 
+/// A damaged file is kept for whoever wants to look into it, so closing it must not move the log's pages into it.
+void SqliteConnection::leaveLogAlone() { sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr); }
+
 std::unexpected<DatabaseError> SqliteConnection::error(int code)
 {
     const int systemError = errno;
@@ -357,8 +363,7 @@ std::unexpected<DatabaseError> SqliteConnection::error(int code)
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
     case SQLITE_ERROR:  // a statement that the file's tables do not fit
-        // The file is kept for whoever wants to look into it, so closing it must not move the log's pages into it.
-        sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        leaveLogAlone();
         return std::unexpected(DatabaseError::damaged);
     case SQLITE_BUSY:
     case SQLITE_LOCKED:

@@ -72,6 +72,7 @@ private:
     Result<Statement> prepare(std::string_view text);
     Result<void> finish(sqlite3_stmt* statement);
     Result<std::string> readHead(std::unique_ptr<sqlite3_blob, Closer>& blob, std::int64_t row, int bytes);
+    void leaveLogAlone();
     [[nodiscard]] std::unexpected<DatabaseError> error(int code);
 
     const FilePath m_file;
