@@ -1,7 +1,7 @@
 // The user's defaults domain: a persistent store of small typed values under text keys. Every read goes to the store, so
 // two instances (and two processes) over one store see each other's writes. Keys are bytes and may hold file names that are
-// not UTF-8. A read of a key that is missing or holds another type answers nothing; failures to write are silent, as nothing
-// better can be done with a setting that cannot be kept.
+// not UTF-8. A read of a key that is missing or holds another type answers nothing. A write never fails: what the store cannot
+// take now counts all the same for whoever reads here, and the class below sees to it.
 // Threads: callable from every thread.
 #pragma once
 

@@ -1,16 +1,13 @@
 #include "platform/defaults/SqliteConnection.h"
 
-#include "platform/base/Require.h"
-
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <system_error>
 #include <utility>
 
 namespace quillet {
 namespace {
-
-/// As long as another process may keep this one waiting while the file is set up.
-constexpr int firstPatienceMilliseconds = 5000;
 
 // The numbers are stored, so they never change.
 enum class StoredType : std::int64_t { data = 0, string = 1, stringArray = 2, real = 3, integer = 4, boolean = 5 };
@@ -39,6 +36,18 @@ int bindPrefix(sqlite3_stmt* statement, std::string_view prefix)
         return code | sqlite3_bind_null(statement, 2);
     ++end.back();
     return code | bindBytes(statement, 2, end);
+}
+
+/// The file's name in a URI, where SQLite can be told that nobody changes the file.
+std::string immutableUri(const FilePath& file)
+{
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string uri = "file:";
+    for (const char byte : file.native()) {
+        const auto value = static_cast<unsigned char>(byte);
+        ((uri += '%') += digits[value >> 4U]) += digits[value & 0xFU];
+    }
+    return uri + "?immutable=1";
 }
 
 struct ValueBinder {
@@ -104,36 +113,63 @@ private:
     sqlite3_stmt* m_statement;
 };
 
-auto SqliteConnection::open(const FilePath& file) -> Result<std::unique_ptr<SqliteConnection>>
+SqliteConnection::SqliteConnection(FilePath file)
+    : m_file(std::move(file))
 {
-    std::unique_ptr<SqliteConnection> connection(new SqliteConnection);
-    if (const auto opened = connection->openDatabase(file.c_str()); !opened)
+}
+
+auto SqliteConnection::open(const FilePath& file, int busyTimeoutMilliseconds) -> Result<std::unique_ptr<SqliteConnection>>
+{
+    std::unique_ptr<SqliteConnection> connection(new SqliteConnection(file));
+    if (const auto opened = connection->openDatabase(file.c_str(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE); !opened)
+        return std::unexpected(opened.error());
+    // A file that may not be written opens all the same.
+    if (connection->isReadOnly())
+        return std::unexpected(DatabaseError::readOnly);
+    connection->setBusyTimeout(busyTimeoutMilliseconds);
+    if (const auto prepared = connection->prepareDatabase(); !prepared)
+        return std::unexpected(prepared.error());
+    if (const auto written = connection->tryToWrite(busyTimeoutMilliseconds); !written)
+        return std::unexpected(written.error());
+    return connection;
+}
+
+auto SqliteConnection::openForReading(const FilePath& file) -> Result<std::unique_ptr<SqliteConnection>>
+{
+    FilePath log = file;
+    log += "-wal";
+    std::error_code none;
+    if (const auto bytes = std::filesystem::file_size(log, none); !none && bytes != 0)
+        return std::unexpected(DatabaseError::unreadable);
+    std::unique_ptr<SqliteConnection> connection(new SqliteConnection(file));
+    if (const auto opened = connection->openDatabase(immutableUri(file).c_str(), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+        !opened)
         return std::unexpected(opened.error());
     if (const auto prepared = connection->prepareDatabase(); !prepared)
         return std::unexpected(prepared.error());
     return connection;
 }
 
-std::unique_ptr<SqliteConnection> SqliteConnection::openInMemory()
-{
-    auto connection = open(":memory:");
-    REQUIRE(connection.has_value());
-    return std::move(*connection);
-}
-
-auto SqliteConnection::openDatabase(const char* name) -> Result<void>
+auto SqliteConnection::openDatabase(const char* name, int flags) -> Result<void>
 {
     sqlite3* database = nullptr;
-    const int code =
-        sqlite3_open_v2(name, &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int code = sqlite3_open_v2(name, &database, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     m_database.reset(database);
     if (code != SQLITE_OK)
         return error(code);
-    // A file that may not be written opens all the same.
-    if (sqlite3_db_readonly(database, "main") != 0)
-        return std::unexpected(DatabaseError::unavailable);
-    setPatience(firstPatienceMilliseconds);
     return {};
+}
+
+bool SqliteConnection::isReadOnly() const { return sqlite3_db_readonly(m_database.get(), "main") != 0; }
+
+/// A connection may find out only now that it cannot write. It must not stay open then: it shares its index of the log with
+/// those that this process opens later, and they could not write either.
+auto SqliteConnection::tryToWrite(int busyTimeoutMilliseconds) -> Result<void>
+{
+    setBusyTimeout(0);
+    const auto begun = execute("BEGIN IMMEDIATE; ROLLBACK");
+    setBusyTimeout(busyTimeoutMilliseconds);
+    return begun || begun.error() == DatabaseError::busy ? Result<void>() : begun;
 }
 
 auto SqliteConnection::prepareDatabase() -> Result<void>
@@ -169,6 +205,7 @@ auto SqliteConnection::prepareDatabase() -> Result<void>
 
 auto SqliteConnection::execute(const char* text) -> Result<void>
 {
+    errno = 0;
     if (const int code = sqlite3_exec(m_database.get(), text, nullptr, nullptr, nullptr); code != SQLITE_OK)
         return error(code);
     return {};
@@ -202,8 +239,11 @@ auto SqliteConnection::read(std::string_view key) -> Result<std::optional<Defaul
 auto SqliteConnection::write(std::string_view key, const DefaultsValue& value) -> Result<void>
 {
     const Use statement(m_write);
-    if (const int code = bindBytes(statement, 1, key) | std::visit(ValueBinder{ statement, 2, 3 }, value); code != SQLITE_OK)
-        return std::unexpected(DatabaseError::unavailable);
+    int code = bindBytes(statement, 1, key);
+    if (code == SQLITE_OK)
+        code = std::visit(ValueBinder{ statement, 2, 3 }, value);
+    if (code != SQLITE_OK)
+        return error(code);
     return finish(statement);
 }
 
@@ -294,35 +334,58 @@ auto SqliteConnection::readHead(std::unique_ptr<sqlite3_blob, Closer>& blob, std
     return head;
 }
 
-void SqliteConnection::setPatience(int milliseconds) { sqlite3_busy_timeout(m_database.get(), milliseconds); }
+void SqliteConnection::setBusyTimeout(int milliseconds) { sqlite3_busy_timeout(m_database.get(), milliseconds); }
 
 bool SqliteConnection::isSound()
 {
     const auto check = prepare("PRAGMA integrity_check(1)");
-    return check && sqlite3_step(check->get()) == SQLITE_ROW && bytesAt(check->get(), 0) == "ok";
+    const bool sound = check && sqlite3_step(check->get()) == SQLITE_ROW && bytesAt(check->get(), 0) == "ok";
+    if (!sound)
+        leaveLogAlone();
+    return sound;
 }
 
 auto SqliteConnection::finish(sqlite3_stmt* statement) -> Result<void>
 {
+    errno = 0;
     if (const int code = sqlite3_step(statement); code != SQLITE_DONE)
         return error(code);
     return {};
 }
 
+/// A damaged file is kept for whoever wants to look into it, so closing it must not move the log's pages into it.
+void SqliteConnection::leaveLogAlone() { sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr); }
+
 std::unexpected<DatabaseError> SqliteConnection::error(int code)
 {
+    const int systemError = errno;
     switch (code & 0xFF) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
     case SQLITE_ERROR:  // a statement that the file's tables do not fit
-        // The file is kept for whoever wants to look into it, so closing it must not move the log's pages into it.
-        sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        leaveLogAlone();
         return std::unexpected(DatabaseError::damaged);
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
+    case SQLITE_PROTOCOL:
         return std::unexpected(DatabaseError::busy);
+    case SQLITE_FULL:
+        return std::unexpected(DatabaseError::full);
+    case SQLITE_READONLY:
+        return std::unexpected(DatabaseError::readOnly);
+    case SQLITE_PERM:
+    case SQLITE_AUTH:
+        return std::unexpected(DatabaseError::unreadable);
+    case SQLITE_CANTOPEN:
+        return std::unexpected(databaseErrorOf(sqlite3_system_errno(m_database.get()), m_file, DatabaseError::unreadable));
+    case SQLITE_IOERR:
+        // SQLite does not keep the system's error here. A missing file is one that it has only looked for afterwards.
+        return std::unexpected(systemError == ENOENT ? DatabaseError::other
+                                                     : databaseErrorOf(systemError, m_file, DatabaseError::other));
+    case SQLITE_TOOBIG:
+        return std::unexpected(DatabaseError::refused);
     default:
-        return std::unexpected(DatabaseError::unavailable);
+        return std::unexpected(DatabaseError::other);
     }
 }
 

@@ -1,9 +1,10 @@
-// One open database of defaults: a table of keys, types and values, and the statements over it. It says whether a failure
-// means a damaged file; what is done about one is the domain's business.
+// One open database of defaults: a table of keys, types and values, and the statements over it. It says why something failed;
+// what is done about it is the domain's business.
 // Threads: one thread at a time.
 #pragma once
 
 #include "platform/base/FilePath.h"
+#include "platform/defaults/DatabaseError.h"
 #include "platform/defaults/DefaultsDomain.h"
 #include "platform/defaults/DefaultsValue.h"
 
@@ -21,23 +22,17 @@
 
 namespace quillet {
 
-enum class DatabaseError {
-    /// The file is no database, a broken one, or another program's.
-    damaged,
-    /// Another process is writing to it, and went on doing so for as long as was waited.
-    busy,
-    /// It cannot be read or written.
-    unavailable,
-};
-
 class SqliteConnection {
 public:
     template <typename T> using Result = std::expected<T, DatabaseError>;
 
     /// Opens the file for reading and writing, and creates it where it is missing. Its directory exists.
-    static Result<std::unique_ptr<SqliteConnection>> open(const FilePath& file);
-    /// An empty database that lasts as long as the connection; there is one unless memory has run out.
-    static std::unique_ptr<SqliteConnection> openInMemory();
+    static Result<std::unique_ptr<SqliteConnection>> open(const FilePath& file, int busyTimeoutMilliseconds);
+    /// Opens a file that cannot be written, and whose log cannot be created. The connection takes no locks and sees no changes
+    /// of others. It is refused while there is a log: the file alone would be out of date.
+    static Result<std::unique_ptr<SqliteConnection>> openForReading(const FilePath& file);
+
+    [[nodiscard]] bool isReadOnly() const;
 
     /// Nothing if the key is missing, or its value is not of the type that it was stored with.
     Result<std::optional<DefaultsValue>> read(std::string_view key);
@@ -52,8 +47,8 @@ public:
     Result<DefaultsSize> sizeOfPrefix(std::string_view prefix);
     Result<std::vector<DefaultsHead>> dataHeads(std::string_view prefix, std::size_t headBytes);
 
-    /// How long a write waits while another process is writing; at first some seconds.
-    void setPatience(int milliseconds);
+    /// How long a write waits while another connection is writing.
+    void setBusyTimeout(int milliseconds);
 
     /// Reads the whole file and tells whether it is in order.
     [[nodiscard]] bool isSound();
@@ -69,15 +64,18 @@ private:
     /// Makes a statement ready for its next use when it goes out of scope, and ends its transaction so.
     class Use;
 
-    SqliteConnection() = default;
-    Result<void> openDatabase(const char* name);
+    explicit SqliteConnection(FilePath file);
+    Result<void> openDatabase(const char* name, int flags);
     Result<void> prepareDatabase();
+    Result<void> tryToWrite(int busyTimeoutMilliseconds);
     Result<void> execute(const char* text);
     Result<Statement> prepare(std::string_view text);
     Result<void> finish(sqlite3_stmt* statement);
     Result<std::string> readHead(std::unique_ptr<sqlite3_blob, Closer>& blob, std::int64_t row, int bytes);
+    void leaveLogAlone();
     [[nodiscard]] std::unexpected<DatabaseError> error(int code);
 
+    const FilePath m_file;
     std::unique_ptr<sqlite3, Closer> m_database;
     Statement m_read;
     Statement m_write;

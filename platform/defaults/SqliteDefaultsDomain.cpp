@@ -1,196 +1,277 @@
 #include "platform/defaults/SqliteDefaultsDomain.h"
 
+#include "platform/defaults/DefaultsFile.h"
 #include "platform/defaults/SqliteConnection.h"
 #include "platform/files/UserDirectories.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
-#include <chrono>
-#include <ctime>
+#include <algorithm>
+#include <expected>
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace quillet {
 namespace {
 
-/// How long a write waits for another process: less than anybody notices. And at the very end, when nothing else is left.
-constexpr int patienceMilliseconds = 20;
-constexpr int lastPatienceMilliseconds = 5000;
-constexpr std::chrono::milliseconds retryInterval{ 100 };
+/// How long a write waits for another process: less than anybody notices.
+constexpr int busyTimeoutMilliseconds = 20;
+/// At the very beginning, when reads would otherwise miss what is there, and at the very end, when nothing else is left.
+constexpr int longBusyTimeoutMilliseconds = 5000;
 
-/// Held by one process at a time for each directory.
-class DirectoryLock {
-public:
-    explicit DirectoryLock(const FilePath& directory)
-        : m_descriptor(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
-    {
-        while (::flock(m_descriptor, LOCK_EX) != 0 && errno == EINTR) { }
-    }
-    ~DirectoryLock() { ::close(m_descriptor); }
-    DirectoryLock(const DirectoryLock&) = delete;
-    DirectoryLock& operator=(const DirectoryLock&) = delete;
-
-private:
-    int m_descriptor;
-};
-
-FilePath withSuffix(const FilePath& file, const char* suffix)
+DefaultsHealth::Trouble troubleOf(DatabaseError error)
 {
-    FilePath path = file;
-    path += suffix;
-    return path;
+    using enum DefaultsHealth::Trouble;
+    switch (error) {
+    case DatabaseError::busy:
+        return busy;
+    case DatabaseError::full:
+        return full;
+    case DatabaseError::readOnly:
+        return readOnly;
+    case DatabaseError::unreadable:
+        return unreadable;
+    case DatabaseError::damaged:
+    case DatabaseError::refused:
+    case DatabaseError::other:
+        break;
+    }
+    return other;
 }
 
-/// A name beside `file` that is not taken, with the time (UTC) in it.
-FilePath asideName(const FilePath& file)
+/// Stores the writes one by one until one fails; leaves those that are stored in `writes`. One that SQLite will never accept is
+/// dropped as if it were.
+std::expected<void, DatabaseError> storeAll(SqliteConnection& connection, std::vector<LateWrites::Write>& writes,
+                                            const std::stop_token& stop)
 {
-    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm utc{};
-    gmtime_r(&now, &utc);
-    std::array<char, 32> time{};
-    std::strftime(time.data(), time.size(), ".damaged-%Y%m%dT%H%M%SZ", &utc);
-    FilePath name = withSuffix(file, time.data());
-    std::error_code unknown;
-    for (int i = 2; std::filesystem::exists(std::filesystem::symlink_status(name, unknown)); ++i)
-        name = withSuffix(file, (time.data() + ('-' + std::to_string(i))).c_str());
-    return name;
-}
-
-/// The log goes first: left behind, it would be taken for the log of the file that comes next.
-bool moveAside(const FilePath& file)
-{
-    const FilePath name = asideName(file);
-    for (const char* part : { "-wal", "-shm", "" }) {
-        std::error_code failure;
-        std::filesystem::rename(withSuffix(file, part), withSuffix(name, part), failure);
-        if (failure && failure != std::errc::no_such_file_or_directory)
-            return false;
+    std::expected<void, DatabaseError> done;
+    auto next = writes.begin();
+    for (; next != writes.end() && !stop.stop_requested(); ++next) {
+        done = *next->value ? connection.write(next->key, **next->value) : connection.remove(next->key);
+        if (!done && done.error() != DatabaseError::refused)
+            break;
+        done = {};
     }
-    return true;
+    writes.erase(next, writes.end());
+    return done;
 }
 
 }  // namespace
 
+/// Holds the lock, and reports at its end what has changed.
+class SqliteDefaultsDomain::Turn {
+public:
+    explicit Turn(const SqliteDefaultsDomain& domain)
+        : m_domain(domain),
+          m_lock(domain.m_mutex)
+    {
+    }
+    ~Turn() { m_domain.report(m_lock); }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+private:
+    const SqliteDefaultsDomain& m_domain;
+    std::unique_lock<std::mutex> m_lock;
+};
+
 FilePath SqliteDefaultsDomain::standardFile() { return configDirectory() / "defaults.sqlite"; }
 
-SqliteDefaultsDomain::SqliteDefaultsDomain(FilePath file)
+SqliteDefaultsDomain::SqliteDefaultsDomain(FilePath file, DefaultsRetryTimes times)
     : m_file(std::move(file)),
-      m_connection(open(Suspicion::none))
+      m_times(times),
+      m_health{ .file = m_file, .movedAside = {} }
 {
+    OpenedDefaults opened = openDefaultsFile(m_file, Suspicion::none, longBusyTimeoutMilliseconds);
+    if (opened.connection)
+        opened.connection->setBusyTimeout(busyTimeoutMilliseconds);
+    adopt(opened);
+    m_retries = std::jthread([this](const std::stop_token& stop) { retry(stop); });
 }
 
 SqliteDefaultsDomain::~SqliteDefaultsDomain()
 {
     m_retries = {};
     const std::scoped_lock lock(m_mutex);
-    m_connection->setPatience(lastPatienceMilliseconds);
-    static_cast<void>(writeLate());
-}
-
-std::unique_ptr<SqliteConnection> SqliteDefaultsDomain::open(Suspicion suspicion) const
-{
-    if (!createPrivateDirectory(m_file.parent_path()))
-        return SqliteConnection::openInMemory();
-    // One process at a time sets the file up, and none moves aside what another has just replaced.
-    const DirectoryLock lock(m_file.parent_path());
-    auto connection = SqliteConnection::open(m_file);
-    if (connection && suspicion == Suspicion::damage && !(*connection)->isSound())
-        connection = std::unexpected(DatabaseError::damaged);
-    if (!connection && connection.error() == DatabaseError::damaged && moveAside(m_file))
-        connection = SqliteConnection::open(m_file);
-    auto opened = connection ? std::move(*connection) : SqliteConnection::openInMemory();
-    opened->setPatience(patienceMilliseconds);
-    return opened;
+    if (m_late.empty())
+        return;
+    auto writes = m_late.batch();
+    const OpenedDefaults opened = openDefaultsFile(m_file, Suspicion::none, longBusyTimeoutMilliseconds);
+    if (!opened.error)
+        static_cast<void>(storeAll(*opened.connection, writes, {}));
 }
 
 /// Performs it once more, on the new file, if it finds the file damaged.
 template <typename Operation> auto SqliteDefaultsDomain::perform(Operation operation) const
 {
-    auto result = operation(*m_connection);
-    if (!result && result.error() == DatabaseError::damaged) {
-        m_connection.reset();
-        m_connection = open(Suspicion::damage);
-        result = operation(*m_connection);
+    using Result = decltype(operation(*m_connection));
+    if (!m_connection)
+        return Result(std::unexpect, DatabaseError::unreadable);
+    Result result = operation(*m_connection);
+    if (result || result.error() != DatabaseError::damaged)
+        return result;
+    const bool replaceable = !m_connection->isReadOnly();
+    m_connection.reset();
+    if (replaceable) {
+        OpenedDefaults opened = openDefaultsFile(m_file, Suspicion::damage, busyTimeoutMilliseconds);
+        adopt(opened);
+        result = opened.error ? Result(std::unexpect, *opened.error) : operation(*m_connection);
     }
     return result;
+}
+
+/// Exchanges the connection for one that is at least as good.
+void SqliteDefaultsDomain::adopt(OpenedDefaults& opened) const
+{
+    if (opened.connection && (!opened.error || !m_connection))
+        m_connection.swap(opened.connection);
+    if (opened.movedAside) {
+        m_health.movedAside = opened.movedAside;
+        m_unreported = true;
+    }
+    if (opened.error)
+        note(*opened.error);
 }
 
 // ---- Writing ----
 
 void SqliteDefaultsDomain::write(std::string_view key, const DefaultsValue& value)
 {
-    const std::scoped_lock lock(m_mutex);
-    writeOrKeep(key, value);
+    const Turn turn(*this);
+    if (!store([&](SqliteConnection& connection) { return connection.write(key, value); }))
+        m_late.keep(key, value);
 }
 
 void SqliteDefaultsDomain::remove(std::string_view key)
 {
-    const std::scoped_lock lock(m_mutex);
-    writeOrKeep(key, std::nullopt);
+    const Turn turn(*this);
+    if (!store([&](SqliteConnection& connection) { return connection.remove(key); }))
+        m_late.keep(key, std::nullopt);
 }
 
 void SqliteDefaultsDomain::removeAll(std::span<const std::string> keys)
 {
-    const std::scoped_lock lock(m_mutex);
-    if (writeLate()) {
-        const auto removed = perform([&](SqliteConnection& connection) { return connection.removeAll(keys); });
-        if (removed || removed.error() != DatabaseError::busy)
-            return;
-    }
-    for (const std::string& key : keys)
-        m_late.insert_or_assign(key, std::nullopt);
-    retryLater();
+    const Turn turn(*this);
+    if (!store([&](SqliteConnection& connection) { return connection.removeAll(keys); }))
+        for (const std::string& key : keys)
+            m_late.keep(key, std::nullopt);
 }
 
-/// A write behind others that are late is late too: it must not come before them.
-void SqliteDefaultsDomain::writeOrKeep(std::string_view key, std::optional<DefaultsValue> value)
-{
-    m_late.insert_or_assign(std::string(key), std::move(value));
-    if (!writeLate())
-        retryLater();
-}
-
-/// Writes what is late; true if nothing is any more. What cannot be written at all is dropped: nothing better can be done.
-bool SqliteDefaultsDomain::writeLate()
-{
-    while (!m_late.empty()) {
-        const auto first = m_late.begin();
-        const auto done = perform([&](SqliteConnection& connection) {
-            return first->second ? connection.write(first->first, *first->second) : connection.remove(first->first);
-        });
-        if (!done && done.error() == DatabaseError::busy)
-            return false;
-        m_late.erase(first);
-    }
-    return true;
-}
-
-void SqliteDefaultsDomain::retryLater()
+/// False if it is late.
+template <typename Operation> bool SqliteDefaultsDomain::store(Operation operation)
 {
     if (m_retrying)
-        return;
+        return false;
+    const auto done = perform(operation);
+    if (done || done.error() == DatabaseError::refused)
+        return true;
+    note(done.error());
+    return false;
+}
+
+// ---- Trying again ----
+
+void SqliteDefaultsDomain::retry(const std::stop_token& stop)
+{
+    std::unique_lock lock(m_mutex);
+    while (m_wake.wait(lock, stop, [this] { return m_retrying; })) {
+        for (auto pause = m_times.first; m_retrying;) {
+            m_wake.wait_for(lock, stop, pause, [] { return false; });
+            if (stop.stop_requested())
+                return;
+            attempt(lock, stop);
+            report(lock);
+            if (m_health.trouble != DefaultsHealth::Trouble::none)
+                pause = std::min(2 * pause, m_times.longest);
+        }
+    }
+}
+
+/// Opens the file once more and writes to it through a connection of its own, without the lock: nobody is to wait for a slow
+/// disk.
+void SqliteDefaultsDomain::attempt(std::unique_lock<std::mutex>& lock, const std::stop_token& stop)
+{
+    auto suspicion = Suspicion::none;
+    do {
+        auto writes = m_late.batch();
+        const auto movedBefore = m_health.movedAside;
+        lock.unlock();
+        OpenedDefaults opened = openDefaultsFile(m_file, suspicion, busyTimeoutMilliseconds);
+        if (opened.error)
+            writes.clear();
+        else if (const auto stored = storeAll(*opened.connection, writes, stop); !stored)
+            opened.error = stored.error();
+        lock.lock();
+        // What went to a file that was moved aside meanwhile is still to be written.
+        if (m_health.movedAside == movedBefore)
+            m_late.forget(writes);
+        if (opened.error == DatabaseError::damaged && std::exchange(suspicion, Suspicion::damage) == Suspicion::none)
+            opened.error.reset();
+        adopt(opened);
+        if (opened.error)
+            return;
+    } while (!m_late.empty() && !stop.stop_requested());
+    m_retrying = !m_late.empty();
+    m_lockedSince.reset();
+    setTrouble(DefaultsHealth::Trouble::none);
+}
+
+// ---- Health ----
+
+DefaultsHealth SqliteDefaultsDomain::health() const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_health;
+}
+
+void SqliteDefaultsDomain::onHealthChange(HealthHandler handler)
+{
+    const Turn turn(*this);
+    m_healthHandler = std::move(handler);
+    m_unreported = m_health != DefaultsHealth{ .file = m_file, .movedAside = {} };
+}
+
+void SqliteDefaultsDomain::note(DatabaseError error) const
+{
     m_retrying = true;
-    m_retries = std::jthread([this](const std::stop_token& stop) {
-        std::unique_lock lock(m_mutex);
-        do
-            m_stopped.wait_for(lock, stop, retryInterval, [] { return false; });
-        while (!stop.stop_requested() && !writeLate());
-        m_retrying = false;
-    });
+    m_wake.notify_all();
+    if (error != DatabaseError::busy) {
+        m_lockedSince.reset();
+        setTrouble(troubleOf(error));
+        return;
+    }
+    const auto now = std::chrono::steady_clock::now();
+    if (now - m_lockedSince.value_or(now) >= m_times.longestLock)
+        setTrouble(DefaultsHealth::Trouble::busy);
+    m_lockedSince = m_lockedSince.value_or(now);
+}
+
+void SqliteDefaultsDomain::setTrouble(DefaultsHealth::Trouble trouble) const
+{
+    m_unreported = m_unreported || m_health.trouble != trouble;
+    m_health.trouble = trouble;
+}
+
+/// Lets go of the lock while the handler runs. Another thread that has something to report meanwhile leaves it to this one.
+void SqliteDefaultsDomain::report(std::unique_lock<std::mutex>& lock) const
+{
+    while (m_unreported && !m_reporting && m_healthHandler) {
+        m_unreported = false;
+        m_reporting = true;
+        const HealthHandler handler = m_healthHandler;
+        const DefaultsHealth health = m_health;
+        lock.unlock();
+        handler(health);
+        lock.lock();
+        m_reporting = false;
+    }
 }
 
 // ---- Reading ----
 
 std::optional<DefaultsValue> SqliteDefaultsDomain::read(std::string_view key) const
 {
-    const std::scoped_lock lock(m_mutex);
-    if (const auto late = m_late.find(key); late != m_late.end())
-        return late->second;
+    const Turn turn(*this);
+    if (const LateWrites::Value* late = m_late.find(key))
+        return *late;
     return perform([&](SqliteConnection& connection) { return connection.read(key); }).value_or(std::nullopt);
 }
 
@@ -198,13 +279,13 @@ std::vector<std::string> SqliteDefaultsDomain::allKeys() const { return keysWith
 
 std::vector<std::string> SqliteDefaultsDomain::keysWithPrefix(std::string_view prefix) const
 {
-    const std::scoped_lock lock(m_mutex);
+    const Turn turn(*this);
     return keysUnderLock(prefix);
 }
 
 DefaultsSize SqliteDefaultsDomain::sizeOfPrefix(std::string_view prefix) const
 {
-    const std::scoped_lock lock(m_mutex);
+    const Turn turn(*this);
     if (m_late.empty())
         return perform([&](SqliteConnection& connection) { return connection.sizeOfPrefix(prefix); }).value_or(DefaultsSize{});
     DefaultsSize size{ static_cast<std::int64_t>(keysUnderLock(prefix).size()), 0 };
@@ -215,7 +296,7 @@ DefaultsSize SqliteDefaultsDomain::sizeOfPrefix(std::string_view prefix) const
 
 std::vector<DefaultsHead> SqliteDefaultsDomain::dataHeads(std::string_view prefix, std::size_t headBytes) const
 {
-    const std::scoped_lock lock(m_mutex);
+    const Turn turn(*this);
     return headsUnderLock(prefix, headBytes);
 }
 
@@ -224,11 +305,7 @@ std::vector<std::string> SqliteDefaultsDomain::keysUnderLock(std::string_view pr
     auto keys = perform([&](SqliteConnection& connection) {
                     return connection.keysWithPrefix(prefix);
                 }).value_or(std::vector<std::string>{});
-    if (!m_late.empty())
-        std::erase_if(keys, [&](const std::string& key) { return m_late.contains(key); });
-    for (auto late = m_late.lower_bound(prefix); late != m_late.end() && late->first.starts_with(prefix); ++late)
-        if (late->second)
-            keys.push_back(late->first);
+    m_late.correct(prefix, keys);
     return keys;
 }
 
@@ -237,11 +314,7 @@ std::vector<DefaultsHead> SqliteDefaultsDomain::headsUnderLock(std::string_view 
     auto heads = perform([&](SqliteConnection& connection) {
                      return connection.dataHeads(prefix, headBytes);
                  }).value_or(std::vector<DefaultsHead>{});
-    if (!m_late.empty())
-        std::erase_if(heads, [&](const DefaultsHead& head) { return m_late.contains(head.key); });
-    for (auto late = m_late.lower_bound(prefix); late != m_late.end() && late->first.starts_with(prefix); ++late)
-        if (const auto* data = late->second ? std::get_if<DefaultsData>(&*late->second) : nullptr)
-            heads.push_back({ late->first, data->bytes.substr(0, headBytes), static_cast<std::int64_t>(data->bytes.size()) });
+    m_late.correct(prefix, headBytes, heads);
     return heads;
 }
 

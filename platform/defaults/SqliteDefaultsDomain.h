@@ -1,32 +1,49 @@
 // The user's defaults domain in a database file that several processes may use at once. What a write has stored outlives this
-// process, however it ends. A write that another process keeps waiting is not waited for: it counts at once for whoever reads
-// here, is tried again until it is stored, and only a kill before then loses it. A file that turns out to be no database, or a
-// broken one, is moved aside under a name with the time and replaced by an empty one; where no file can be kept, the domain
-// lasts as long as the object.
-// Threads: callable from every thread.
+// process, however it ends. A write that cannot be stored now (another program has the file locked, the disk is full, the
+// folder may not be written) counts at once for whoever reads here and is tried again until it is stored; only a process that
+// ends before then loses it. A file that turns out to be no database, or a broken one, is moved aside under a name with the
+// time and replaced by an empty one. How the user learns of all this is not decided here: there is a report to listen to.
+// Threads: callable from every thread. One of its own tries again, and holds nobody up while it does.
 #pragma once
 
 #include "platform/base/FilePath.h"
+#include "platform/defaults/DefaultsHealth.h"
+#include "platform/defaults/LateWrites.h"
 #include "platform/defaults/TypedDefaultsDomain.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace quillet {
 
 class SqliteConnection;
+enum class DatabaseError;
+struct OpenedDefaults;
+
+/// When a write is tried again. Tests have times of their own.
+struct DefaultsRetryTimes {
+    std::chrono::milliseconds first{ 100 };
+    /// The time doubles up to this while there is trouble.
+    std::chrono::milliseconds longest{ 2000 };
+    /// A lock of another program is trouble once it has lasted this long.
+    std::chrono::milliseconds longestLock{ 2000 };
+};
 
 class SqliteDefaultsDomain final : public TypedDefaultsDomain {
 public:
+    using HealthHandler = std::function<void(const DefaultsHealth&)>;
+
     /// "defaults.sqlite" in the program's directory of settings.
     [[nodiscard]] static FilePath standardFile();
 
     /// Opens `file`; creates it, and the directories above it, where they are missing.
-    explicit SqliteDefaultsDomain(FilePath file);
+    explicit SqliteDefaultsDomain(FilePath file, DefaultsRetryTimes times = {});
+    /// Tries once more to write what is late, and waits some seconds for a lock.
     ~SqliteDefaultsDomain() override;
     SqliteDefaultsDomain(const SqliteDefaultsDomain&) = delete;
     SqliteDefaultsDomain& operator=(const SqliteDefaultsDomain&) = delete;
@@ -38,35 +55,53 @@ public:
     DefaultsSize sizeOfPrefix(std::string_view prefix) const override;
     std::vector<DefaultsHead> dataHeads(std::string_view prefix, std::size_t headBytes) const override;
 
+    [[nodiscard]] DefaultsHealth health() const;
+    /// Calls the handler whenever the health has changed, and at once unless all is well and no file was moved aside. It is
+    /// called on the thread that notices (one that reads or writes here, or the domain's own), never on two at a time and never
+    /// with a state older than the last; it may call the domain. It must be safe to call until the domain is destroyed. The
+    /// destructor does not report.
+    void onHealthChange(HealthHandler handler);
+
 protected:
     [[nodiscard]] std::optional<DefaultsValue> read(std::string_view key) const override;
     void write(std::string_view key, const DefaultsValue& value) override;
 
 private:
-    /// A value to write, or nothing for a key to remove.
-    using Late = std::map<std::string, std::optional<DefaultsValue>, std::less<>>;
+    class Turn;
 
-    enum class Suspicion { none, damage };
+    void retry(const std::stop_token& stop);
+    void attempt(std::unique_lock<std::mutex>& lock, const std::stop_token& stop);
+    void report(std::unique_lock<std::mutex>& lock) const;
 
-    [[nodiscard]] std::unique_ptr<SqliteConnection> open(Suspicion suspicion) const;
-
-    // Under the lock.
+    // Under the lock. A read may find damage, so it may change all that is not a setting.
 
     template <typename Operation> auto perform(Operation operation) const;
-    void writeOrKeep(std::string_view key, std::optional<DefaultsValue> value);
-    bool writeLate();
-    void retryLater();
+    template <typename Operation> bool store(Operation operation);
+    void keep(std::string_view key, LateWrites::Value value);
+    void adopt(OpenedDefaults& opened) const;
+    void note(DatabaseError error) const;
+    void setTrouble(DefaultsHealth::Trouble trouble) const;
     [[nodiscard]] std::vector<std::string> keysUnderLock(std::string_view prefix) const;
     [[nodiscard]] std::vector<DefaultsHead> headsUnderLock(std::string_view prefix, std::size_t headBytes) const;
 
     const FilePath m_file;
+    const DefaultsRetryTimes m_times;
+
+    // Guarded by m_mutex.
+
     mutable std::mutex m_mutex;
-    mutable std::unique_ptr<SqliteConnection> m_connection;  // guarded by m_mutex
-    /// What could not be written yet.
-    Late m_late;  // guarded by m_mutex
-    bool m_retrying = false;  // guarded by m_mutex
-    std::condition_variable_any m_stopped;
-    /// Runs while something is late.
+    /// Null while the file cannot be opened; read-only while it can only be read.
+    mutable std::unique_ptr<SqliteConnection> m_connection;
+    LateWrites m_late;
+    /// While this is set, every write is late: none overtakes those that the other thread is writing.
+    mutable bool m_retrying = false;
+    mutable std::optional<std::chrono::steady_clock::time_point> m_lockedSince;
+    mutable DefaultsHealth m_health;
+    mutable bool m_unreported = false;
+    mutable bool m_reporting = false;
+    HealthHandler m_healthHandler;
+
+    mutable std::condition_variable_any m_wake;
     std::jthread m_retries;
 };
 

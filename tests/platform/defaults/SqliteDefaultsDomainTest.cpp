@@ -1,4 +1,5 @@
-// What becomes of the file: kept between runs, moved aside when it is damaged, done without where it cannot be.
+// What becomes of the file: kept between runs, for its owner alone, moved aside when it is damaged, and waited for while it
+// cannot be written.
 #include "platform/defaults/SqliteDefaultsDomain.h"
 
 #include "tests/support/TemporaryFolder.h"
@@ -6,13 +7,19 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
+#include <linux/capability.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
-#include <chrono>
+#include <csignal>
 #include <fstream>
+#include <functional>
+#include <future>
 #include <iterator>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,7 +27,13 @@
 namespace quillet {
 namespace {
 
+using testing::ElementsAre;
 using testing::UnorderedElementsAre;
+using Trouble = DefaultsHealth::Trouble;
+using std::chrono::milliseconds;
+
+constexpr DefaultsRetryTimes anyLockIsTrouble{ milliseconds(1), milliseconds(1), milliseconds(0) };
+constexpr DefaultsRetryTimes noLockIsTrouble{ milliseconds(1), milliseconds(1), std::chrono::hours(1) };
 
 std::string contentOf(const FilePath& file)
 {
@@ -28,35 +41,18 @@ std::string contentOf(const FilePath& file)
     return { std::istreambuf_iterator<char>(stream), {} };
 }
 
-void setContent(const FilePath& file, const std::string& content) { std::ofstream(file, std::ios::binary) << content; }
+mode_t modeOf(const FilePath& file) { return static_cast<mode_t>(std::filesystem::status(file).permissions()); }
 
-std::string cipher(std::string content)
-{
-    for (char& byte : content)
-        byte = static_cast<char>(byte ^ 0x55);
-    return content;
-}
+/// Another program's connection to the file.
+struct OtherProgram {
+    explicit OtherProgram(const FilePath& file) { EXPECT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK); }
+    ~OtherProgram() { sqlite3_close(database); }
+    OtherProgram(const OtherProgram&) = delete;
+    OtherProgram& operator=(const OtherProgram&) = delete;
+    void execute(const char* sql) const { EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK); }
 
-/// The files that were moved aside, without the logs that belong to them.
-std::vector<FilePath> movedAside(const FilePath& folder)
-{
-    std::vector<FilePath> files;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        const std::string name = entry.path().filename();
-        if (name.starts_with("defaults.sqlite.damaged-20") && !name.ends_with("-wal") && !name.ends_with("-shm"))
-            files.push_back(entry.path());
-    }
-    return files;
-}
-
-/// Runs SQL on the file as another program would.
-void execute(const FilePath& file, const char* sql)
-{
     sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(database);
-}
+};
 
 /// A database of some pages, closed in good order.
 void makeDatabase(const FilePath& file)
@@ -66,11 +62,56 @@ void makeDatabase(const FilePath& file)
         domain.setString("key " + std::to_string(i), std::string(500, 'x'));
 }
 
-TEST(SqliteDefaultsDomain, KeepsItsValuesInAPrivateDirectoryForWhoeverOpensItNext)
+/// Zeros from the second page on.
+void zeroPages(const FilePath& file)
+{
+    std::filesystem::resize_file(file, 4096);
+    std::filesystem::resize_file(file, 100'000);
+}
+
+/// What a domain reports. It must not be reported well twice.
+struct Reports {
+    explicit Reports(SqliteDefaultsDomain& domain)
+    {
+        domain.onHealthChange([this](const DefaultsHealth& now) {
+            health.push_back(now);
+            if (now.trouble == Trouble::none)
+                well.set_value();
+        });
+    }
+    void waitUntilWell() { well.get_future().wait(); }
+
+    std::vector<DefaultsHealth> health;
+    std::promise<void> well;
+};
+
+/// Root may write everywhere; from now on this thread, and those that it starts, may do no more than others.
+void dropPrivileges()
+{
+    __user_cap_header_struct header{ _LINUX_CAPABILITY_VERSION_3, 0 };
+    __user_cap_data_struct capabilities[2]{};
+    REQUIRE(syscall(SYS_capget, &header, capabilities) == 0);
+    capabilities[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
+    REQUIRE(syscall(SYS_capset, &header, capabilities) == 0);
+}
+
+void setLargestFile(rlim_t bytes)
+{
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    REQUIRE(getrlimit(RLIMIT_FSIZE, &limit) == 0);
+    limit.rlim_cur = std::min(bytes, limit.rlim_max);
+    REQUIRE(setrlimit(RLIMIT_FSIZE, &limit) == 0);
+}
+
+TEST(SqliteDefaultsDomain, KeepsItsValuesForWhoeverOpensItNextAndForTheOwnerAlone)
 {
     const TemporaryFolder folder;
     const FilePath file = folder / "config/quillet/defaults.sqlite";
-    {
+    const mode_t before = umask(0);
+    for (const bool widened : { false, true }) {
+        if (widened)
+            chmod(file.c_str(), 0644);
         SqliteDefaultsDomain domain(file);
         SqliteDefaultsDomain atTheSameTime(file);
         domain.setString("key", "value");
@@ -78,155 +119,182 @@ TEST(SqliteDefaultsDomain, KeepsItsValuesInAPrivateDirectoryForWhoeverOpensItNex
         atTheSameTime.remove("key");
         EXPECT_EQ(domain.string("key"), std::nullopt);
         domain.setStringArray("list", { "a", "b" });
+        for (const char* part : { "", "-wal", "-shm" })
+            EXPECT_EQ(modeOf(file.native() + part), 0600U) << part << widened;
     }
+    umask(before);
+    EXPECT_EQ(modeOf(file.parent_path()), 0700U);
     EXPECT_EQ(SqliteDefaultsDomain(file).stringArray("list"), (std::vector<std::string>{ "a", "b" }));
-    struct stat attributes{};
-    ASSERT_EQ(stat(file.parent_path().c_str(), &attributes), 0);
-    EXPECT_EQ(attributes.st_mode & 0777, 0700U);
 }
 
 TEST(SqliteDefaultsDomain, MovesAFileThatIsNoSoundDatabaseAsideAndStartsEmpty)
 {
-    struct Case {
-        const char* name;
-        void (*damage)(const FilePath&);
+    void (*const damages[])(const FilePath&) = {
+        [](const FilePath& file) { std::ofstream(file) << "volume = 11\n"; },
+        [](const FilePath& file) { std::filesystem::resize_file(file, 40'960); },
+        zeroPages,
+        [](const FilePath& file) { OtherProgram(file).execute("DROP TABLE defaults; CREATE TABLE defaults (name, text)"); },
     };
-    const Case cases[] = {
-        { "a text", [](const FilePath& file) { setContent(file, "volume = 11\n"); } },
-        { "a cipher",
-          [](const FilePath& file) {
-              makeDatabase(file);
-              setContent(file, cipher(contentOf(file)));
-          } },
-        { "cut in the middle",
-          [](const FilePath& file) {
-              makeDatabase(file);
-              std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2);
-          } },
-        { "pages of zeros",
-          [](const FilePath& file) {
-              makeDatabase(file);
-              const std::string content = contentOf(file);
-              setContent(file, content.substr(0, 4096) + std::string(content.size() - 4096, '\0'));
-          } },
-        { "another program's", [](const FilePath& file) { execute(file, "CREATE TABLE defaults (name, text)"); } },
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const TemporaryFolder folder;
-        const FilePath file = folder / "defaults.sqlite";
-        c.damage(file);
+    const TemporaryFolder folder;
+    const FilePath file = folder / "defaults.sqlite";
+    std::set<FilePath> names;
+    for (const auto& damage : damages) {
+        SCOPED_TRACE(&damage - damages);
+        makeDatabase(file);
+        damage(file);
         const std::string damaged = contentOf(file);
         {
             SqliteDefaultsDomain domain(file);
             domain.setInteger("new", 1);
             EXPECT_THAT(domain.allKeys(), UnorderedElementsAre("new"));
+            Reports reports(domain);
+            ASSERT_THAT(reports.health, ElementsAre(domain.health()));
+            EXPECT_TRUE(contentOf(domain.health().movedAside.value()) == damaged);
+            EXPECT_TRUE(names.insert(*domain.health().movedAside).second) << "replaced another";
+            EXPECT_TRUE(domain.health().movedAside->native().starts_with(file.native() + ".damaged-20"));
         }
+        EXPECT_EQ(SqliteDefaultsDomain(file).health(), (DefaultsHealth{ Trouble::none, file, {} }));
         EXPECT_THAT(SqliteDefaultsDomain(file).allKeys(), UnorderedElementsAre("new"));
-        const auto kept = movedAside(folder.path());
-        ASSERT_EQ(kept.size(), 1U);
-        EXPECT_TRUE(contentOf(kept.front()) == damaged);
+        std::filesystem::remove(file);
     }
 }
 
 TEST(SqliteDefaultsDomain, DamageThatAppearsDuringTheRunIsMovedAsideWithItsLog)
 {
-    const TemporaryFolder folder;
-    const FilePath file = folder / "defaults.sqlite";
-    makeDatabase(file);
-    {
-        SqliteDefaultsDomain domain(file);
+    for (const bool late : { false, true }) {
+        SCOPED_TRACE(late ? "found by a write that is late" : "found by a read");
+        const TemporaryFolder folder;
+        const FilePath file = folder / "defaults.sqlite";
+        makeDatabase(file);
+        SqliteDefaultsDomain domain(file, anyLockIsTrouble);
         domain.setInteger("in the log", 1);
-        const std::string content = contentOf(file);
-        setContent(file, content.substr(0, 100) + std::string(content.size() - 100, '\xAA'));
-        EXPECT_EQ(domain.string("key 7"), std::nullopt);
-        domain.setInteger("new", 1);
+        OtherProgram other(file);
+        if (late) {
+            other.execute("BEGIN IMMEDIATE");
+            domain.setInteger("new", 1);
+        }
+        Reports reports(domain);
+        zeroPages(file);
+        if (late) {
+            other.execute("COMMIT");
+            reports.waitUntilWell();
+        } else {
+            EXPECT_EQ(domain.string("key 7"), std::nullopt);
+            domain.setInteger("new", 1);
+        }
         EXPECT_THAT(domain.allKeys(), UnorderedElementsAre("new"));
+        EXPECT_THAT(SqliteDefaultsDomain(file).allKeys(), UnorderedElementsAre("new"));
+        EXPECT_TRUE(std::filesystem::exists(reports.health.back().movedAside.value().native() + "-wal"));
     }
-    EXPECT_THAT(SqliteDefaultsDomain(file).allKeys(), UnorderedElementsAre("new"));
-    const auto kept = movedAside(folder.path());
-    ASSERT_EQ(kept.size(), 1U);
-    EXPECT_TRUE(std::filesystem::exists(kept.front().native() + "-wal"));
 }
 
-TEST(SqliteDefaultsDomain, NoDamagedFileReplacesAnother)
+TEST(SqliteDefaultsDomain, WhatCannotBeWrittenIsKeptReportedAndStoredOnceItCanBe)
 {
-    const TemporaryFolder folder;
-    const FilePath file = folder / "defaults.sqlite";
-    for (int i = 0; i < 3; ++i) {
-        setContent(file, "damage " + std::to_string(i));
-        EXPECT_TRUE(SqliteDefaultsDomain(file).allKeys().empty());
-    }
-    EXPECT_EQ(movedAside(folder.path()).size(), 3U);
-}
-
-TEST(SqliteDefaultsDomain, AnEmptyFileIsAnEmptyDomain)
-{
-    const TemporaryFolder folder;
-    const FilePath file = folder / "defaults.sqlite";
-    setContent(file, "");
-    SqliteDefaultsDomain(file).setInteger("new", 1);
-    EXPECT_EQ(SqliteDefaultsDomain(file).integer("new"), 1);
-    EXPECT_TRUE(movedAside(folder.path()).empty());
-}
-
-TEST(SqliteDefaultsDomain, WorksInMemoryWhereNoFileCanBeKept)
-{
-    const TemporaryFolder folder;
-    setContent(folder / "file", "no directory");
-    std::filesystem::create_directories(folder / "directory.sqlite");
-    for (const FilePath& file : { FilePath("/proc/no/such/place/defaults.sqlite"), FilePath("/proc/defaults.sqlite"),
-                                  folder / "file/quillet/defaults.sqlite", folder / "directory.sqlite" }) {
-        SqliteDefaultsDomain domain(file);
-        domain.setString("key", "value");
-        EXPECT_EQ(domain.string("key"), "value") << file;
-        EXPECT_THAT(domain.allKeys(), UnorderedElementsAre("key"));
-    }
-    EXPECT_EQ(contentOf(folder / "file"), "no directory");
-}
-
-TEST(SqliteDefaultsDomain, AWriteThatAnotherProcessKeepsWaitingCountsAtOnceAndIsStoredLater)
-{
-    const TemporaryFolder folder;
-    const FilePath file = folder / "defaults.sqlite";
-    const auto locked = [&](const char* statement) {
-        static sqlite3* other = nullptr;
-        if (other == nullptr)
-            sqlite3_open(file.c_str(), &other);
-        EXPECT_EQ(sqlite3_exec(other, statement, nullptr, nullptr, nullptr), SQLITE_OK);
+    enum class Old { noFolder, noFile, hidden, legible };
+    using Change = std::function<void(const FilePath& folder)>;
+    struct Case {
+        Trouble trouble;
+        Old old;
+        Change spoil;
+        Change mend;
     };
-    SqliteDefaultsDomain domain(file);
+    const auto at = [](const char* path, auto call) -> Change {
+        return [=](const FilePath& folder) { call((folder / path).c_str()); };
+    };
+    const auto mode = [](mode_t bits) { return [=](const char* path) { chmod(path, bits); }; };
+    const auto make = [](const char* path) { mkdir(path, 0700); };
+    const auto largest = [](rlim_t bytes) { return [=](const FilePath&) { setLargestFile(bytes); }; };
+    const Case cases[] = {
+        { Trouble::readOnly, Old::noFolder, at("", mode(0500)), at("", mode(0700)) },
+        { Trouble::readOnly, Old::noFile, at("%3F", mode(0500)), at("%3F", mode(0700)) },
+        { Trouble::readOnly, Old::legible, at("%3F", mode(0500)), at("%3F", mode(0700)) },
+        { Trouble::readOnly, Old::legible, at("%3F/file-shm", make), at("%3F/file-shm", rmdir) },
+        { Trouble::unreadable, Old::hidden, at("%3F", mode(0)), at("%3F", mode(0700)) },
+        { Trouble::unreadable, Old::noFile, at("%3F/file", make), at("%3F/file", rmdir) },
+        { Trouble::unreadable, Old::legible, at("%3F/file-wal", make), at("%3F/file-wal", rmdir) },
+        { Trouble::full, Old::noFile, largest(0), largest(RLIM_INFINITY) },
+        { Trouble::full, Old::legible, largest(0), largest(RLIM_INFINITY) },
+    };
+    dropPrivileges();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        const TemporaryFolder folder;
+        const FilePath file = folder / "%3F/file";
+        if (c.old != Old::noFolder)
+            std::filesystem::create_directory(file.parent_path());
+        if (c.old >= Old::hidden)
+            SqliteDefaultsDomain(file).setString("old", "value");
+        c.spoil(folder.path());
+        SqliteDefaultsDomain domain(file, noLockIsTrouble);
+        SqliteDefaultsDomain second(file, noLockIsTrouble);
+        domain.setInteger("new", 1);
+        second.setInteger("second", 2);
+        EXPECT_EQ(domain.integer("new"), 1);
+        EXPECT_EQ(domain.string("old").has_value(), c.old == Old::legible);
+        Reports reports(domain);
+        Reports secondReports(second);
+        c.mend(folder.path());
+        reports.waitUntilWell();
+        secondReports.waitUntilWell();
+        EXPECT_THAT(reports.health,
+                    ElementsAre(DefaultsHealth{ c.trouble, file, {} }, DefaultsHealth{ Trouble::none, file, {} }));
+        EXPECT_EQ(domain.string("old").has_value(), c.old >= Old::hidden);
+        EXPECT_EQ(domain.integer("second"), 2);
+        EXPECT_EQ(SqliteDefaultsDomain(file).integer("new"), 1);
+    }
+}
+
+TEST(SqliteDefaultsDomain, AWriteThatAnotherProgramHoldsUpCountsAtOnceAndIsStoredLater)
+{
+    const TemporaryFolder folder;
+    const FilePath file = folder / "defaults.sqlite";
+    SqliteDefaultsDomain domain(file, anyLockIsTrouble);
+    Reports reports(domain);
     domain.setInteger("count", 1);
     domain.setData("data.gone", "123");
-    locked("BEGIN IMMEDIATE");
-    const auto begin = std::chrono::steady_clock::now();
+    OtherProgram other(file);
+    other.execute("BEGIN IMMEDIATE");
     domain.setInteger("count", 2);
     domain.setInteger("count", 3);
     domain.setData("data.new", "12345");
     domain.remove("data.gone");
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2)) << "the other's patience is no measure";
     EXPECT_EQ(domain.integer("count"), 3);
     EXPECT_EQ(domain.keysWithPrefix("data."), std::vector<std::string>{ "data.new" });
     EXPECT_EQ(domain.sizeOfPrefix("data."), (DefaultsSize{ 1, 5 }));
     EXPECT_EQ(domain.dataHeads("data.", 3).front().head, "123");
     EXPECT_EQ(SqliteDefaultsDomain(file).integer("count"), 1);
+    other.execute("COMMIT");
+    reports.waitUntilWell();
+    EXPECT_EQ(SqliteDefaultsDomain(file).integer("count"), 3);
+    EXPECT_THAT(reports.health,
+                ElementsAre(DefaultsHealth{ Trouble::busy, file, {} }, DefaultsHealth{ Trouble::none, file, {} }));
+}
 
-    locked("COMMIT");
-    while (SqliteDefaultsDomain(file).integer("count") != 3)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+TEST(LateWrites, AKeyThatIsSetAgainWhileItIsStoredStaysLate)
+{
+    LateWrites late;
+    late.keep("a", 1.0);
+    late.keep("b", 1.0);
+    const auto stored = late.batch();
+    late.keep("a", 1.0);
+    late.forget(stored);
+    EXPECT_NE(late.find("a"), nullptr);
+    EXPECT_EQ(late.find("b"), nullptr);
+}
 
-    // What is late when the domain ends is stored before.
-    locked("BEGIN IMMEDIATE");
-    std::jthread release;
-    {
-        SqliteDefaultsDomain brief(file);
-        brief.setInteger("count", 4);
-        release = std::jthread([&] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            locked("COMMIT");
-        });
-    }
+TEST(SqliteDefaultsDomain, AShortLockIsNotReportedAndTheEndWaitsForIt)
+{
+    const TemporaryFolder folder;
+    const FilePath file = folder / "defaults.sqlite";
+    auto domain = std::make_unique<SqliteDefaultsDomain>(file, noLockIsTrouble);
+    const Reports reports(*domain);
+    OtherProgram other(file);
+    other.execute("BEGIN IMMEDIATE");
+    domain->setInteger("count", 4);
+    const std::jthread release([&] { other.execute("COMMIT"); });
+    domain.reset();
     EXPECT_EQ(SqliteDefaultsDomain(file).integer("count"), 4);
+    EXPECT_THAT(reports.health, testing::IsEmpty());
 }
 
 }  // namespace

@@ -9,21 +9,15 @@ namespace {
 
 TEST(UserDirectories, SettingsLieWhereTheEnvironmentSays)
 {
-    struct Case {
-        const char* configHome;
-        const char* home;
-        const char* expected;
-    };
-    const Case cases[] = {
+    const char* cases[][3] = {
         { "/conf", "/home/ann", "/conf/quillet" },
         { "", "/home/ann", "/home/ann/.config/quillet" },
-        { "conf", "/home/ann", "/home/ann/.config/quillet" },
-        { "", "/home/\xE9", "/home/\xE9/.config/quillet" },
+        { "conf", "/home/\xE9", "/home/\xE9/.config/quillet" },
     };
-    for (const Case& c : cases) {
-        setenv("XDG_CONFIG_HOME", c.configHome, 1);
-        setenv("HOME", c.home, 1);
-        EXPECT_EQ(configDirectory(), c.expected);
+    for (const auto& [configHome, home, expected] : cases) {
+        setenv("XDG_CONFIG_HOME", configHome, 1);
+        setenv("HOME", home, 1);
+        EXPECT_EQ(configDirectory(), expected);
     }
     unsetenv("XDG_CONFIG_HOME");
     unsetenv("HOME");
