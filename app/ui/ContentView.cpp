@@ -11,6 +11,7 @@
 #include "app/ui/OfferNotice.h"
 #include "app/ui/OpenFromURLSheet.h"
 #include "app/ui/PlayerScreen.h"
+#include "app/ui/SettingsNotice.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/ToolBar.h"
 
@@ -76,6 +77,7 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_notices(new QVBoxLayout),
       m_silenceNotice(
           new Notice(services.theme, tr("There is no sound device: playback goes on without sound until there is one."))),
+      m_settingsNotice(new SettingsNotice(services.theme)),
       m_overlay(new DropOverlay(services.theme, this)),
       m_shade(new Shade(this)),
       m_keys(new KeyResponderView(services.state, services.commands, this))
@@ -87,6 +89,7 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     column->addWidget(m_toolBar);
     column->addLayout(m_notices);
     m_notices->setSpacing(0);
+    m_notices->addWidget(m_settingsNotice);
     m_notices->addWidget(m_silenceNotice);
     m_silenceNotice->hide();
     m_notices->addWidget(new OfferNotice(services.state, services.theme));
@@ -231,6 +234,8 @@ void ContentView::showError(const QString& message)
 }
 
 void ContentView::setHeard(bool isHeard) { m_silenceNotice->setVisible(!isHeard); }
+
+void ContentView::setSettingsHealth(const DefaultsHealth& health) { m_settingsNotice->setHealth(health); }
 
 void ContentView::openSheet(QDialog& sheet)
 {

@@ -12,6 +12,7 @@
 #include "app/ui/DropOverlay.h"
 #include "app/ui/ThemeSource.h"
 #include "platform/defaults/DefaultsDomain.h"
+#include "platform/defaults/DefaultsHealth.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -31,6 +32,7 @@ class KeyResponderView;
 class Notice;
 class OpenFromURLSheet;
 class PlayerScreen;
+class SettingsNotice;
 class ToolBar;
 
 class ContentView final : public QWidget {
@@ -65,6 +67,8 @@ public:
     void showError(const QString& message);
     /// Says under the toolbar, for as long as it is so, that nothing can be heard.
     void setHeard(bool isHeard);
+    /// Says so if the settings cannot be saved.
+    void setSettingsHealth(const DefaultsHealth& health);
     /// Plays or pauses if the event is a press of the space bar; whether it is.
     bool takeSpace(const QKeyEvent& event);
 
@@ -92,6 +96,7 @@ private:
     /// What is to be said under the toolbar.
     QVBoxLayout* m_notices;
     Notice* m_silenceNotice;
+    SettingsNotice* m_settingsNotice;
     DropOverlay* m_overlay;
     /// Dims the window under a sheet.
     QWidget* m_shade;

@@ -17,6 +17,7 @@ namespace quillet {
 class FakeAudioFileOpener final : public AudioFileOpener {
 public:
     void add(const FilePath& path, int sampleRate, std::int64_t frames) { m_files[path] = { sampleRate, frames }; }
+    void remove(const FilePath& path) { m_files.erase(path); }
 
     [[nodiscard]] std::expected<std::unique_ptr<AudioFile>, AudioFileError> open(const FilePath& path) override
     {

@@ -73,6 +73,7 @@ public:
             m_graph.onOutputChange(
                 [this](AudioOutput::State state) { m_window.content().setHeard(state == AudioOutput::State::device); });
             m_graph.start();
+            watchSettings();
             m_background.run([this] { m_media.preload(); });
         });
     }
@@ -89,6 +90,24 @@ public:
     }
 
 private:
+    /// Both of the file's connections may notice that it cannot be written.
+    void watchSettings()
+    {
+        for (SqliteDefaultsDomain* domain : { &m_defaults, &m_cacheDefaults })
+            domain->onHealthChange([this](const DefaultsHealth&) { m_scheduler.post([this] { showSettingsHealth(); }); });
+    }
+
+    void showSettingsHealth()
+    {
+        DefaultsHealth health = m_defaults.health();
+        const DefaultsHealth other = m_cacheDefaults.health();
+        if (health.trouble == DefaultsHealth::Trouble::none)
+            health.trouble = other.trouble;
+        if (!health.movedAside)
+            health.movedAside = other.movedAside;
+        m_window.content().setSettingsHealth(health);
+    }
+
     [[nodiscard]] static int cores() { return std::max(1, static_cast<int>(std::thread::hardware_concurrency())); }
 
     QtScheduler m_scheduler;

@@ -234,6 +234,48 @@ TEST_F(AppStateTest, AStepSoundsWhileHoldIsPausedAndPlayResumesThere)
     EXPECT_EQ(graph.players.front()->segment->start, static_cast<std::int64_t>(8000 * (5 + 0.08)));
 }
 
+TEST_F(AppStateTest, TheTransportSaysWhatIsHeard)
+{
+    // A region without sound in it ends the playing, at once when the edit is over and else where the pass ends.
+    for (const bool isOver : { true, false }) {
+        for (const TimeRange& silent : { TimeRange{ 3, 3 }, TimeRange{ 3, 3.00001 } }) {
+            state->setRegion({ 1, 2 });
+            state->togglePlayPause();
+            ASSERT_TRUE(sounding());
+            state->setRegion(silent);
+            EXPECT_TRUE(state->isPlaying());
+            if (isOver)
+                state->restartRegion();
+            else
+                FakeAudioGraph::complete(*graph.players.front());
+            scheduler.advance(1);
+            EXPECT_FALSE(state->isPlaying() || sounding());
+            EXPECT_EQ(state->playbackPosition(), 3);
+            state->togglePlayPause();
+            EXPECT_FALSE(state->isPlaying() || sounding());
+        }
+    }
+    // What is held sounds on while the region changes.
+    state->setRegion({ 1, 2 });
+    state->toggleHold();
+    const int before = starts();
+    state->setRegion({ 4, 5 });
+    state->restartRegion();
+    EXPECT_EQ(starts(), before);
+    EXPECT_EQ(sounding(), Window(1, 1.08));
+    state->toggleHold();
+
+    // Stems begin and end in silence.
+    const auto file = std::make_shared<MemoryAudioFile>(sampleRate, std::vector<float>(std::size_t{ 20 } * sampleRate));
+    state->togglePlayPause();
+    state->enterStemMode({}, { { { "vocals", "/vocals.wav", false }, file } });
+    EXPECT_FALSE(state->isPlaying() || sounding());
+    state->togglePlayPause();
+    EXPECT_TRUE(graph.players.back()->isSounding);
+    state->exitStemMode();
+    EXPECT_FALSE(state->isPlaying() || engine.isInStemMode());
+}
+
 TEST_F(AppStateTest, AnEditWhilePlayingChangesWhatFollows)
 {
     state->togglePlayPause();

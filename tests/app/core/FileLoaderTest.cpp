@@ -162,6 +162,54 @@ TEST_F(FileLoaderTest, OnlyFromTheRecentListItComesAsItWasLeft)
 
     open(first);
     EXPECT_EQ(state->currentSettings(), (FileSettings{ .regionEnd = 10 }));
+    EXPECT_TRUE(state->offeredSettings()) << "but they are not lost";
+}
+
+TEST_F(FileLoaderTest, ASongThatWasPractisedOffersItsSettingsUntilTheFirstChange)
+{
+    const FilePath path = song("a.wav");
+    const FileSettings practised{ .regionStart = 1, .regionEnd = 3, .speed = 60 };
+    settings.save(practised, path);
+    // Also the next time, when the defaults have been saved in their place.
+    for (int time = 0; time < 2; ++time) {
+        open(path);
+        scheduler.advance(1);
+        EXPECT_EQ(settings.load(path), (FileSettings{ .regionEnd = 10 }));
+        EXPECT_EQ(state->offeredSettings(), practised);
+    }
+    state->restoreOfferedSettings();
+    EXPECT_EQ(state->currentSettings(), practised);
+    EXPECT_EQ(engine.timePitch().rate(), 0.6);
+    EXPECT_FALSE(state->offeredSettings());
+    scheduler.advance(1);
+    EXPECT_EQ(settings.load(path), practised);
+
+    open(path);
+    state->setSpeed(99);
+    EXPECT_FALSE(state->offeredSettings());
+    open(path);
+    EXPECT_EQ(state->offeredSettings(), (FileSettings{ .regionEnd = 10, .speed = 99 }));
+    state->dismissOfferedSettings();
+    open(path);
+    EXPECT_FALSE(state->offeredSettings()) << "nor ever again";
+}
+
+TEST_F(FileLoaderTest, ManyNamesAreOneSongAndOneThatIsGoneLeavesTheList)
+{
+    const FilePath path = song("a.wav");
+    std::filesystem::create_directories(folder / "elsewhere/inside");
+    std::filesystem::create_directory_symlink(folder / "elsewhere/inside", folder / "link");
+    song("elsewhere/b.wav");
+    for (const char* name : { "./a.wav", "elsewhere/../a.wav", "link/../../a.wav", ".//a.wav" }) {
+        open(folder / name);
+        EXPECT_EQ(state->audioFileURL(), path) << name;
+    }
+    EXPECT_THAT(state->recentFiles(), ElementsAre(path));
+    std::filesystem::remove(path);
+    opener.remove(path);
+    open(path, RestoreSettings::yes);
+    EXPECT_THAT(errors, ElementsAre("Could not read audio file duration."));
+    EXPECT_THAT(state->recentFiles(), IsEmpty());
 }
 
 TEST_F(FileLoaderTest, SettingsThatDoNotFitTheFileAreMadeToFit)

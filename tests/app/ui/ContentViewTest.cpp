@@ -113,19 +113,23 @@ TEST_F(ContentViewTest, OnlyAudioFilesCanBeDroppedAndOnlyTheFirstIsOpened)
              { "three songs", { "file:///a.mp3", "file:///b.wav", "file:///c.aiff" }, "/a.mp3" },
              { "a song behind a picture", { "file:///cover.png", "file:///d.flac" }, "/d.flac" },
              { "a name that is hardly a name", { "file:///caf%C3%A9%20%25.ogg" }, "/caf\xC3\xA9 %.ogg" },
+             { "a name that is no text", { "file:///caf%E9.mp3" }, "/caf\xE9.mp3" },
+             { "what the open panel lists", { "file://localhost/film.MKV", "file:///a.caf" }, "/film.MKV" },
+             { "a list of songs", { "file:///list.pls" }, nullptr },
+             { "another machine's", { "file://elsewhere.example/a.mp3" }, nullptr },
              { "a folder", { "file:///music/" }, nullptr },
              { "a text", { "file:///notes.txt" }, nullptr },
              { "a web address", { "https://example.org/a.mp3" }, nullptr },
              { "no file at all", {}, nullptr },
          }) {
         QMimeData data;
-        QList<QUrl> urls;
+        QByteArray list;
         for (const char* url : test.urls)
-            urls.append(QUrl(QString::fromUtf8(url)));
-        if (urls.isEmpty())
+            list.append(url).append("\r\n");
+        if (list.isEmpty())
             data.setText(QStringLiteral("some words"));
         else
-            data.setUrls(urls);
+            data.setData(QStringLiteral("text/uri-list"), list);
         state.setAudioFileURL(std::nullopt);
         DropOverlay::Drag seen{};
         EXPECT_EQ(drop(data, seen), test.opened != nullptr) << test.what;

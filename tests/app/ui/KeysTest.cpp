@@ -83,6 +83,48 @@ TEST_F(KeysTest, CommandShortcutsActOnceWhereverTheFocusIs)
     EXPECT_EQ(menuActions, 1);
 }
 
+TEST_F(KeysTest, EveryKeyGivesItsCommandByPlaceAndByName)
+{
+    struct Case {
+        quint32 scanCode;
+        Qt::Key key;
+        Qt::KeyboardModifier modifier;
+        const char* notification;
+    };
+    std::vector<std::string> heard;
+    std::vector<Notifications::Subscription> subscriptions;
+    for (const Command& command : commands)
+        subscriptions.push_back(
+            rig.notifications.subscribe(command.name, [&heard, &command](const auto&) { heard.emplace_back(command.name); }));
+    state.setHoldEnabled(true);
+    for (const Case& test : {
+             Case{ 43, Qt::Key_H, Qt::NoModifier, "QLT.toggleHold" },
+             Case{ 43, Qt::Key_H, Qt::NoModifier, "QLT.toggleHold" },
+             Case{ 114, Qt::Key_Right, Qt::NoModifier, "QLT.holdForward" },
+             Case{ 113, Qt::Key_Left, Qt::NoModifier, "QLT.holdBackward" },
+             Case{ 27, Qt::Key_R, Qt::ControlModifier, "QLT.stopReset" },
+             Case{ 46, Qt::Key_L, Qt::ControlModifier, "QLT.toggleLoop" },
+             Case{ 113, Qt::Key_Left, Qt::ControlModifier, "QLT.decreaseSpeed" },
+             Case{ 114, Qt::Key_Right, Qt::ControlModifier, "QLT.increaseSpeed" },
+             Case{ 111, Qt::Key_Up, Qt::ControlModifier, "QLT.pitchUp" },
+             Case{ 116, Qt::Key_Down, Qt::ControlModifier, "QLT.pitchDown" },
+             Case{ 65, Qt::Key_Space, Qt::NoModifier, "QLT.playPause" },
+         }) {
+        for (const quint32 scanCode : { test.scanCode, quint32{ 0 } }) {
+            heard.clear();
+            // By its place the letter does not matter.
+            QKeyEvent event(QEvent::KeyPress, scanCode != 0 ? Qt::Key_Z : test.key, test.modifier, scanCode, 0, 0);
+            QApplication::sendEvent(responder, &event);
+            rig.scheduler.advance(0);
+            EXPECT_EQ(heard, std::vector<std::string>{ test.notification });
+        }
+    }
+    // What a menu shows is what the key does.
+    for (const Command& command : commands)
+        EXPECT_TRUE(command.use != KeyUse::withCommandKey || command.shortcut == withCommandKey(command.key.key))
+            << command.name;
+}
+
 TEST_F(KeysTest, LimitsHold)
 {
     state.setSpeed(7);

@@ -125,6 +125,19 @@ TEST_F(WaveformViewTest, WheelsPanAndZoom)
     EXPECT_EQ(zoom, 50);
 }
 
+TEST_F(WaveformViewTest, AnotherWidthKeepsTheSamePlaceInView)
+{
+    view.onWidthChange([this](double factor) { setZoom(zoom, pan * factor); });
+    setZoom(50, 40'000);
+    const double first = view.xToTime(0);
+    const double last = view.xToTime(1000);
+    for (const int width : { 500, 1700 }) {
+        view.resize(width + 2 * inset, 200);
+        EXPECT_NEAR(view.xToTime(0), first, 1e-6);
+        EXPECT_NEAR(view.xToTime(width), last, 1e-6);
+    }
+}
+
 TEST_F(WaveformViewTest, APinchKeepsTheMiddleInPlace)
 {
     const auto pinch = [&](double magnification) {
