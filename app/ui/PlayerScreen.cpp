@@ -115,7 +115,9 @@ bool PlayerScreen::eventFilter(QObject* watched, QEvent* event)
 
 void PlayerScreen::arrange()
 {
-    const Page page = width() >= widthForWidePage ? Page::wide : width() >= widthForTwoColumns ? Page::usual : Page::narrow;
+    const Page page = width() >= scaled(widthForWidePage) ? Page::wide
+        : width() >= scaled(widthForTwoColumns)           ? Page::usual
+                                                          : Page::narrow;
     if (std::exchange(m_page, page) != page)
         placeCards();
     const int margin = AppTheme::windowMargin;
@@ -130,7 +132,7 @@ void PlayerScreen::arrange()
         m_scroll->setGeometry(margin + mainWidth + AppTheme::cardSpacing, top, side + margin, height() - top);
         return;
     }
-    const int contentWidth = std::min(width() - 2 * margin, AppTheme::widestContent);
+    const int contentWidth = std::min(width() - 2 * margin, scaled(AppTheme::widestContent));
     const int left = (width() - contentWidth) / 2;
     // What the controls leave is the waveform's.
     const int waveformHeight =

@@ -22,6 +22,8 @@ namespace {
 constexpr int fieldWidth = 64;
 constexpr int customFieldWidth = 64;
 constexpr int segmentWidth = 46;
+/// The least, where there is little room.
+constexpr int segmentPadding = 7;
 constexpr double largestStep = 100;
 
 struct StepPreset {
@@ -82,8 +84,11 @@ void SpeedControl::buildSteps(const ThemeSource& source)
         button->setAccessibleName(tr("Speed step %1").arg(label));
         button->setFocusPolicy(Qt::TabFocus);
         setButtonKind(*button, ButtonKind::segment);
-        if (id != customId)
-            button->setFixedWidth(scaled(segmentWidth));
+        if (id != customId) {
+            button->setMinimumWidth(fontMetrics().horizontalAdvance(label) + 2 * segmentPadding);
+            button->setMaximumWidth(scaled(segmentWidth));
+            button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+        }
         m_steps->addButton(button, id);
         row->addWidget(button);
     };

@@ -15,6 +15,7 @@ namespace quillet {
 namespace {
 
 constexpr int zoomTextWidth = 52;
+constexpr int rulerPixels = 11;
 
 }  // namespace
 
@@ -100,14 +101,15 @@ void WaveformPanel::bindView()
 void WaveformPanel::applyTheme()
 {
     const AppTheme& theme = m_source.theme();
-    m_view->setColors({ { AppTheme::waveformSelected, theme.waveformUnselected },
-                        theme.card,
-                        AppTheme::waveformRegionStart,
-                        AppTheme::waveformRegionEnd,
-                        AppTheme::waveformPlayhead,
-                        theme.secondaryText,
-                        withOpacity(theme.secondaryText, 0.6),
-                        theme.accentText });
+    m_view->setLook({ { AppTheme::waveformSelected, theme.waveformUnselected },
+                      theme.card,
+                      AppTheme::waveformRegionStart,
+                      AppTheme::waveformRegionEnd,
+                      AppTheme::waveformPlayhead,
+                      theme.secondaryText,
+                      withOpacity(theme.secondaryText, 0.6),
+                      theme.accentText,
+                      numberFont(rulerPixels) });
 }
 
 // ---- Zoom ----

@@ -4,7 +4,6 @@
 #include "AppCore/TimeRuler.h"
 #include "AppCore/WaveformZoomPan.h"
 
-#include <QFontDatabase>
 #include <QGestureEvent>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
@@ -32,7 +31,6 @@ constexpr double coarseStep = 1;
 constexpr int handleFocusWidth = 18;
 constexpr int smallTickHeight = 4;
 constexpr int tickHeight = 8;
-constexpr int rulerFontPixels = 11;
 
 }  // namespace
 
@@ -64,11 +62,11 @@ WaveformCoordinates WaveformView::coordinates() const { return { m_duration, wav
 
 // ---- What is shown ----
 
-void WaveformView::setColors(const WaveformViewColors& colors)
+void WaveformView::setLook(const WaveformLook& look)
 {
-    m_colors = colors;
-    m_startHandle->setFocusColor(colors.focus);
-    m_endHandle->setFocusColor(colors.focus);
+    m_look = look;
+    m_startHandle->setFocusColor(look.focus);
+    m_endHandle->setFocusColor(look.focus);
     invalidateBars();
 }
 
@@ -194,9 +192,9 @@ void WaveformView::drawBars()
     const double barsWidth = waveformWidth();
     m_bars = QPixmap(QSize(static_cast<int>(std::ceil(barsWidth * scale)), static_cast<int>(std::ceil(barsHeight * scale))));
     m_bars.setDevicePixelRatio(scale);
-    m_bars.fill(m_colors.ground);
+    m_bars.fill(m_look.ground);
     QPainter painter(&m_bars);
-    paintWaveform(painter, m_samples, coordinates(), barsHeight, m_region, m_colors.bars, 0, barsWidth);
+    paintWaveform(painter, m_samples, coordinates(), barsHeight, m_region, m_look.bars, 0, barsWidth);
 }
 
 void WaveformView::paintEvent(QPaintEvent* event)
@@ -210,16 +208,16 @@ void WaveformView::paintEvent(QPaintEvent* event)
     if (m_bars.isNull() || m_bars.devicePixelRatio() != devicePixelRatioF())
         drawBars();
     for (const int x : { 0, width() - sideInset })
-        painter.fillRect(x, rulerHeight, sideInset, height() - rulerHeight, m_colors.ground);
+        painter.fillRect(x, rulerHeight, sideInset, height() - rulerHeight, m_look.ground);
     painter.drawPixmap(sideInset, rulerHeight, m_bars);
     if (m_samples.empty() || m_duration <= 0)
         return;
-    drawHandle(painter, m_region.start, m_colors.regionStart);
-    drawHandle(painter, m_region.end, m_colors.regionEnd);
+    drawHandle(painter, m_region.start, m_look.regionStart);
+    drawHandle(painter, m_region.end, m_look.regionEnd);
     if (m_isPlaying) {
         const QRectF line(sideInset + timeToX(m_playhead.shown()) - playheadLineWidth / 2, rulerHeight, playheadLineWidth,
                           height() - rulerHeight);
-        painter.fillRect(line, m_colors.playhead);
+        painter.fillRect(line, m_look.playhead);
     }
 }
 
@@ -243,19 +241,17 @@ void WaveformView::drawHandle(QPainter& painter, double time, const QColor& colo
 
 void WaveformView::drawRuler(QPainter& painter, const QRectF& exposed) const
 {
-    painter.fillRect(QRectF(0, 0, width(), rulerHeight), m_colors.ground);
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPixelSize(rulerFontPixels);
-    painter.setFont(font);
+    painter.fillRect(QRectF(0, 0, width(), rulerHeight), m_look.ground);
+    painter.setFont(m_look.rulerFont);
     for (const RulerTick& tick : rulerTicks(coordinates(), labelSpacing)) {
         const int length = tick.label.empty() ? smallTickHeight : tickHeight;
-        painter.fillRect(QRectF(sideInset + std::floor(tick.x), rulerHeight - 6 - length, 1, length), m_colors.rulerLine);
+        painter.fillRect(QRectF(sideInset + std::floor(tick.x), rulerHeight - 6 - length, 1, length), m_look.rulerLine);
         const QRectF place(sideInset + tick.x + 4, 0, labelSpacing, rulerHeight - 6);
         const QString label = QString::fromStdString(tick.label);
         const bool fits = place.left() + painter.fontMetrics().horizontalAdvance(label) <= width();
         if (label.isEmpty() || !fits || !place.intersects(exposed))
             continue;
-        painter.setPen(m_colors.rulerText);
+        painter.setPen(m_look.rulerText);
         painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, label);
     }
 }

@@ -12,6 +12,7 @@
 #include <QBasicTimer>
 #include <QColor>
 #include <QElapsedTimer>
+#include <QFont>
 #include <QPixmap>
 #include <QWidget>
 
@@ -22,7 +23,7 @@
 
 namespace quillet {
 
-struct WaveformViewColors {
+struct WaveformLook {
     WaveformColors bars;
     QColor ground;
     QColor regionStart;
@@ -31,6 +32,8 @@ struct WaveformViewColors {
     QColor rulerText;
     QColor rulerLine;
     QColor focus;
+    /// Of the ruler's times.
+    QFont rulerFont = {};
 };
 
 class WaveformView final : public QWidget {
@@ -53,7 +56,7 @@ public:
 
     // ---- What is shown ----
 
-    void setColors(const WaveformViewColors& colors);
+    void setLook(const WaveformLook& look);
     void setSamples(std::vector<float> samples);
     /// Seconds.
     void setDuration(double seconds);
@@ -118,7 +121,7 @@ private:
     void advancePlayhead();
     [[nodiscard]] double secondsSinceFrame() const;
 
-    WaveformViewColors m_colors;
+    WaveformLook m_look;
     std::vector<float> m_samples;
     double m_duration = 1;
     TimeRange m_region{ 0, 1 };

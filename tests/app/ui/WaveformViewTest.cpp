@@ -28,7 +28,7 @@ struct WaveformViewTest : testing::Test {
     WaveformViewTest()
     {
         view.resize(1000 + 2 * inset, 200);
-        view.setColors({ { Qt::red, Qt::blue }, Qt::white, Qt::green, Qt::green, Qt::black, Qt::black, Qt::black, Qt::black });
+        view.setLook({ { Qt::red, Qt::blue }, Qt::white, Qt::green, Qt::green, Qt::black, Qt::black, Qt::black, Qt::black });
         view.setSamples(std::vector<float>(2000, 0.5F));
         view.setDuration(100);
         view.setRegion(region);
