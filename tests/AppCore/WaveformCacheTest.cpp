@@ -2,14 +2,10 @@
 
 #include "AppCore/Base64.h"
 #include "platform/defaults/MemoryDefaultsDomain.h"
-#include "platform/files/SystemFileAttributes.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include <chrono>
-#include <fstream>
 #include <limits>
 #include <map>
 #include <string>
@@ -204,28 +200,6 @@ TEST_F(WaveformCacheTest, StoringEvictsWhatCanBeReadAndLeavesTheRest)
     EXPECT_EQ(cache.entryCount(), 0);
     EXPECT_EQ(cache.totalBytes(), 0);
     EXPECT_EQ(defaults.integer(WaveformCache::maxSizeKey), 10);
-}
-
-TEST(WaveformCacheFiles, RealFilesAreRecognisedByTheirAttributes)
-{
-    const TemporaryFolder folder;
-    const FilePath song = folder / "song \xE9.wav";
-    std::ofstream(song) << "sound";
-    MemoryDefaultsDomain defaults;
-    const SystemFileAttributes files;
-    WaveformCache cache(defaults, files);
-    cache.set(Peaks{ 0.5F, 1 }, song);
-    EXPECT_EQ(cache.get(song), (Peaks{ 0.5F, 1 }));
-    EXPECT_NEAR(files.attributes(song)->modificationDate, currentDate(), 60);
-
-    using namespace std::chrono_literals;
-    std::filesystem::last_write_time(song, std::filesystem::last_write_time(song) + 500ms);
-    EXPECT_TRUE(cache.get(song));
-    std::filesystem::last_write_time(song, std::filesystem::last_write_time(song) + 2s);
-    EXPECT_FALSE(cache.get(song));
-    cache.set(Peaks{ 1 }, song);
-    std::ofstream(song, std::ios::app) << '!';
-    EXPECT_FALSE(cache.get(song));
 }
 
 TEST(Base64, IsStandardAndStrict)
