@@ -6,6 +6,7 @@
 #include <cmath>
 #include <complex>
 #include <numbers>
+#include <random>
 
 namespace quillet {
 namespace {
@@ -54,12 +55,27 @@ std::vector<float> channelOf(std::span<const float> stereo, int channel)
     return samples;
 }
 
+std::vector<float> whiteNoise(std::int64_t count, float level)
+{
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> value(-level, level);
+    std::vector<float> samples(static_cast<std::size_t>(count));
+    std::ranges::generate(samples, [&] { return value(random); });
+    return samples;
+}
+
 std::optional<std::int64_t> firstSound(std::span<const float> samples, float threshold, std::int64_t from)
 {
     for (std::int64_t i = from; i < std::ssize(samples); ++i)
         if (std::abs(samples[static_cast<std::size_t>(i)]) > threshold)
             return i;
     return std::nullopt;
+}
+
+std::int64_t soundingLength(std::span<const float> samples)
+{
+    const auto last = std::find_if(samples.rbegin(), samples.rend(), [](float sample) { return sample != 0; });
+    return samples.rend() - last;
 }
 
 std::vector<Gap> gaps(std::span<const float> samples, std::int64_t minimumFrames, float threshold)
@@ -81,6 +97,19 @@ double rms(std::span<const float> samples)
     for (const float sample : samples)
         sum += static_cast<double>(sample) * sample;
     return samples.empty() ? 0 : std::sqrt(sum / static_cast<double>(samples.size()));
+}
+
+float largestStep(std::span<const float> samples)
+{
+    float largest = 0;
+    for (std::size_t i = 1; i < samples.size(); ++i)
+        largest = std::max(largest, std::abs(samples[i] - samples[i - 1]));
+    return largest;
+}
+
+double toneSize(std::span<const float> samples, double frequency)
+{
+    return 4 * std::abs(tone(samples, frequency)) / static_cast<double>(samples.size());
 }
 
 double toneFrequencyHz(std::span<const float> samples, int sampleRate)

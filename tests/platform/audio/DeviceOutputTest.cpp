@@ -23,7 +23,6 @@ struct Bench {
     int openSubstitutes = 0;
     int preferredRate = 48000;
     int sampleRate = 0;
-    int mostOpenAtOnce = 0;
     WakeSemaphore* died = nullptr;
 
     template <typename Condition> bool waitFor(Condition condition)
@@ -52,7 +51,6 @@ public:
         m_open = true;
         ++(m_bench.*m_openCount);
         m_bench.sampleRate = sampleRate > 0 ? sampleRate : m_bench.preferredRate;
-        m_bench.mostOpenAtOnce = std::max(m_bench.mostOpenAtOnce, m_bench.openDevices + m_bench.openSubstitutes);
         if (m_isReal)
             m_bench.died = &died;
         m_bench.changed.notify_all();

@@ -1,6 +1,6 @@
+#include "platform/media/FfmpegAudioFile.h"
 #include "platform/base/Require.h"
 #include "platform/media/FfmpegAmplitudeReader.h"
-#include "platform/media/FfmpegAudioFile.h"
 #include "tests/support/AudioFixtures.h"
 #include "tests/support/SignalAnalysis.h"
 #include "tests/support/TemporaryFolder.h"
