@@ -1,7 +1,8 @@
-// What the stores write under which key, and what they make of what they find there.
+// What the stores write under which key, what they make of what they find there, and the stems that one of them keeps.
 
 #include "AppCore/RecentFilesStore.h"
 #include "AppCore/SettingsStore.h"
+#include "AppCore/StemSession.h"
 #include "AppCore/StemSessionStore.h"
 #include "AppCore/StemSettingsStore.h"
 #include "platform/defaults/MemoryDefaultsDomain.h"
@@ -13,7 +14,9 @@
 #include <cstdlib>
 #include <fstream>
 #include <limits>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quillet {
@@ -142,6 +145,45 @@ TEST_F(Stores, StemsAndTheirToolsLieAtHomeUntilOtherFoldersAreChosen)
     defaults.setString("QLT.dependenciesDirectory", "/mnt/\xE9");
     EXPECT_EQ(store.stemsDirectory(), "/mnt/my stems");
     EXPECT_EQ(store.dependenciesDirectory(), "/mnt/\xE9");
+}
+
+TEST(StemSession, MutesTheFirstStemOfTheKey)
+{
+    StemSession session{ { { "drums", "/d.wav" }, { "bass", "/b.wav" }, { "drums", "/e.wav" } } };
+    session.setMuted(true, "drums");
+    session.setMuted(true, "drums");
+    session.setMuted(true, "piano");
+    EXPECT_EQ(session, (StemSession{ { { "drums", "/d.wav", true }, { "bass", "/b.wav" }, { "drums", "/e.wav" } } }));
+    session.setMuted(false, "drums");
+    EXPECT_FALSE(session.stems.front().isMuted);
+}
+
+TEST(StemSession, ASeparationsFilesComeInTheFixedOrder)
+{
+    const std::map<std::string, FilePath> files{ { "bass", "/b" },  { "drums", "/d" },  { "guitar", "/g" },
+                                                 { "other", "/o" }, { "vocals", "/v" }, { "zither", "/z" } };
+    EXPECT_EQ(
+        StemSession::fromSeparation(files),
+        (StemSession{ { { "vocals", "/v" }, { "drums", "/d" }, { "bass", "/b" }, { "guitar", "/g" }, { "other", "/o" } } }));
+}
+
+TEST(StemSession, ComesBackOnlyWithAllItsFiles)
+{
+    const auto exists = [](const FilePath& file) { return file != "/gone"; };
+    EXPECT_TRUE((StemSession{ { { "drums", "/d" }, { "bass", "/b" } } }).isRestorable(exists));
+    EXPECT_FALSE((StemSession{ { { "drums", "/d" }, { "bass", "/gone" } } }).isRestorable(exists));
+    EXPECT_FALSE(StemSession{}.isRestorable(exists));
+}
+
+TEST(StemSession, ShowsKeysAsCapitalisedWords)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        { "vocals", "Vocals" },           { "other", "Other" },
+        { "lead GUITAR", "Lead Guitar" }, { "", "" },
+        { "2nd  violin", "2nd  Violin" }, { "\xC3\xA9tude", "\xC3\xA9tude" },
+    };
+    for (const auto& [key, expected] : cases)
+        EXPECT_EQ(StemSession::displayName(key), expected);
 }
 
 }  // namespace

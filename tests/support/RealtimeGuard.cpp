@@ -6,7 +6,6 @@
 
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -146,29 +145,31 @@ std::vector<std::string> takeRealtimeViolations()
 
 extern "C" {
 
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* block, std::size_t size);
-void* __libc_memalign(std::size_t alignment, std::size_t size);
+/// `function` of up to six integers and pointers: what the registers hold is passed on, whatever they stand for.
+#define QUILLET_INTERPOSE_TO(function, next)                                                                                   \
+    long interposed_##function(long a, long b, long c, long d, long e, long f) __asm__(#function);                             \
+    long interposed_##function(long a, long b, long c, long d, long e, long f)                                                 \
+    {                                                                                                                          \
+        quillet::check(#function);                                                                                             \
+        return next(a, b, c, d, e, f);                                                                                         \
+    }
+
+#define QUILLET_INTERPOSE(function)                                                                                            \
+    static constinit quillet::Next<long(long, long, long, long, long, long)> next_##function(#function);                       \
+    QUILLET_INTERPOSE_TO(function, next_##function.get())
+
+#define QUILLET_INTERPOSE_ALLOCATOR(function)                                                                                  \
+    long __libc_##function(long, long, long, long, long, long);                                                                \
+    QUILLET_INTERPOSE_TO(function, __libc_##function)
+
+QUILLET_INTERPOSE_ALLOCATOR(malloc)
+QUILLET_INTERPOSE_ALLOCATOR(calloc)
+QUILLET_INTERPOSE_ALLOCATOR(realloc)
+QUILLET_INTERPOSE_ALLOCATOR(memalign)
+QUILLET_INTERPOSE(aligned_alloc)
+QUILLET_INTERPOSE(posix_memalign)
+
 void __libc_free(void* block);
-
-void* malloc(std::size_t size) noexcept
-{
-    quillet::check("malloc");
-    return __libc_malloc(size);
-}
-
-void* calloc(std::size_t count, std::size_t size) noexcept
-{
-    quillet::check("calloc");
-    return __libc_calloc(count, size);
-}
-
-void* realloc(void* block, std::size_t size) noexcept
-{
-    quillet::check("realloc");
-    return __libc_realloc(block, size);
-}
 
 void free(void* block) noexcept
 {
@@ -177,40 +178,6 @@ void free(void* block) noexcept
         quillet::check("free");
     __libc_free(block);
 }
-
-void* memalign(std::size_t alignment, std::size_t size) noexcept
-{
-    quillet::check("memalign");
-    return __libc_memalign(alignment, size);
-}
-
-void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept
-{
-    quillet::check("aligned_alloc");
-    return __libc_memalign(alignment, size);
-}
-
-int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept
-{
-    quillet::check("posix_memalign");
-    if (alignment % sizeof(void*) != 0 || alignment == 0 || (alignment & (alignment - 1)) != 0)
-        return EINVAL;
-    void* const found = __libc_memalign(alignment, size);
-    if (found == nullptr)
-        return ENOMEM;
-    *block = found;
-    return 0;
-}
-
-/// `function` of up to six integers and pointers: what the registers hold is passed on, whatever they stand for.
-#define QUILLET_INTERPOSE(function)                                                                                            \
-    long interposed_##function(long a, long b, long c, long d, long e, long f) __asm__(#function);                             \
-    long interposed_##function(long a, long b, long c, long d, long e, long f)                                                 \
-    {                                                                                                                          \
-        static constinit quillet::Next<long(long, long, long, long, long, long)> next(#function);                              \
-        quillet::check(#function);                                                                                             \
-        return next.get()(a, b, c, d, e, f);                                                                                   \
-    }
 
 QUILLET_INTERPOSE(mmap)
 QUILLET_INTERPOSE(munmap)

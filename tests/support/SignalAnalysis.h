@@ -46,8 +46,7 @@ float largestStep(std::span<const float> samples);
 /// The amplitude of a tone of so many cycles per frame, as far as a Hann window over all samples can tell.
 double toneSize(std::span<const float> samples, double frequency);
 
-/// Of the strongest steady tone, 40 Hz to a quarter of the sample rate. From half a second on it is true to a few thousandths
-/// of a cent, with noise 20 dB below the tone to a tenth; the whole span must be sound. Needs 4096 frames.
+/// Of a steady tone without noise, by its periods: true to a thousandth of a cent from half a second on. 0 without a period.
 double toneFrequencyHz(std::span<const float> samples, int sampleRate);
 
 double centsBetween(double frequencyHz, double referenceHz);

@@ -1,7 +1,8 @@
-// What both schedulers promise, and what only one of them can show.
+// What both schedulers promise, and what only one of them can show; and work on threads beside them.
 #include "platform/base/Require.h"
 #include "platform/schedule/DueQueue.h"
 #include "platform/schedule/QtScheduler.h"
+#include "platform/schedule/ThreadRunner.h"
 #include "platform/schedule/VirtualScheduler.h"
 
 #include <gtest/gtest.h>
@@ -13,8 +14,10 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <functional>
+#include <future>
 #include <memory>
 #include <thread>
 #include <utility>
@@ -285,6 +288,32 @@ TEST(DueQueue, ARepeatingTaskLeavesOutTheTurnsItMissedAndKeepsItsBeat)
         queue.finish(queue.take(100), finishedAt);
         EXPECT_EQ(queue.nextDue(), expectedNext) << "finished at " << finishedAt;
     }
+}
+
+TEST(ThreadRunner, AJobThatHangsHoldsUpNoOther)
+{
+    std::promise<void> release;
+    std::promise<std::thread::id> other;
+    {
+        ThreadRunner runner;
+        runner.run([hung = release.get_future().share()] { hung.wait(); });
+        runner.run([&] { other.set_value(std::this_thread::get_id()); });
+        EXPECT_NE(other.get_future().get(), std::this_thread::get_id());
+        EXPECT_FALSE(runner.finish(0.01));
+        release.set_value();
+        EXPECT_TRUE(runner.finish(60));
+    }
+}
+
+TEST(ThreadRunner, EndsWithItsJobs)
+{
+    std::atomic<int> done = 0;
+    {
+        ThreadRunner runner;
+        for (int i = 0; i < 20; ++i)
+            runner.run([&] { ++done; });
+    }
+    EXPECT_EQ(done, 20);
 }
 
 }  // namespace
