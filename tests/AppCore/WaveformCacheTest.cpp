@@ -66,32 +66,25 @@ TEST_F(WaveformCacheTest, ARecordHasItsStoredForm)
 
 TEST_F(WaveformCacheTest, AnEntryHoldsAsLongAsTheFileIsWhatItWas)
 {
-    struct Case {
-        const char* what;
-        std::optional<FileAttributes> file;
-        bool holds;
-    };
-    for (const Case& test : {
-             Case{ "unchanged", FileAttributes{ 5000, 700.5 }, true },
-             Case{ "within the tolerance", FileAttributes{ 5000, 701.5 }, true },
-             Case{ "within it, earlier", FileAttributes{ 5000, 699.5 }, true },
-             Case{ "touched", FileAttributes{ 5000, 702.5 }, false },
-             Case{ "touched, earlier", FileAttributes{ 5000, 699.4 }, false },
-             Case{ "grown", FileAttributes{ 5001, 700.5 }, false },
-             Case{ "gone", std::nullopt, false },
-         }) {
-        SCOPED_TRACE(test.what);
-        files.files["/a.wav"] = { 5000, 700.5 };
+    const FileAttributes stored{ 5000, 700.5 };
+    for (const auto& [file, holds] : { std::pair(stored, true),
+                                       { { 5000, 701.5 }, true },
+                                       { { 5000, 699.5 }, true },
+                                       { { 5000, 702.5 }, false },
+                                       { { 5000, 699.4 }, false },
+                                       { { 5001, 700.5 }, false } }) {
+        SCOPED_TRACE(testing::Message() << file.sizeBytes << " " << file.modificationDate);
+        files.files["/a.wav"] = stored;
         cache.set(peaks, "/a.wav");
-        if (test.file)
-            files.files["/a.wav"] = *test.file;
-        else
-            files.files.clear();
-        EXPECT_EQ(cache.get("/a.wav").has_value(), test.holds);
-        EXPECT_EQ(defaults.data(key).has_value(), test.holds);
+        files.files["/a.wav"] = file;
+        EXPECT_EQ(cache.get("/a.wav").has_value(), holds);
+        EXPECT_EQ(defaults.data(key).has_value(), holds);
     }
+    files.files["/a.wav"] = stored;
+    cache.set(peaks, "/a.wav");
     files.files.clear();
-    defaults.remove(key);
+    EXPECT_FALSE(cache.get("/a.wav"));
+    EXPECT_FALSE(defaults.data(key));
     cache.set(peaks, "/a.wav");
     EXPECT_EQ(cache.entryCount(), 0) << "nothing is kept for a file that is not there";
 }

@@ -34,9 +34,8 @@ struct Bench {
 
 class BenchDevice final : public OutputDevice {
 public:
-    BenchDevice(Bench& bench, int Bench::* openCount, bool isReal)
+    BenchDevice(Bench& bench, bool isReal)
         : m_bench(bench),
-          m_openCount(openCount),
           m_isReal(isReal)
     {
     }
@@ -49,7 +48,7 @@ public:
         std::vector<float> block(8);
         callback.render(block);
         m_open = true;
-        ++(m_bench.*m_openCount);
+        ++openCount();
         m_bench.sampleRate = sampleRate > 0 ? sampleRate : m_bench.preferredRate;
         if (m_isReal)
             m_bench.died = &died;
@@ -62,7 +61,7 @@ public:
         const std::scoped_lock held(m_bench.lock);
         if (!std::exchange(m_open, false))
             return;
-        --(m_bench.*m_openCount);
+        --openCount();
         m_bench.changed.notify_all();
     }
 
@@ -75,8 +74,9 @@ public:
     double latencySeconds() override { return m_isReal ? 0.03 : 0.01; }
 
 private:
+    int& openCount() { return m_isReal ? m_bench.openDevices : m_bench.openSubstitutes; }
+
     Bench& m_bench;
-    int Bench::* m_openCount;
     bool m_isReal;
     bool m_open = false;
 };
@@ -91,8 +91,7 @@ struct DeviceOutputTest : testing::Test {
     Silence callback;
     VirtualScheduler scheduler;
     std::vector<AudioOutput::State> told;
-    DeviceOutput output{ std::make_unique<BenchDevice>(bench, &Bench::openDevices, true),
-                         std::make_unique<BenchDevice>(bench, &Bench::openSubstitutes, false), scheduler };
+    DeviceOutput output{ std::make_unique<BenchDevice>(bench, true), std::make_unique<BenchDevice>(bench, false), scheduler };
 
     void start()
     {
