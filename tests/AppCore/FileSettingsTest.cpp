@@ -22,7 +22,7 @@ std::string written(const std::map<std::string, std::string>& members)
 {
     std::string record = "{";
     for (const auto& [name, value] : members)
-        record.append(record.size() > 1 ? "," : "").append('"' + name + "\":" + value);
+        record.append(record.size() > 1 ? ",\"" : "\"").append(name).append("\":").append(value);
     return record + '}';
 }
 

@@ -219,7 +219,7 @@ TYPED_TEST(SchedulerContract, OneDescriptorsActionMayEndTheWatchOfAnother)
     std::array<ScheduledTask, 2> watches;
     int ran = 0;
     for (std::size_t i = 0; i < 2; ++i)
-        watches[i] = this->m_scheduler.watch(pipes[i].descriptor(), [&, i] {
+        watches[i] = this->m_scheduler.watch(pipes[i].descriptor(), [&] {
             ++ran;
             watches = {};
         });
