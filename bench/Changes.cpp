@@ -202,7 +202,7 @@ double holeMilliseconds(double rate, const Edit& edit)
     const auto file = song(44100, 60, 30);
     std::vector<std::int64_t> edits;
     for (int i = 0; i < 21; ++i) {
-        edits.push_back(recorder.frameAt(MonitorRecorder::Clock::now()));
+        edits.push_back(recorder.frameCount());
         {
             const GraphChange change(graph);
             edit(*player, file, i);

@@ -31,7 +31,7 @@ FilePath madeSong(const FilePath& folder, int minutes, const SongFormat& format)
     std::fprintf(stderr, "Making %s\n", target.c_str());
     if (!std::filesystem::exists(source)) {
         const FilePath minute = folder / "minute.wav";
-        writeBytes(minute, wavBytes(livelySignal(44'100, 2, 60), WavSamples::signed16));
+        encodeAudio(livelySignal(44'100, 2, 60), minute, {});
         runFfmpeg({ "-stream_loop", std::to_string(minutes - 1), "-i", minute, "-c:a", "copy", source });
     }
     std::vector<std::string> command{ "-i", source };

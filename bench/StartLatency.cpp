@@ -71,7 +71,7 @@ struct Player {
     double start(const std::shared_ptr<AudioFile>& file, std::int64_t first)
     {
         const auto before = MonitorRecorder::Clock::now();
-        const std::int64_t from = recorder.frameAt(before);
+        const std::int64_t from = recorder.frameCount();
         play(file, first);
         const auto sound = recorder.waitForSound(from, std::chrono::seconds(3));
         player->stop();
@@ -84,7 +84,7 @@ struct Player {
     {
         wait(scheduler, 0.4);
         const auto before = MonitorRecorder::Clock::now();
-        const std::int64_t from = recorder.frameAt(before);
+        const std::int64_t from = recorder.frameCount();
         change();
         wait(scheduler, 0.4);
         const auto left = channelOf(recorder.stereo(), 0);

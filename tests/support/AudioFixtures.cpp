@@ -13,16 +13,6 @@
 #include <random>
 
 namespace quillet {
-namespace {
-
-template <typename T> void append(std::string& bytes, T value)
-{
-    char raw[sizeof(T)];
-    std::memcpy(raw, &value, sizeof(T));
-    bytes.append(raw, sizeof(T));
-}
-
-}  // namespace
 
 TestSignal livelySignal(int sampleRate, int channels, double seconds)
 {
@@ -43,33 +33,6 @@ TestSignal livelySignal(int sampleRate, int channels, double seconds)
     return signal;
 }
 
-std::string wavBytes(const TestSignal& signal, WavSamples samples)
-{
-    const bool isFloat = samples == WavSamples::float32;
-    const std::uint16_t bytesPerSample = isFloat ? 4 : 2;
-    const auto blockBytes = static_cast<std::uint16_t>(bytesPerSample * signal.channels);
-    const auto dataBytes = static_cast<std::uint32_t>(signal.samples.size() * bytesPerSample);
-    std::string bytes = "RIFF";
-    append<std::uint32_t>(bytes, 36 + dataBytes);
-    bytes += "WAVEfmt ";
-    append<std::uint32_t>(bytes, 16);
-    append<std::uint16_t>(bytes, isFloat ? 3 : 1);
-    append(bytes, static_cast<std::uint16_t>(signal.channels));
-    append(bytes, static_cast<std::uint32_t>(signal.sampleRate));
-    append(bytes, static_cast<std::uint32_t>(signal.sampleRate) * blockBytes);
-    append(bytes, blockBytes);
-    append(bytes, static_cast<std::uint16_t>(8 * bytesPerSample));
-    bytes += "data";
-    append(bytes, dataBytes);
-    for (const float sample : signal.samples) {
-        if (isFloat)
-            append(bytes, sample);
-        else
-            append(bytes, static_cast<std::int16_t>(std::clamp(std::lround(sample * 32768.0F), -32768L, 32767L)));
-    }
-    return bytes;
-}
-
 void writeBytes(const FilePath& path, std::string_view bytes)
 {
     std::ofstream file(path, std::ios::binary);
@@ -85,22 +48,26 @@ std::string readBytes(const FilePath& path)
     return { std::istreambuf_iterator<char>(file), {} };
 }
 
-void runFfmpeg(const std::vector<std::string>& arguments)
+std::string runFfmpeg(const std::vector<std::string>& arguments)
 {
     std::vector<std::string> command{ "ffmpeg", "-nostdin", "-v", "error", "-y" };
     command.insert(command.end(), arguments.begin(), arguments.end());
-    const CommandResult result = runCommand(command);
+    CommandResult result = runCommand(command);
     if (result.status != 0)
         std::fputs(result.errorOutput.c_str(), stderr);
     REQUIRE(result.status == 0);
+    return std::move(result.output);
 }
 
 void encodeAudio(const TestSignal& signal, const FilePath& target, const std::vector<std::string>& arguments)
 {
     FilePath source = target;
-    source += ".source.wav";
-    writeBytes(source, wavBytes(signal, WavSamples::float32));
-    std::vector<std::string> command{ "-i", "file:" + source.native() };
+    source += ".source";
+    writeBytes(source, { reinterpret_cast<const char*>(signal.samples.data()), signal.samples.size() * sizeof(float) });
+    std::vector<std::string> command{ "-f",  "f32le",
+                                      "-ar", std::to_string(signal.sampleRate),
+                                      "-ac", std::to_string(signal.channels),
+                                      "-i",  "file:" + source.native() };
     command.insert(command.end(), arguments.begin(), arguments.end());
     command.push_back("file:" + target.native());
     runFfmpeg(command);
@@ -109,16 +76,9 @@ void encodeAudio(const TestSignal& signal, const FilePath& target, const std::ve
 
 std::vector<float> decodeWithFfmpeg(const FilePath& path, const std::vector<std::string>& decoderArguments)
 {
-    FilePath raw = path;
-    raw += ".raw";
     std::vector<std::string> command = decoderArguments;
-    const std::vector<std::string> rest{
-        "-i", "file:" + path.native(), "-map", "0:a:0", "-f", "f32le", "file:" + raw.native()
-    };
-    command.insert(command.end(), rest.begin(), rest.end());
-    runFfmpeg(command);
-    const std::string bytes = readBytes(raw);
-    std::filesystem::remove(raw);
+    command.insert(command.end(), { "-i", "file:" + path.native(), "-map", "0:a:0", "-f", "f32le", "-" });
+    const std::string bytes = runFfmpeg(command);
     std::vector<float> samples(bytes.size() / sizeof(float));
     std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(float));
     return samples;

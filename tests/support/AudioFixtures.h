@@ -1,5 +1,5 @@
-// Audio files for tests, made from a known signal when the test runs: WAV files are written here, all other formats by the
-// ffmpeg command, which also serves as the independent decoder to compare with. A failure of ffmpeg ends the test program.
+// Audio files for tests, made from a known signal when the test runs by the ffmpeg command, which also serves as the
+// independent decoder to compare with. A failure of ffmpeg ends the test program.
 // Threads: any.
 #pragma once
 
@@ -24,19 +24,14 @@ struct TestSignal {
 /// Rising tones with struck noise over them, different on every channel, never louder than 0.7. The same on every call.
 TestSignal livelySignal(int sampleRate, int channels, double seconds);
 
-enum class WavSamples { signed16, float32 };
-
-/// A whole WAV file. Samples are rounded to the nearest step of 16 bits.
-std::string wavBytes(const TestSignal& signal, WavSamples samples);
-
 void writeBytes(const FilePath& path, std::string_view bytes);
 std::string readBytes(const FilePath& path);
 
 /// Writes `target` with ffmpeg; its extension chooses the container, `arguments` (such as {"-c:a", "libmp3lame"}) the rest.
 void encodeAudio(const TestSignal& signal, const FilePath& target, const std::vector<std::string>& arguments);
 
-/// Runs ffmpeg with `arguments`, quietly and overwriting.
-void runFfmpeg(const std::vector<std::string>& arguments);
+/// Runs ffmpeg with `arguments`, quietly and overwriting; returns its output.
+std::string runFfmpeg(const std::vector<std::string>& arguments);
 
 /// All samples of the first audio track as ffmpeg decodes them, interleaved in the file's own channels. `decoderArguments` come
 /// before the input.

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "tests/support/MemoryAudioFile.h"
+#include "tests/support/SignalAnalysis.h"
 
 #include <cmath>
 #include <cstdint>
@@ -11,7 +12,6 @@
 #include <numbers>
 #include <optional>
 #include <span>
-#include <vector>
 
 namespace quillet {
 
@@ -31,25 +31,11 @@ public:
     /// tone.
     static std::optional<double> secondsAt(std::span<const float> samples, int sampleRate, double pitchCents)
     {
-        double first = -1;
-        double last = -1;
-        int periods = 0;
-        for (std::size_t i = 1; i < samples.size(); ++i) {
-            if (samples[i - 1] >= 0 || samples[i] < 0)
-                continue;
-            const auto before = static_cast<double>(samples[i - 1]);
-            const double at = static_cast<double>(i) - 1 + before / (before - static_cast<double>(samples[i]));
-            if (first < 0)
-                first = at;
-            else
-                ++periods;
-            last = at;
-        }
-        if (periods < 4)
+        const double hertz = toneFrequencyHz(samples, sampleRate);
+        if (hertz * static_cast<double>(samples.size()) / sampleRate < 5)
             return std::nullopt;
-        const double hertz = periods / (last - first) * sampleRate / std::exp2(pitchCents / 1200);
         // As of the middle between the crossings, which is not quite that of the samples.
-        return (hertz - startHz) / hzPerSecond;
+        return (hertz / std::exp2(pitchCents / 1200) - startHz) / hzPerSecond;
     }
 };
 

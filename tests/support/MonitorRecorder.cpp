@@ -9,13 +9,6 @@
 #include <pulse/simple.h>
 
 namespace quillet {
-namespace {
-
-struct StreamDeleter {
-    void operator()(pa_simple* stream) const { pa_simple_free(stream); }
-};
-
-}  // namespace
 
 MonitorRecorder::MonitorRecorder(const TestSoundServer& server)
     : m_sampleRate(server.sinkRate())
@@ -32,11 +25,9 @@ MonitorRecorder::MonitorRecorder(const TestSoundServer& server)
     m_arrived.wait(lock, [this] { return m_ended || !m_fragments.empty(); });
 }
 
-MonitorRecorder::~MonitorRecorder() = default;
-
-void MonitorRecorder::run(const std::stop_token& stop, void* opened)
+void MonitorRecorder::run(const std::stop_token& stop, pa_simple* opened)
 {
-    const std::unique_ptr<pa_simple, StreamDeleter> stream(static_cast<pa_simple*>(opened));
+    const std::unique_ptr<pa_simple, decltype(&pa_simple_free)> stream(opened, &pa_simple_free);
     std::vector<float> fragment(static_cast<std::size_t>(2 * (m_sampleRate / 200)));
     while (!stop.stop_requested()) {
         const bool read = pa_simple_read(stream.get(), fragment.data(), fragment.size() * sizeof(float), nullptr) >= 0;
@@ -71,28 +62,6 @@ MonitorRecorder::Clock::time_point MonitorRecorder::timeOf(std::int64_t frame) c
     const auto fragment = std::prev(std::ranges::upper_bound(m_fragments, frame, {}, &Fragment::firstFrame));
     const std::chrono::duration<double> behind(static_cast<double>(frame - fragment->firstFrame) / m_sampleRate);
     return fragment->arrival + std::chrono::duration_cast<Clock::duration>(behind);
-}
-
-std::int64_t MonitorRecorder::frameAt(Clock::time_point time) const
-{
-    const std::scoped_lock lock(m_mutex);
-    const auto fragment = std::ranges::lower_bound(m_fragments, time, {}, &Fragment::arrival);
-    return fragment == m_fragments.end() ? std::ssize(m_stereo) / 2 : fragment->firstFrame;
-}
-
-bool MonitorRecorder::hasEnded() const
-{
-    const std::scoped_lock lock(m_mutex);
-    return m_ended;
-}
-
-bool MonitorRecorder::record(std::int64_t frames)
-{
-    std::unique_lock lock(m_mutex);
-    const std::int64_t wanted = std::ssize(m_stereo) / 2 + frames;
-    const auto limit = std::chrono::seconds(10 + frames / m_sampleRate);
-    m_arrived.wait_for(lock, limit, [&] { return m_ended || std::ssize(m_stereo) / 2 >= wanted; });
-    return std::ssize(m_stereo) / 2 >= wanted;
 }
 
 std::optional<std::int64_t> MonitorRecorder::waitForSound(std::int64_t from, Clock::duration limit, float threshold)

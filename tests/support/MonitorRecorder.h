@@ -14,6 +14,8 @@
 #include <thread>
 #include <vector>
 
+struct pa_simple;
+
 namespace quillet {
 
 class MonitorRecorder {
@@ -21,9 +23,6 @@ public:
     using Clock = std::chrono::steady_clock;
 
     explicit MonitorRecorder(const TestSoundServer& server);
-    ~MonitorRecorder();
-    MonitorRecorder(const MonitorRecorder&) = delete;
-    MonitorRecorder& operator=(const MonitorRecorder&) = delete;
 
     /// Everything so far, left, right, left, ….
     [[nodiscard]] std::vector<float> stereo() const;
@@ -32,14 +31,7 @@ public:
     /// fragment. The sink renders fragments of about 5 ms when their time has come, so this is never too early, and too late by
     /// what the machine's load makes of it (a few milliseconds).
     [[nodiscard]] Clock::time_point timeOf(std::int64_t frame) const;
-    /// The first frame of the first fragment that arrived at or after `time`; frameCount() if none has yet.
-    [[nodiscard]] std::int64_t frameAt(Clock::time_point time) const;
-    /// Whether the server has gone.
-    [[nodiscard]] bool hasEnded() const;
 
-    /// Waits until that many frames more are recorded. False if the server ended, or ten seconds longer passed than it should
-    /// take.
-    bool record(std::int64_t frames);
     /// Waits for a frame at or behind `from` in which either channel is louder than `threshold`.
     std::optional<std::int64_t> waitForSound(std::int64_t from, Clock::duration limit, float threshold = 0);
 
@@ -49,7 +41,7 @@ private:
         Clock::time_point arrival;
     };
 
-    void run(const std::stop_token& stop, void* stream);
+    void run(const std::stop_token& stop, pa_simple* stream);
 
     const int m_sampleRate;
     mutable std::mutex m_mutex;

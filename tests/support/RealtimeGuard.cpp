@@ -2,9 +2,10 @@
 
 #include "platform/base/RealtimeScope.h"
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -12,16 +13,8 @@
 
 #include <dlfcn.h>
 #include <execinfo.h>
-#include <fcntl.h>
 #include <linux/futex.h>
 #include <malloc.h>
-#include <poll.h>
-#include <pthread.h>
-#include <sched.h>
-#include <semaphore.h>
-#include <sys/epoll.h>
-#include <sys/mman.h>
-#include <sys/select.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -73,10 +66,12 @@ __attribute__((constructor)) void warmUpBacktrace()
     backtrace(frames.data(), static_cast<int>(frames.size()));
 }
 
+std::int64_t pendingViolations() { return violationCount.load() - takenCount.load(); }
+
 /// For violations that no test case answers for: before, between and after the cases, and in programs without cases.
 __attribute__((destructor)) void failAtExit()
 {
-    if (pendingRealtimeViolations() > 0)
+    if (pendingViolations() > 0)
         _exit(70);
 }
 
@@ -102,6 +97,22 @@ private:
     std::atomic<void*> m_address{ nullptr };
 };
 
+/// Makes the case fail in which something was caught.
+class Listener : public testing::EmptyTestEventListener {
+    void OnTestEnd(const testing::TestInfo&) override
+    {
+        if (const std::int64_t count = pendingViolations(); count > 0)
+            ADD_FAILURE() << count << " calls in a real-time scope (stack traces above): "
+                          << testing::PrintToString(takeRealtimeViolations());
+    }
+};
+
+// GoogleTest takes ownership.
+[[maybe_unused]] const bool installed = [] {
+    testing::UnitTest::GetInstance()->listeners().Append(new Listener);
+    return true;
+}();
+
 bool isEventDescriptor(int descriptor) noexcept
 {
     struct stat status{};
@@ -116,8 +127,6 @@ bool isFutexWait(long number, int operation) noexcept
 }
 
 }  // namespace
-
-std::int64_t pendingRealtimeViolations() { return violationCount.load() - takenCount.load(); }
 
 std::vector<std::string> takeRealtimeViolations()
 {
@@ -136,29 +145,31 @@ std::vector<std::string> takeRealtimeViolations()
 
 extern "C" {
 
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* block, std::size_t size);
-void* __libc_memalign(std::size_t alignment, std::size_t size);
+/// `function` of up to six integers and pointers: what the registers hold is passed on, whatever they stand for.
+#define QUILLET_INTERPOSE_TO(function, next)                                                                                   \
+    long interposed_##function(long a, long b, long c, long d, long e, long f) __asm__(#function);                             \
+    long interposed_##function(long a, long b, long c, long d, long e, long f)                                                 \
+    {                                                                                                                          \
+        quillet::check(#function);                                                                                             \
+        return next(a, b, c, d, e, f);                                                                                         \
+    }
+
+#define QUILLET_INTERPOSE(function)                                                                                            \
+    static constinit quillet::Next<long(long, long, long, long, long, long)> next_##function(#function);                       \
+    QUILLET_INTERPOSE_TO(function, next_##function.get())
+
+#define QUILLET_INTERPOSE_ALLOCATOR(function)                                                                                  \
+    long __libc_##function(long, long, long, long, long, long);                                                                \
+    QUILLET_INTERPOSE_TO(function, __libc_##function)
+
+QUILLET_INTERPOSE_ALLOCATOR(malloc)
+QUILLET_INTERPOSE_ALLOCATOR(calloc)
+QUILLET_INTERPOSE_ALLOCATOR(realloc)
+QUILLET_INTERPOSE_ALLOCATOR(memalign)
+QUILLET_INTERPOSE(aligned_alloc)
+QUILLET_INTERPOSE(posix_memalign)
+
 void __libc_free(void* block);
-
-void* malloc(std::size_t size) noexcept
-{
-    quillet::check("malloc");
-    return __libc_malloc(size);
-}
-
-void* calloc(std::size_t count, std::size_t size) noexcept
-{
-    quillet::check("calloc");
-    return __libc_calloc(count, size);
-}
-
-void* realloc(void* block, std::size_t size) noexcept
-{
-    quillet::check("realloc");
-    return __libc_realloc(block, size);
-}
 
 void free(void* block) noexcept
 {
@@ -168,89 +179,49 @@ void free(void* block) noexcept
     __libc_free(block);
 }
 
-void* memalign(std::size_t alignment, std::size_t size) noexcept
-{
-    quillet::check("memalign");
-    return __libc_memalign(alignment, size);
-}
+QUILLET_INTERPOSE(mmap)
+QUILLET_INTERPOSE(munmap)
 
-void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept
-{
-    quillet::check("aligned_alloc");
-    return __libc_memalign(alignment, size);
-}
+QUILLET_INTERPOSE(pthread_mutex_lock)
+QUILLET_INTERPOSE(pthread_mutex_trylock)
+QUILLET_INTERPOSE(pthread_mutex_timedlock)
+QUILLET_INTERPOSE(pthread_mutex_clocklock)
+QUILLET_INTERPOSE(pthread_rwlock_rdlock)
+QUILLET_INTERPOSE(pthread_rwlock_wrlock)
+QUILLET_INTERPOSE(pthread_rwlock_tryrdlock)
+QUILLET_INTERPOSE(pthread_rwlock_trywrlock)
+QUILLET_INTERPOSE(pthread_spin_lock)
 
-int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept
-{
-    quillet::check("posix_memalign");
-    if (alignment % sizeof(void*) != 0 || alignment == 0 || (alignment & (alignment - 1)) != 0)
-        return EINVAL;
-    void* const found = __libc_memalign(alignment, size);
-    if (found == nullptr)
-        return ENOMEM;
-    *block = found;
-    return 0;
-}
+QUILLET_INTERPOSE(pthread_cond_wait)
+QUILLET_INTERPOSE(pthread_cond_timedwait)
+QUILLET_INTERPOSE(pthread_cond_clockwait)
+QUILLET_INTERPOSE(pthread_join)
+QUILLET_INTERPOSE(sem_wait)
+QUILLET_INTERPOSE(sem_timedwait)
+QUILLET_INTERPOSE(sem_clockwait)
+QUILLET_INTERPOSE(sched_yield)
+QUILLET_INTERPOSE(nanosleep)
+QUILLET_INTERPOSE(clock_nanosleep)
+QUILLET_INTERPOSE(usleep)
+QUILLET_INTERPOSE(sleep)
+QUILLET_INTERPOSE(poll)
+QUILLET_INTERPOSE(ppoll)
+QUILLET_INTERPOSE(select)
+QUILLET_INTERPOSE(epoll_wait)
 
-#define QUILLET_INTERPOSE(result, name, specifier, parameters, arguments)                                                      \
-    result name parameters specifier                                                                                           \
-    {                                                                                                                          \
-        static constinit quillet::Next<result parameters> next(#name);                                                         \
-        quillet::check(#name);                                                                                                 \
-        return next.get() arguments;                                                                                           \
-    }
-
-QUILLET_INTERPOSE(void*, mmap, noexcept, (void* at, std::size_t size, int protection, int flags, int file, off_t offset),
-                  (at, size, protection, flags, file, offset))
-QUILLET_INTERPOSE(int, munmap, noexcept, (void* at, std::size_t size), (at, size))
-
-QUILLET_INTERPOSE(int, pthread_mutex_lock, noexcept, (pthread_mutex_t * mutex), (mutex))
-QUILLET_INTERPOSE(int, pthread_mutex_trylock, noexcept, (pthread_mutex_t * mutex), (mutex))
-QUILLET_INTERPOSE(int, pthread_mutex_timedlock, noexcept, (pthread_mutex_t * mutex, const timespec* until), (mutex, until))
-QUILLET_INTERPOSE(int, pthread_mutex_clocklock, noexcept, (pthread_mutex_t * mutex, clockid_t clock, const timespec* until),
-                  (mutex, clock, until))
-QUILLET_INTERPOSE(int, pthread_rwlock_rdlock, noexcept, (pthread_rwlock_t * lock), (lock))
-QUILLET_INTERPOSE(int, pthread_rwlock_wrlock, noexcept, (pthread_rwlock_t * lock), (lock))
-QUILLET_INTERPOSE(int, pthread_rwlock_tryrdlock, noexcept, (pthread_rwlock_t * lock), (lock))
-QUILLET_INTERPOSE(int, pthread_rwlock_trywrlock, noexcept, (pthread_rwlock_t * lock), (lock))
-QUILLET_INTERPOSE(int, pthread_spin_lock, noexcept, (pthread_spinlock_t * lock), (lock))
-
-QUILLET_INTERPOSE(int, pthread_cond_wait, , (pthread_cond_t * condition, pthread_mutex_t* mutex), (condition, mutex))
-QUILLET_INTERPOSE(int, pthread_cond_timedwait, , (pthread_cond_t * condition, pthread_mutex_t* mutex, const timespec* until),
-                  (condition, mutex, until))
-QUILLET_INTERPOSE(int, pthread_cond_clockwait, ,
-                  (pthread_cond_t * condition, pthread_mutex_t* mutex, clockid_t clock, const timespec* until),
-                  (condition, mutex, clock, until))
-QUILLET_INTERPOSE(int, pthread_join, , (pthread_t thread, void** result), (thread, result))
-QUILLET_INTERPOSE(int, sem_wait, , (sem_t * semaphore), (semaphore))
-QUILLET_INTERPOSE(int, sem_timedwait, , (sem_t * semaphore, const timespec* until), (semaphore, until))
-QUILLET_INTERPOSE(int, sem_clockwait, , (sem_t * semaphore, clockid_t clock, const timespec* until), (semaphore, clock, until))
-QUILLET_INTERPOSE(int, sched_yield, noexcept, (), ())
-QUILLET_INTERPOSE(int, nanosleep, , (const timespec* wanted, timespec* left), (wanted, left))
-QUILLET_INTERPOSE(int, clock_nanosleep, , (clockid_t clock, int flags, const timespec* wanted, timespec* left),
-                  (clock, flags, wanted, left))
-QUILLET_INTERPOSE(int, usleep, , (useconds_t microseconds), (microseconds))
-QUILLET_INTERPOSE(unsigned int, sleep, , (unsigned int seconds), (seconds))
-QUILLET_INTERPOSE(int, poll, , (pollfd * files, nfds_t count, int milliseconds), (files, count, milliseconds))
-QUILLET_INTERPOSE(int, ppoll, , (pollfd * files, nfds_t count, const timespec* timeout, const sigset_t* signals),
-                  (files, count, timeout, signals))
-QUILLET_INTERPOSE(int, select, , (int count, fd_set* readable, fd_set* writable, fd_set* failed, timeval* timeout),
-                  (count, readable, writable, failed, timeout))
-QUILLET_INTERPOSE(int, epoll_wait, , (int descriptor, epoll_event* events, int count, int milliseconds),
-                  (descriptor, events, count, milliseconds))
-
-QUILLET_INTERPOSE(FILE*, fopen, , (const char* path, const char* mode), (path, mode))
-QUILLET_INTERPOSE(FILE*, fopen64, , (const char* path, const char* mode), (path, mode))
-QUILLET_INTERPOSE(ssize_t, read, , (int file, void* bytes, std::size_t size), (file, bytes, size))
-QUILLET_INTERPOSE(ssize_t, pread, , (int file, void* bytes, std::size_t size, off_t offset), (file, bytes, size, offset))
-QUILLET_INTERPOSE(std::size_t, fread, , (void* items, std::size_t size, std::size_t count, FILE* file),
-                  (items, size, count, file))
-QUILLET_INTERPOSE(std::size_t, fwrite, , (const void* items, std::size_t size, std::size_t count, FILE* file),
-                  (items, size, count, file))
-QUILLET_INTERPOSE(int, fputs, , (const char* text, FILE* file), (text, file))
-QUILLET_INTERPOSE(int, puts, , (const char* text), (text))
-QUILLET_INTERPOSE(int, fflush, , (FILE * file), (file))
-QUILLET_INTERPOSE(int, vfprintf, , (FILE * file, const char* format, va_list arguments), (file, format, arguments))
+QUILLET_INTERPOSE(fopen)
+QUILLET_INTERPOSE(fopen64)
+QUILLET_INTERPOSE(open)
+QUILLET_INTERPOSE(open64)
+QUILLET_INTERPOSE(openat)
+QUILLET_INTERPOSE(read)
+QUILLET_INTERPOSE(pread)
+QUILLET_INTERPOSE(fread)
+QUILLET_INTERPOSE(fwrite)
+QUILLET_INTERPOSE(fputs)
+QUILLET_INTERPOSE(puts)
+QUILLET_INTERPOSE(fflush)
+QUILLET_INTERPOSE(vfprintf)
 
 ssize_t write(int file, const void* bytes, std::size_t size)
 {
@@ -258,34 +229,6 @@ ssize_t write(int file, const void* bytes, std::size_t size)
     if (quillet::realtimeDepth > 0 && !quillet::isEventDescriptor(file))
         quillet::check("write");
     return next.get()(file, bytes, size);
-}
-
-// Variadic functions pass on what may have been given; the C library ignores what the flags do not call for.
-
-#define QUILLET_INTERPOSE_OPEN(name)                                                                                           \
-    int name(const char* path, int flags, ...)                                                                                 \
-    {                                                                                                                          \
-        static constinit quillet::Next<int(const char*, int, ...)> next(#name);                                                \
-        va_list rest;                                                                                                          \
-        va_start(rest, flags);                                                                                                 \
-        const unsigned int mode = va_arg(rest, unsigned int);                                                                  \
-        va_end(rest);                                                                                                          \
-        quillet::check(#name);                                                                                                 \
-        return next.get()(path, flags, mode);                                                                                  \
-    }
-
-QUILLET_INTERPOSE_OPEN(open)
-QUILLET_INTERPOSE_OPEN(open64)
-
-int openat(int folder, const char* path, int flags, ...)
-{
-    static constinit quillet::Next<int(int, const char*, int, ...)> next("openat");
-    va_list rest;
-    va_start(rest, flags);
-    const unsigned int mode = va_arg(rest, unsigned int);
-    va_end(rest);
-    quillet::check("openat");
-    return next.get()(folder, path, flags, mode);
 }
 
 int printf(const char* format, ...)
@@ -307,18 +250,13 @@ int fprintf(FILE* file, const char* format, ...)
 }
 
 /// std::atomic::wait, semaphores and latches wait here.
-long syscall(long number, ...) noexcept
+long interposed_syscall(long number, long a, long b, long c, long d, long e, long f) __asm__("syscall");
+long interposed_syscall(long number, long a, long b, long c, long d, long e, long f)
 {
-    static constinit quillet::Next<long(long, ...)> next("syscall");
-    std::array<long, 6> rest{};
-    va_list arguments;
-    va_start(arguments, number);
-    for (long& argument : rest)
-        argument = va_arg(arguments, long);
-    va_end(arguments);
-    if (quillet::isFutexWait(number, static_cast<int>(rest[1])))
+    static constinit quillet::Next<long(long, long, long, long, long, long, long)> next("syscall");
+    if (quillet::isFutexWait(number, static_cast<int>(b)))
         quillet::check("futex wait");
-    return next.get()(number, rest[0], rest[1], rest[2], rest[3], rest[4], rest[5]);
+    return next.get()(number, a, b, c, d, e, f);
 }
 
 }  // extern "C"

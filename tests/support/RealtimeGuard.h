@@ -3,17 +3,13 @@
 // caught outside a case turns the program's exit status into 70. It sees calls of library functions, not system calls
 // made by other means. Waking is allowed: sem_post, condition-variable notification, a write to an eventfd.
 // Set QUILLET_REALTIME_ABORT in the environment to stop in a debugger at the first violation.
-// Threads: violations are recorded on every thread without locks; the functions below are for the main thread.
+// Threads: violations are recorded on every thread without locks; the function below is for the main thread.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace quillet {
-
-/// Violations since the program's start that nobody has taken yet.
-[[nodiscard]] std::int64_t pendingRealtimeViolations();
 
 /// The functions that were called in a real-time scope since the last take, oldest first (the first 64 of them), for a test
 /// that provokes violations: what it takes does not make it fail.

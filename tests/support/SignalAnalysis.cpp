@@ -6,11 +6,10 @@
 #include <cmath>
 #include <complex>
 #include <numbers>
+#include <random>
 
 namespace quillet {
 namespace {
-
-constexpr std::int64_t windowFrames = 4096;
 
 /// The samples seen through a Hann window, turned back by `frequency` (cycles per frame): size and phase of that tone at the
 /// window's first frame.
@@ -27,22 +26,6 @@ std::complex<double> tone(std::span<const float> samples, double frequency)
     return sum;
 }
 
-/// The strongest of a grid of frequencies half a bin apart, in cycles per frame.
-double strongestFrequency(std::span<const float> window, int sampleRate)
-{
-    const double step = 0.5 / static_cast<double>(window.size());
-    double best = 0;
-    double bestSize = -1;
-    for (double frequency = 40.0 / sampleRate; frequency <= 0.25; frequency += step) {
-        const double size = std::abs(tone(window, frequency));
-        if (size > bestSize) {
-            bestSize = size;
-            best = frequency;
-        }
-    }
-    return best;
-}
-
 }  // namespace
 
 std::vector<float> channelOf(std::span<const float> stereo, int channel)
@@ -54,12 +37,27 @@ std::vector<float> channelOf(std::span<const float> stereo, int channel)
     return samples;
 }
 
+std::vector<float> whiteNoise(std::int64_t count, float level)
+{
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> value(-level, level);
+    std::vector<float> samples(static_cast<std::size_t>(count));
+    std::ranges::generate(samples, [&] { return value(random); });
+    return samples;
+}
+
 std::optional<std::int64_t> firstSound(std::span<const float> samples, float threshold, std::int64_t from)
 {
     for (std::int64_t i = from; i < std::ssize(samples); ++i)
         if (std::abs(samples[static_cast<std::size_t>(i)]) > threshold)
             return i;
     return std::nullopt;
+}
+
+std::int64_t soundingLength(std::span<const float> samples)
+{
+    const auto last = std::find_if(samples.rbegin(), samples.rend(), [](float sample) { return sample != 0; });
+    return samples.rend() - last;
 }
 
 std::vector<Gap> gaps(std::span<const float> samples, std::int64_t minimumFrames, float threshold)
@@ -83,22 +81,32 @@ double rms(std::span<const float> samples)
     return samples.empty() ? 0 : std::sqrt(sum / static_cast<double>(samples.size()));
 }
 
+float largestStep(std::span<const float> samples)
+{
+    float largest = 0;
+    for (std::size_t i = 1; i < samples.size(); ++i)
+        largest = std::max(largest, std::abs(samples[i] - samples[i - 1]));
+    return largest;
+}
+
+double toneSize(std::span<const float> samples, double frequency)
+{
+    return 4 * std::abs(tone(samples, frequency)) / static_cast<double>(samples.size());
+}
+
 double toneFrequencyHz(std::span<const float> samples, int sampleRate)
 {
-    REQUIRE(std::ssize(samples) >= windowFrames);
-    const auto window = [&](std::int64_t first) { return samples.subspan(static_cast<std::size_t>(first), windowFrames); };
-    double frequency = strongestFrequency(window(0), sampleRate);
-    // How far the phase has turned between two windows tells the frequency, but for whole turns: the distance grows as the
-    // frequency becomes certain.
-    const std::int64_t farthest = std::ssize(samples) - windowFrames;
-    for (std::int64_t distance = std::min<std::int64_t>(windowFrames / 4, farthest); distance > 0;
-         distance = distance == farthest ? 0 : std::min(distance * 3, farthest)) {
-        const std::complex<double> turn = tone(window(distance), frequency) * std::conj(tone(window(0), frequency));
-        const double expected = 2 * std::numbers::pi * frequency * static_cast<double>(distance);
-        const double surplus = std::remainder(std::arg(turn) - expected, 2 * std::numbers::pi);
-        frequency += surplus / (2 * std::numbers::pi * static_cast<double>(distance));
+    double first = -1;
+    double last = -1;
+    int periods = -1;
+    for (std::size_t i = 1; i < samples.size(); ++i) {
+        if (samples[i - 1] >= 0 || samples[i] < 0)
+            continue;
+        const auto before = static_cast<double>(samples[i - 1]);
+        last = static_cast<double>(i) - 1 + before / (before - static_cast<double>(samples[i]));
+        first = ++periods == 0 ? last : first;
     }
-    return frequency * sampleRate;
+    return periods > 0 ? periods / (last - first) * sampleRate : 0;
 }
 
 double centsBetween(double frequencyHz, double referenceHz) { return 1200 * std::log2(frequencyHz / referenceHz); }

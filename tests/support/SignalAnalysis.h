@@ -13,8 +13,20 @@ namespace quillet {
 /// One channel (0 left, 1 right) of interleaved stereo.
 std::vector<float> channelOf(std::span<const float> stereo, int channel);
 
+/// The frames from `first` on.
+inline std::span<const float> part(std::span<const float> samples, std::int64_t first, std::int64_t count)
+{
+    return samples.subspan(static_cast<std::size_t>(first), static_cast<std::size_t>(count));
+}
+
+/// Samples between ±`level`, the same on every call.
+std::vector<float> whiteNoise(std::int64_t count, float level);
+
 /// The first frame at or behind `from` that is louder than `threshold`.
 std::optional<std::int64_t> firstSound(std::span<const float> samples, float threshold = 0, std::int64_t from = 0);
+
+/// The number of frames up to the last one that is not zero.
+std::int64_t soundingLength(std::span<const float> samples);
 
 struct Gap {
     std::int64_t firstFrame = 0;
@@ -28,8 +40,13 @@ std::vector<Gap> gaps(std::span<const float> samples, std::int64_t minimumFrames
 /// Root mean square; 0 for nothing.
 double rms(std::span<const float> samples);
 
-/// Of the strongest steady tone, 40 Hz to a quarter of the sample rate. From half a second on it is true to a few thousandths
-/// of a cent, with noise 20 dB below the tone to a tenth; the whole span must be sound. Needs 4096 frames.
+/// The largest difference between neighbours.
+float largestStep(std::span<const float> samples);
+
+/// The amplitude of a tone of so many cycles per frame, as far as a Hann window over all samples can tell.
+double toneSize(std::span<const float> samples, double frequency);
+
+/// Of a steady tone without noise, by its periods: true to a thousandth of a cent from half a second on. 0 without a period.
 double toneFrequencyHz(std::span<const float> samples, int sampleRate);
 
 double centsBetween(double frequencyHz, double referenceHz);

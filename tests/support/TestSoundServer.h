@@ -1,15 +1,12 @@
 // A private PulseAudio server for one test: a sink that leads nowhere, and its monitor, which has everything that was played.
-// The process's environment points to it for as long as it lives, so that what the test starts plays there. It does not
-// depend on the user's own server, and runs as root.
+// The process's environment points to it from then on, so that what the test starts plays there. It does not depend on
+// the user's own server, and runs as root.
 // Threads: main thread (it changes the environment; the server dies with the thread that made it).
 #pragma once
 
 #include "tests/support/TemporaryFolder.h"
 
-#include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include <sys/types.h>
 
@@ -28,9 +25,11 @@ public:
     };
 
     /// Starts the server and waits until it answers; stops the program if it cannot (PulseAudio is not installed).
-    TestSoundServer();
     explicit TestSoundServer(Options options);
-    /// Kills the server and puts the environment back.
+    TestSoundServer()
+        : TestSoundServer(Options{})
+    {
+    }
     ~TestSoundServer();
     TestSoundServer(const TestSoundServer&) = delete;
     TestSoundServer& operator=(const TestSoundServer&) = delete;
@@ -47,12 +46,9 @@ public:
 
 private:
     void start();
-    [[nodiscard]] std::vector<std::string> arguments() const;
-    void setEnvironment(const char* name, const std::string& value);
 
     const Options m_options;
     const TemporaryFolder m_folder;
-    std::vector<std::pair<std::string, std::optional<std::string>>> m_previousEnvironment;
     pid_t m_process = 0;
 };
 

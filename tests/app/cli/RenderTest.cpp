@@ -1,15 +1,16 @@
 // The program itself rendering real files: lengths, places, identity, and what it says of bad input.
 
 #include "platform/media/FfmpegAudioFile.h"
+#include "tests/support/AudioFixtures.h"
 #include "tests/support/Command.h"
+#include "tests/support/SignalAnalysis.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <numbers>
+#include <span>
 
 namespace quillet {
 namespace {
@@ -20,13 +21,12 @@ struct Render : testing::Test {
     [[nodiscard]] std::string path(const std::string& name) const { return (folder / name).native(); }
 
     /// An audio file made by ffmpeg from one of its signal sources.
-    std::string make(const std::string& name, const std::string& source, std::vector<std::string> options = {})
+    std::string make(const std::string& name, const std::string& source, const std::vector<std::string>& options = {})
     {
-        std::vector<std::string> command{ "ffmpeg", "-v", "error", "-f", "lavfi", "-i", source };
-        command.insert(command.end(), options.begin(), options.end());
-        command.push_back(path(name));
-        const CommandResult made = runCommand(command);
-        EXPECT_EQ(made.status, 0) << made.errorOutput;
+        std::vector<std::string> arguments{ "-f", "lavfi", "-i", source };
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        arguments.push_back(path(name));
+        runFfmpeg(arguments);
         return path(name);
     }
 
@@ -56,10 +56,7 @@ struct Render : testing::Test {
         }
         std::vector<float> stereo(static_cast<std::size_t>(2 * (*audio)->length()));
         stereo.resize(static_cast<std::size_t>(2 * (*audio)->read(0, stereo)));
-        std::vector<float> channel;
-        for (std::size_t i = 0; i < stereo.size(); i += 2)
-            channel.push_back(stereo[i]);
-        return channel;
+        return channelOf(stereo, 0);
     }
 };
 
@@ -67,54 +64,25 @@ double seconds(const std::vector<float>& samples, int sampleRate) { return stati
 
 TEST_F(Render, FilesOfAnyRateHaveTheLengthAndPitchAskedFor)
 {
-    struct Case {
-        const char* name;
-        int sampleRate;
-        std::vector<std::string> options;
-    };
-    const Case cases[] = {
-        { "8000-1-u8.wav", 8000, { "-ar", "8000", "-c:a", "pcm_u8" } },
-        { "192000-2-f32.wav", 192000, { "-ar", "192000", "-c:a", "pcm_f32le" } },
-        { "cbr.mp3", 44100, { "-b:a", "128k" } },
-        { "opus.opus", 48000, {} },
-    };
-    for (const Case& format : cases) {
-        const std::string file = make(format.name, "sine=frequency=441:duration=3:sample_rate=44100", format.options);
-        const auto heard = render({ file, "--from", "0.5", "--to", "2.5", "--speed", "80" });
-        EXPECT_NEAR(seconds(heard, format.sampleRate), 2.5, 0.005) << format.name;
-        // Zero crossings count the periods of a clean tone.
-        const auto first = heard.begin() + std::ssize(heard) / 5;
-        const auto last = heard.begin() + std::ssize(heard) * 4 / 5;
-        int crossings = 0;
-        for (auto sample = first + 1; sample != last; ++sample)
-            crossings += *(sample - 1) < 0 && *sample >= 0 ? 1 : 0;
-        EXPECT_NEAR(crossings / (static_cast<double>(last - first) / format.sampleRate), 441, 1) << format.name;
+    for (const int sampleRate : { 8000, 44100, 192000 }) {
+        const std::string file = make("tone.wav", "sine=frequency=441:duration=3:sample_rate=" + std::to_string(sampleRate));
+        const auto heard = render({ file, "--from", "0.5", "--to", "2.5", "--speed", "80", "--pitch", "1200" });
+        EXPECT_NEAR(seconds(heard, sampleRate), 2.5, 0.005) << sampleRate;
+        const auto middle = std::span(heard).subspan(heard.size() / 5, heard.size() * 3 / 5);
+        EXPECT_NEAR(centsBetween(toneFrequencyHz(middle, sampleRate), 882), 0, 2) << sampleRate;
     }
 }
 
-TEST_F(Render, AtNormalSpeedTheFileComesOutUnchanged)
+TEST_F(Render, AtNormalSpeedTheFileComesOutUnchangedWhateverItsName)
 {
     const std::string file = make("noise.flac", "anoisesrc=duration=2:sample_rate=44100:seed=5:amplitude=0.9");
-    const auto source = left(file);
-    const auto heard = render({ file, "--from", "0.25", "--to", "1.75" });
+    const std::string name = path("\xff\xfe\n\"'\xc3.flac");
+    std::filesystem::rename(file, name);
+    const auto source = left(name);
+    const auto heard = render({ name, "--from", "0.25", "--to", "1.75" });
     ASSERT_NEAR(seconds(heard, 44100), 1.5, 0.005);
     for (std::size_t i = 300; i < 66150 - 300; ++i)
         ASSERT_EQ(heard[i], source[11025 + i]) << i;
-}
-
-TEST_F(Render, SlowedClicksAreWhereTheStretcherPutsThemOffline)
-{
-    const std::string file = make("clicks.wav", "aevalsrc='0.9*lt(mod(t+0.3,0.7),0.001)':duration=3:sample_rate=44100");
-    const auto heard = render({ file, "--speed", "25" });
-    ASSERT_EQ(runCommand({ "rubberband", "-q", "-3", "-t", "4", file, path("reference.wav") }).status, 0);
-    const auto reference = left(path("reference.wav"));
-    const auto loudest = [](const std::vector<float>& samples, double around) {
-        const auto first = samples.begin() + static_cast<std::int64_t>((around - 0.2) * 44100);
-        return std::ranges::max_element(first, first + 17640, {}, [](float v) { return std::abs(v); }) - samples.begin();
-    };
-    for (const double click : { 0.4, 1.1, 1.8, 2.5 })
-        EXPECT_NEAR(static_cast<double>(loudest(heard, 4 * click)), static_cast<double>(loudest(reference, 4 * click)), 220)
-            << click;
 }
 
 TEST_F(Render, PassesPausesAndHoldHaveExactlyTheirFrames)
@@ -148,81 +116,39 @@ TEST_F(Render, PassesPausesAndHoldHaveExactlyTheirFrames)
 TEST_F(Render, BadInputIsOneSentenceAndLeavesNothing)
 {
     const std::string song = make("song.wav", "sine=duration=1");
-    std::ofstream(path("text.mp3")) << "this is no music\n";
-    std::ofstream(path("empty.mp3")).flush();
-    make("header.wav", "sine=duration=1", { "-t", "0" });
-    make("silent.mp4", "testsrc=duration=0.2:size=64x64");
-    std::filesystem::create_directory(folder / "folder");
     struct Case {
         std::vector<std::string> arguments;
         int status;
     };
-    const Case cases[] = {
-        { { path("missing.mp3") }, 1 },
-        { { path("folder") }, 1 },
-        { { path("empty.mp3") }, 1 },
-        { { path("text.mp3") }, 1 },
-        { { path("header.wav") }, 1 },
-        { { path("silent.mp4") }, 1 },
-        { { "/dev/zero" }, 1 },
-        { { song, "--from", "1" }, 1 },
-        { { song, "--hold", "7" }, 1 },
-        { { song, "--from", "0.5", "--to", "0.50001" }, 1 },
-        { { song, "--from", "0.5", "--to", "0.5" }, 2 },
-        { { song, "--speed", "zwölf" }, 2 },
-    };
-    for (Case entry : cases) {
+    for (Case entry : {
+             Case{ { path("missing.mp3") }, 1 },
+             Case{ { song, "--from", "1" }, 1 },
+             Case{ { song, "--hold", "7" }, 1 },
+             Case{ { song, "--from", "0.5", "--to", "0.50001" }, 1 },
+             Case{ { song, "--speed", "zwölf" }, 2 },
+             Case{ { song, "-o", path("nowhere/out.wav") }, 1 },
+             Case{ { song, "-o", song }, 1 },
+             Case{ { song, "-o", "/dev/full" }, 1 },
+         }) {
         entry.arguments.insert(entry.arguments.begin(), "render");
-        entry.arguments.insert(entry.arguments.end(), { "-o", path("out.wav") });
+        if (std::ranges::count(entry.arguments, "-o") == 0)
+            entry.arguments.insert(entry.arguments.end(), { "-o", path("out.wav") });
         const CommandResult result = quillet(entry.arguments);
-        EXPECT_EQ(result.status, entry.status) << entry.arguments[1] << ": " << result.errorOutput;
+        EXPECT_EQ(result.status, entry.status) << testing::PrintToString(entry.arguments);
         EXPECT_EQ(std::ranges::count(result.errorOutput, '\n'), 1) << result.errorOutput;
         EXPECT_EQ(result.output, "");
-        EXPECT_FALSE(std::filesystem::exists(folder / "out.wav")) << entry.arguments[1];
-    }
-    for (const std::string& output : { path("nowhere/out.wav"), path("folder"), song, std::string("/dev/full") }) {
-        const CommandResult result = quillet({ "render", song, "-o", output });
-        EXPECT_EQ(result.status, 1) << output;
-        EXPECT_EQ(std::ranges::count(result.errorOutput, '\n'), 1) << result.errorOutput;
+        EXPECT_FALSE(std::filesystem::exists(folder / "out.wav"));
     }
     EXPECT_EQ(left(song).size(), 44100U) << "the song must survive being named as the output";
 }
 
-TEST_F(Render, ADamagedFileRendersWhatCanBeDecoded)
-{
-    const std::string whole = make("whole.mp3", "sine=frequency=441:duration=4", { "-b:a", "128k" });
-    const auto size = std::filesystem::file_size(whole);
-    std::filesystem::resize_file(whole, size / 2);
-    EXPECT_NEAR(seconds(render({ whole }), 44100), 2, 0.1);
-}
-
-TEST_F(Render, InterruptionAndAFullDiskLeaveNoFile)
+TEST_F(Render, AnInterruptionLeavesNoFile)
 {
     const std::string song = make("song.wav", "sine=duration=600");
-    const auto names = [this] {
-        std::vector<std::string> found;
-        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
-            found.push_back(entry.path().filename());
-        return found;
-    };
     const CommandResult stopped =
         runCommand({ "timeout", "-s", "INT", "0.4", QUILLET_PROGRAM, "render", song, "-o", path("out.wav"), "--speed", "50" });
     EXPECT_EQ(stopped.status, 124) << stopped.errorOutput;
-    EXPECT_EQ(names(), std::vector<std::string>{ "song.wav" });
-    const CommandResult full = runCommand({ "bash", "-c", "ulimit -f 1000; trap '' XFSZ; exec \"$@\"", "-", QUILLET_PROGRAM,
-                                            "render", song, "-o", path("out.wav") });
-    EXPECT_EQ(full.status, 1);
-    EXPECT_EQ(std::ranges::count(full.errorOutput, '\n'), 1) << full.errorOutput;
-    EXPECT_EQ(names(), std::vector<std::string>{ "song.wav" });
-}
-
-TEST_F(Render, AnyByteMayStandInAName)
-{
-    const std::string song = make("song.wav", "sine=duration=0.2");
-    for (const std::string name : { "\xff\xfe\n\"'\xc3.wav", "-o.wav", "http:x.wav", "concat:a|b.wav" }) {
-        std::filesystem::copy_file(song, folder / name);
-        EXPECT_NEAR(seconds(render({ path(name) }), 44100), 0.2, 0.005) << name;
-    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }
 
 }  // namespace

@@ -25,56 +25,45 @@ struct Waveform : testing::Test {
     }
 
     /// A second of loud sound after one of silence.
-    FilePath song(const std::string& name, const std::vector<std::string>& arguments)
+    FilePath song(const std::string& name)
     {
         TestSignal signal = livelySignal(44'100, 2, 2);
         std::fill_n(signal.samples.begin(), 2 * 44'100, 0.0F);
-        encodeAudio(signal, folder / name, arguments);
+        encodeAudio(signal, folder / name, {});
         return folder / name;
     }
 };
 
-TEST_F(Waveform, EveryFormatIsPrintedAndDrawn)
+TEST_F(Waveform, IsPrintedAndDrawn)
 {
-    for (const auto& [name, arguments] : std::vector<std::pair<std::string, std::vector<std::string>>>{
-             { "a.wav", {} },
-             { "a.flac", {} },
-             { "a.mp3", {} },
-             { "a.m4a", { "-c:a", "aac" } },
-             { "a.ogg", { "-c:a", "libvorbis" } },
-             { "a.opus", { "-c:a", "libopus" } },
-             { "\xE9.aiff", {} },
-         }) {
-        SCOPED_TRACE(name);
-        const FilePath path = song(name, arguments);
-        const CommandResult printed = quillet({ path, "--json" });
-        ASSERT_EQ(printed.status, 0) << printed.errorOutput;
-        const auto object = nlohmann::json::parse(printed.output);
-        EXPECT_NEAR(object["durationSeconds"].get<double>(), 2, 0.06);
-        const auto peaks = object["peaks"].get<std::vector<float>>();
-        ASSERT_NEAR(static_cast<double>(peaks.size()), 2000, 50);
-        EXPECT_LT(peaks[500], 0.05);
-        EXPECT_EQ(*std::max_element(peaks.begin(), peaks.end()), 1);
+    const FilePath path = song("\xE9.flac");
+    const CommandResult printed = quillet({ path, "--json" });
+    ASSERT_EQ(printed.status, 0) << printed.errorOutput;
+    const auto object = nlohmann::json::parse(printed.output);
+    EXPECT_EQ(object["durationSeconds"].get<double>(), 2);
+    const auto peaks = object["peaks"].get<std::vector<float>>();
+    ASSERT_NEAR(static_cast<double>(peaks.size()), 2000, 50);
+    EXPECT_LT(peaks[500], 0.05);
+    EXPECT_EQ(*std::max_element(peaks.begin(), peaks.end()), 1);
 
-        const FilePath picture = folder / (name + ".png");
-        EXPECT_EQ(quillet({ path, "--png", picture }).errorOutput, "");
-        QImage image;
-        const std::string bytes = readBytes(picture);
-        ASSERT_TRUE(image.loadFromData(reinterpret_cast<const uchar*>(bytes.data()), static_cast<int>(bytes.size()), "PNG"));
-        const auto coloured = [&](int firstColumn, int endColumn) {
-            int count = 0;
-            for (int x = firstColumn; x < endColumn; ++x)
-                for (int y = 0; y < image.height(); ++y)
-                    count += image.pixelColor(x, y) != image.pixelColor(0, 0) ? 1 : 0;
-            return count;
-        };
-        EXPECT_GT(coloured(image.width() / 2 + 20, image.width()), 20 * coloured(0, image.width() / 2 - 20));
-    }
+    const FilePath picture = folder / "\xE9.png";
+    EXPECT_EQ(quillet({ path, "--png", picture }).errorOutput, "");
+    QImage image;
+    const std::string bytes = readBytes(picture);
+    ASSERT_TRUE(image.loadFromData(reinterpret_cast<const uchar*>(bytes.data()), static_cast<int>(bytes.size()), "PNG"));
+    const auto coloured = [&](int firstColumn, int endColumn) {
+        int count = 0;
+        for (int x = firstColumn; x < endColumn; ++x)
+            for (int y = 0; y < image.height(); ++y)
+                count += image.pixelColor(x, y) != image.pixelColor(0, 0) ? 1 : 0;
+        return count;
+    };
+    EXPECT_GT(coloured(image.width() / 2 + 20, image.width()), 20 * coloured(0, image.width() / 2 - 20));
 }
 
 TEST_F(Waveform, BadInputIsOneSentenceAndLeavesNoPicture)
 {
-    const FilePath path = song("a.wav", {});
+    const FilePath path = song("a.wav");
     writeBytes(folder / "text.mp3", "Buy milk.\n");
     struct Case {
         std::vector<std::string> arguments;
@@ -85,7 +74,6 @@ TEST_F(Waveform, BadInputIsOneSentenceAndLeavesNoPicture)
              { { folder / "gone.wav" }, 1, "does not exist" },
              { { folder / "text.mp3", "--png", folder / "text.png" }, 1, "not an audio file" },
              { { path, "--png", folder / "no" / "such.png" }, 1, "its folder does not exist" },
-             { { path, "--png", folder.path() }, 1, "it is a folder" },
              { { path, "--png", folder / "a.png", "--json" }, 2, "--json" },
              { {}, 2, "IN" },
          }) {

@@ -1,5 +1,6 @@
 #include "app/export/WavWriter.h"
 #include "app/export/WavHeader.h"
+#include "tests/support/AudioFixtures.h"
 #include "tests/support/Command.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -41,21 +42,6 @@ std::vector<std::string> namesIn(const FilePath& folder)
     return names;
 }
 
-std::string contentOf(const FilePath& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return { std::istreambuf_iterator<char>(file), {} };
-}
-
-std::vector<float> decodedByFfmpeg(const FilePath& path)
-{
-    const CommandResult decoded = runCommand({ "ffmpeg", "-v", "fatal", "-i", path, "-f", "f32le", "-c:a", "pcm_f32le", "-" });
-    EXPECT_EQ(decoded.status, 0);
-    std::vector<float> samples(decoded.output.size() / sizeof(float));
-    std::memcpy(samples.data(), decoded.output.data(), samples.size() * sizeof(float));
-    return samples;
-}
-
 std::string probed(const FilePath& path)
 {
     return runCommand({ "ffprobe", "-v", "error", "-show_entries", "stream=codec_name,sample_rate,channels,duration_ts", "-of",
@@ -74,25 +60,21 @@ void writeInBlocks(WavWriter& writer, std::span<const float> samples)
 
 TEST(WavWriter, AnotherProgramReadsEverySampleAsItWas)
 {
-    for (const int sampleRate : { 8000, 44100, 192000 }) {
-        for (const std::size_t count : { 0UL, 2UL, 100'002UL }) {
-            SCOPED_TRACE(std::to_string(sampleRate) + " Hz, " + std::to_string(count) + " samples");
-            const TemporaryFolder folder;
-            const FilePath target = folder / "naïve \xff name.wav";
-            const std::vector<float> samples = difficultSamples(count);
-            auto writer = WavWriter::create(target, sampleRate);
-            ASSERT_TRUE(writer);
-            writeInBlocks(**writer, samples);
-            ASSERT_TRUE((*writer)->finish());
-            EXPECT_EQ((*writer)->framesWritten(), static_cast<std::int64_t>(count / 2));
-            if (count > 0) {
-                EXPECT_EQ(decodedByFfmpeg(target), samples);
-            }
-            EXPECT_EQ(probed(target),
-                      "pcm_f32le\n" + std::to_string(sampleRate) + "\n2\n" + (count > 0 ? std::to_string(count / 2) : "N/A")
-                          + "\n");
-            EXPECT_EQ(contentOf(target).size(), wavHeaderSize + count * sizeof(float));
-        }
+    for (const auto& [sampleRate, count] : { std::pair(8000, 0UL), { 44100, 2UL }, { 192000, 100'002UL } }) {
+        SCOPED_TRACE(count);
+        const TemporaryFolder folder;
+        const FilePath target = folder / "naïve \xff name.wav";
+        const std::vector<float> samples = difficultSamples(count);
+        auto writer = WavWriter::create(target, sampleRate);
+        ASSERT_TRUE(writer);
+        writeInBlocks(**writer, samples);
+        ASSERT_TRUE((*writer)->finish());
+        EXPECT_EQ((*writer)->framesWritten(), static_cast<std::int64_t>(count / 2));
+        EXPECT_EQ(decodeWithFfmpeg(target), samples);
+        EXPECT_EQ(probed(target),
+                  "pcm_f32le\n" + std::to_string(sampleRate) + "\n2\n" + (count > 0 ? std::to_string(count / 2) : "N/A")
+                      + "\n");
+        EXPECT_EQ(readBytes(target).size(), wavHeaderSize + count * sizeof(float));
     }
 }
 
@@ -127,10 +109,10 @@ TEST(WavWriter, NothingAppearsUnderTheNameBeforeTheEnd)
         ASSERT_TRUE((*writer)->write(difficultSamples(1000)));
         EXPECT_TRUE(std::filesystem::exists((*writer)->temporaryPath()));
         EXPECT_EQ((*writer)->temporaryPath().parent_path(), folder.path());
-        EXPECT_EQ(contentOf(target), "old");
+        EXPECT_EQ(readBytes(target), "old");
     }
     EXPECT_THAT(namesIn(folder.path()), testing::ElementsAre("out.wav"));
-    EXPECT_EQ(contentOf(target), "old");
+    EXPECT_EQ(readBytes(target), "old");
 
     std::filesystem::create_symlink("out.wav", folder / "link.wav");
     auto writer = WavWriter::create(folder / "link.wav", 44100);
@@ -138,7 +120,7 @@ TEST(WavWriter, NothingAppearsUnderTheNameBeforeTheEnd)
     ASSERT_TRUE((*writer)->write(difficultSamples(1000)));
     ASSERT_TRUE((*writer)->finish());
     EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.wav"));
-    EXPECT_EQ(decodedByFfmpeg(target), difficultSamples(1000));
+    EXPECT_EQ(decodeWithFfmpeg(target), difficultSamples(1000));
     EXPECT_EQ(std::filesystem::status(target).permissions(), std::filesystem::perms(0640));
     EXPECT_THAT(namesIn(folder.path()), testing::UnorderedElementsAre("out.wav", "link.wav"));
 }
@@ -202,7 +184,7 @@ TEST(WavWriter, APipeIsWrittenToDirectly)
         writeInBlocks(**writer, samples);
         EXPECT_TRUE((*writer)->finish());
     });
-    EXPECT_EQ(decodedByFfmpeg(pipe), samples);
+    EXPECT_EQ(decodeWithFfmpeg(pipe), samples);
     producer.join();
     EXPECT_TRUE(std::filesystem::is_fifo(pipe));
     EXPECT_THAT(namesIn(folder.path()), testing::ElementsAre("pipe"));

@@ -116,10 +116,14 @@ TEST(AudioEngineStems, LeavingThemReturnsToTheFileAndStops)
     EXPECT_TRUE(rig.player().isSounding);
 }
 
-TEST(AudioEngineStems, EnteringThemAgainTakesTheNewOnes)
+TEST(AudioEngineStems, EnteringThemStopsWhatPlaysAndTakesTheNewOnes)
 {
     StemRig rig;
+    rig.playRegion();
     rig.enter(rig.stems);
+    rig.complete();
+    rig.scheduler.advance(1);
+    EXPECT_EQ(rig.stem(0).scheduleCount, 0);
     rig.playRegion();
     rig.enter(std::span(rig.stems).last(1));
     EXPECT_FALSE(rig.state->isPlaying);
@@ -134,16 +138,6 @@ TEST(AudioEngineStems, TheFileIsHeardIfNoStemCanBeOpened)
     EXPECT_EQ(rig.graph.playersHeard(), Indices{ 0 });
     rig.playRegion();
     EXPECT_TRUE(rig.player().isSounding);
-}
-
-TEST(AudioEngineStems, TheEndOfTheFilesSegmentStartsNothingOnceTheStemsAreThere)
-{
-    StemRig rig;
-    rig.playRegion();
-    rig.enter(rig.stems);
-    rig.complete();
-    rig.scheduler.advance(1);
-    EXPECT_EQ(rig.stem(0).scheduleCount, 0);
 }
 
 }  // namespace

@@ -92,11 +92,11 @@ TEST(AudioEngine, ReportsThePlayHeadUpToTheRegionsEndOrTheHeldWindows)
 
 TEST(AudioEngine, ThePlayHeadRestsOncePausedOrStopped)
 {
-    for (const bool pauses : { true, false }) {
+    for (void (AudioEngine::*end)() : { &AudioEngine::pause, &AudioEngine::stop }) {
         EngineRig rig;
         rig.playRegion();
         rig.player().sampleTime = 4800;
-        pauses ? rig.engine->pause() : rig.engine->stop();
+        (*rig.engine.*end)();
         rig.scheduler.advance(1);
         EXPECT_EQ(rig.state->position, -1);
         EXPECT_FALSE(rig.player().isSounding);
@@ -111,6 +111,241 @@ TEST(AudioEngine, GetsTheOutputReadyForTheFilesRateAndTheEqualiserOutOfTheWay)
     for (const int band : { -1, 3, 5 })
         rig.engine->setEQGain(-6.25, band);
     EXPECT_EQ(rig.engine->eq().gain(3), -6.25F);
+}
+
+// ---- What follows an end ----
+
+TEST(AudioEngineRepeat, ALoopWaitsForTheTailAndThePauseAtTheRegionsEnd)
+{
+    for (const double latency : { 0.0, 0.25 }) {
+        const double tail = latency > 0 ? latency : 0.02;
+        EngineRig rig;
+        rig.graph.latencySeconds = latency;
+        rig.state->delaySeconds = 1;
+        rig.state->delayMilliseconds = 250;
+        rig.playRegion();
+        rig.player().sampleTime = 95000;
+        rig.complete();
+        rig.scheduler.advance(tail - 0.001);
+        EXPECT_LT(rig.state->position, 4);
+        rig.scheduler.advance(0.001);
+        EXPECT_EQ(rig.state->position, 4);
+        rig.scheduler.advance(1.249);
+        EXPECT_EQ(rig.state->position, 4);
+        EXPECT_EQ(rig.player().scheduleCount, 1);
+        rig.scheduler.advance(0.001);
+        EXPECT_EQ(rig.player().scheduleCount, 2);
+        EXPECT_EQ(rig.player().segment, EngineRig::frames(2, 4));
+        EXPECT_TRUE(rig.state->isPlaying);
+    }
+}
+
+TEST(AudioEngineRepeat, ALoopAndAHeldWindowGoOnAfterTheTailOnceForEachEnd)
+{
+    for (const bool holds : { false, true }) {
+        EngineRig rig;
+        rig.state->hold = holds;
+        rig.state->holdAt = 5;
+        // A held window knows no pause, and repeats whatever the loop says.
+        rig.state->loop = !holds;
+        rig.state->delaySeconds = holds ? 3 : 0;
+        const double start = holds ? 5 : 2;
+        const double end = holds ? 5 + 0.08 : 4;
+        rig.engine->play(start, end);
+        for (int pass = 2; pass < 6; ++pass) {
+            rig.complete();
+            rig.scheduler.advance(0.01);
+            rig.complete();
+            rig.player().completions.front()();
+            EXPECT_EQ(rig.player().scheduleCount, pass - 1);
+            rig.scheduler.advance(0.01);
+            EXPECT_EQ(rig.player().scheduleCount, pass);
+            EXPECT_EQ(rig.player().segment, EngineRig::frames(start, end));
+            EXPECT_EQ(rig.player().isHeld, holds);
+            rig.scheduler.advance(0.03);
+            EXPECT_EQ(rig.player().scheduleCount, pass);
+        }
+        rig.engine->play(5, 6);
+        EXPECT_FALSE(rig.player().isHeld);
+    }
+}
+
+TEST(AudioEngineRepeat, WithoutLoopTheTransportRestsAtTheRegionsStart)
+{
+    EngineRig rig;
+    rig.state->loop = false;
+    rig.playRegion();
+    rig.player().sampleTime = 96000;
+    rig.complete();
+    rig.scheduler.advance(0.019);
+    EXPECT_TRUE(rig.state->isPlaying);
+    rig.scheduler.advance(5);
+    EXPECT_FALSE(rig.state->isPlaying);
+    EXPECT_EQ(rig.state->position, 2);
+    EXPECT_EQ(rig.player().scheduleCount, 1);
+}
+
+TEST(AudioEngineRepeat, EditsDuringThePauseAreHeardOnePassLater)
+{
+    EngineRig rig;
+    rig.state->delayMilliseconds = 500;
+    rig.playRegion();
+    rig.complete();
+    rig.state->start = 6;
+    rig.state->end = 7;
+    rig.state->delayMilliseconds = 0;
+    rig.state->loop = false;
+    rig.scheduler.advance(0.02);
+    EXPECT_EQ(rig.state->position, 4);
+    rig.scheduler.advance(0.499);
+    EXPECT_EQ(rig.player().scheduleCount, 1);
+    rig.scheduler.advance(0.001);
+    EXPECT_EQ(rig.player().segment, EngineRig::frames(2, 4));
+
+    rig.state->loop = true;
+    rig.complete();
+    rig.scheduler.advance(0.02);
+    EXPECT_EQ(rig.player().segment, EngineRig::frames(6, 7));
+}
+
+TEST(AudioEngineRepeat, WhatWaitsIsCalledOff)
+{
+    struct Case {
+        const char* by;
+        void (*action)(EngineRig&);
+        int expectedSchedules;
+    };
+    const Case cases[] = {
+        { "stop", [](EngineRig& rig) { rig.engine->stop(); }, 1 },
+        { "pause", [](EngineRig& rig) { rig.engine->pause(); }, 1 },
+        { "another segment", [](EngineRig& rig) { rig.engine->play(5, 6); }, 2 },
+        { "the end of the engine", [](EngineRig& rig) { rig.engine.reset(); }, 1 },
+    };
+    for (const Case& c : cases) {
+        for (const double waited : { 0.0, 0.01, 0.5 }) {
+            SCOPED_TRACE(testing::Message() << c.by << " after " << waited);
+            EngineRig rig;
+            rig.state->delaySeconds = 1;
+            rig.playRegion();
+            rig.complete();
+            rig.scheduler.advance(waited);
+            const double position = rig.state->position;
+            c.action(rig);
+            rig.scheduler.advance(3);
+            EXPECT_EQ(rig.player().scheduleCount, c.expectedSchedules);
+            EXPECT_EQ(rig.state->position, position);
+        }
+    }
+}
+
+TEST(AudioEngineRepeat, AnEndThatComesTooLateIsIgnored)
+{
+    EngineRig rig;
+    rig.playRegion();
+    const auto firstEnd = rig.player().completions.front();
+    rig.engine->play(5, 6);
+    firstEnd();
+    rig.scheduler.advance(1);
+    EXPECT_EQ(rig.player().segment, EngineRig::frames(5, 6));
+
+    const auto secondEnd = rig.player().completions.back();
+    rig.engine->stop();
+    secondEnd();
+    rig.scheduler.advance(1);
+    EXPECT_EQ(rig.player().scheduleCount, 2);
+
+    rig.playRegion();
+    rig.engine->pause();
+    rig.complete();
+    rig.scheduler.advance(1);
+    EXPECT_EQ(rig.player().scheduleCount, 3);
+
+    rig.playRegion();
+    const auto lastEnd = rig.player().completions.back();
+    rig.state.reset();
+    lastEnd();
+    rig.scheduler.advance(1);
+    EXPECT_EQ(rig.player().scheduleCount, 4);
+
+    rig.engine.reset();
+    lastEnd();
+}
+
+PassPlan planOf(FrameRange segment, double pauseSeconds, bool held)
+{
+    PlannedPass pass;
+    pass.segment = segment;
+    pass.pauseSeconds = pauseSeconds;
+    pass.held = held;
+    pass.times = PlannedPass::endless;
+    return { { pass }, std::nullopt };
+}
+
+TEST(AudioEngineRepeat, TellsTheGraphWhatFollowsAndKeepsItUpToDate)
+{
+    struct Case {
+        const char* name;
+        void (*change)(PlainPlaybackState&);
+        PassPlan expected;
+    };
+    const Case cases[] = {
+        { "loop", [](PlainPlaybackState&) {}, planOf(EngineRig::frames(2, 4), 0, false) },
+        { "moved region", [](PlainPlaybackState& state) { state.start = 3; }, planOf(EngineRig::frames(3, 4), 0, false) },
+        { "empty region", [](PlainPlaybackState& state) { state.end = 2; }, {} },
+        { "pause", [](PlainPlaybackState& state) { state.delaySeconds = 1, state.delayMilliseconds = 250; },
+          planOf(EngineRig::frames(2, 4), 1.25, false) },
+        { "no loop", [](PlainPlaybackState& state) { state.loop = false; }, {} },
+        { "hold",
+          [](PlainPlaybackState& state) {
+              state.hold = true;
+              state.holdAt = 5;
+              state.loop = false;
+              state.delaySeconds = 1;
+          },
+          planOf(EngineRig::frames(5, 5.08), 0, true) },
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EngineRig before;
+        c.change(*before.state);
+        before.engine->play(1, 2);
+        EXPECT_EQ(before.player().plan, c.expected);
+
+        EngineRig meanwhile;
+        meanwhile.engine->play(1, 2);
+        c.change(*meanwhile.state);
+        meanwhile.engine->nextSegmentDidChange();
+        EXPECT_EQ(meanwhile.player().plan, c.expected);
+
+        // After the end it is settled what follows, and it may sound already.
+        EngineRig ended;
+        ended.engine->play(1, 2);
+        ended.complete();
+        c.change(*ended.state);
+        ended.engine->nextSegmentDidChange();
+        EXPECT_EQ(ended.player().plan, planOf(EngineRig::frames(2, 4), 0, false));
+    }
+}
+
+TEST(AudioEngineRepeat, EndsAfterThePassesWantedHoweverLateItHearsOfThem)
+{
+    for (const std::int64_t heardOf : { 3, 5 }) {
+        SCOPED_TRACE(heardOf);
+        EngineRig rig;
+        rig.engine->setPassLimit(5);
+        rig.playRegion();
+        EXPECT_EQ(rig.player().plan.passLimit, 5);
+        rig.player().passesEnded = heardOf;
+        rig.complete();
+        EXPECT_EQ(rig.state->ends, heardOf == 5 ? 1 : 0);
+        // The last one ends before this thread is back.
+        rig.player().passesEnded = 5;
+        rig.scheduler.advance(1);
+        EXPECT_EQ(rig.player().scheduleCount, 1);
+        EXPECT_EQ(rig.state->ends, 1);
+        EXPECT_FALSE(rig.state->isPlaying);
+        EXPECT_FALSE(rig.player().isSounding);
+    }
 }
 
 }  // namespace

@@ -60,30 +60,17 @@ std::vector<float> expectedPeaks(const std::vector<float>& samples, std::size_t 
 
 TEST_F(WaveformGeneratorTest, PeaksAreTheMeanAmplitudesOfTheDecodedSound)
 {
-    struct Format {
-        const char* name;
-        int channels;
-        std::vector<std::string> arguments;
-    };
-    for (const Format& format : {
-             Format{ "wave.wav", 2, {} },
-             Format{ "mono.wav", 1, { "-c:a", "pcm_f32le" } },
-             Format{ "adpcm.wav", 2, { "-c:a", "adpcm_ima_wav" } },
-             Format{ "lossless.flac", 2, {} },
-             Format{ "song.mp3", 2, { "-b:a", "128k" } },
-             Format{ "song.m4a", 2, { "-c:a", "aac", "-aac_pns", "0" } },
-             Format{ "song.ogg", 2, { "-c:a", "libvorbis" } },
-             Format{ "song.opus", 1, { "-c:a", "libopus" } },
-         }) {
-        SCOPED_TRACE(format.name);
-        const FilePath path = m_folder / format.name;
-        encodeAudio(livelySignal(48'000, format.channels, 11.3), path, format.arguments);
+    // One format that is entered anywhere by arithmetic, one that needs its index, and one channel alone.
+    for (const auto& [name, channels] : { std::pair("wave.wav", 2), { "song.mp3", 2 }, { "song.opus", 1 } }) {
+        SCOPED_TRACE(name);
+        const FilePath path = m_folder / name;
+        encodeAudio(livelySignal(48'000, channels, 11.3), path, {});
         const Peaks sequential = extract(path, 1);
         ASSERT_TRUE(sequential);
         EXPECT_EQ(*std::ranges::max_element(*sequential), 1.0F);
         EXPECT_THAT(*sequential,
                     testing::Pointwise(testing::FloatNear(1e-4F),
-                                       expectedPeaks(decodeWithFfmpeg(path), static_cast<std::size_t>(format.channels))));
+                                       expectedPeaks(decodeWithFfmpeg(path), static_cast<std::size_t>(channels))));
         const Peaks parallel = extract(path, 3);
         ASSERT_TRUE(parallel);
         EXPECT_EQ(*parallel, *sequential);
@@ -95,16 +82,14 @@ TEST_F(WaveformGeneratorTest, PeaksAreTheMeanAmplitudesOfTheDecodedSound)
 
 TEST_F(WaveformGeneratorTest, ShortAndSilentFilesKeepTheirShape)
 {
-    const auto wav = [&](const char* name, const TestSignal& signal) {
-        writeBytes(m_folder / name, wavBytes(signal, WavSamples::signed16));
-        return m_folder / name;
-    };
-    const Peaks brief = extract(wav("brief.wav", { 44'100, 1, std::vector<float>(1500, 0.5F) }));
+    encodeAudio({ 44'100, 1, std::vector<float>(1500, 0.5F) }, m_folder / "brief.wav", {});
+    const Peaks brief = extract(m_folder / "brief.wav");
     ASSERT_TRUE(brief);
     EXPECT_EQ(brief->size(), 1500);
     EXPECT_EQ(m_lastMessage, "Generating waveform... 75%");
 
-    const Peaks silent = extract(wav("silent.wav", { 44'100, 2, std::vector<float>(2 * 4001, 0.0F) }));
+    encodeAudio({ 44'100, 2, std::vector<float>(2 * 4001, 0.0F) }, m_folder / "silent.wav", {});
+    const Peaks silent = extract(m_folder / "silent.wav");
     ASSERT_TRUE(silent);
     EXPECT_EQ(silent->size(), 2001) << "2000 buckets of two frames, and the one that is left";
     EXPECT_THAT(*silent, Each(0.0F));
@@ -118,7 +103,7 @@ TEST_F(WaveformGeneratorTest, FilesWithoutSoundAreRefusedByKind)
     };
     runFfmpeg({ "-f", "lavfi", "-i", "testsrc2=d=0.2:s=64x48", "-c:v", "mpeg4", m_folder / "film.mp4" });
     EXPECT_EQ(errorOf(m_folder / "film.mp4"), WaveformError::noAudioTrack);
-    writeBytes(m_folder / "empty.wav", wavBytes({ 44'100, 2, {} }, WavSamples::signed16));
+    encodeAudio({ 44'100, 2, {} }, m_folder / "empty.wav", {});
     EXPECT_EQ(errorOf(m_folder / "empty.wav"), WaveformError::readFailed);
     EXPECT_EQ(errorOf(m_folder / "gone.wav"), WaveformError::unreadableFile);
 }
@@ -126,7 +111,7 @@ TEST_F(WaveformGeneratorTest, FilesWithoutSoundAreRefusedByKind)
 TEST_F(WaveformGeneratorTest, FileCutShortWhileItIsReadIsSilentFromThere)
 {
     const FilePath path = m_folder / "cut.wav";
-    writeBytes(path, wavBytes({ 44'100, 1, std::vector<float>(400'000, 0.5F) }, WavSamples::signed16));
+    encodeAudio({ 44'100, 1, std::vector<float>(400'000, 0.5F) }, path, {});
     const Peaks peaks = WaveformGenerator::extract({ m_opener, 1, {} }, path, [&](double fraction, const std::string&) {
         if (fraction == 0.25)
             std::filesystem::resize_file(path, 400'000);
@@ -140,7 +125,7 @@ TEST_F(WaveformGeneratorTest, FileCutShortWhileItIsReadIsSilentFromThere)
 TEST_F(WaveformGeneratorTest, EndOfTheProgramCallsItOff)
 {
     const FilePath path = m_folder / "long.wav";
-    writeBytes(path, wavBytes({ 44'100, 1, std::vector<float>(100'000, 0.5F) }, WavSamples::signed16));
+    encodeAudio({ 44'100, 1, std::vector<float>(100'000, 0.5F) }, path, {});
     std::stop_source programEnds;
     int calls = 0;
     const Peaks peaks =

@@ -23,7 +23,6 @@ struct Bench {
     int openSubstitutes = 0;
     int preferredRate = 48000;
     int sampleRate = 0;
-    int mostOpenAtOnce = 0;
     WakeSemaphore* died = nullptr;
 
     template <typename Condition> bool waitFor(Condition condition)
@@ -35,9 +34,8 @@ struct Bench {
 
 class BenchDevice final : public OutputDevice {
 public:
-    BenchDevice(Bench& bench, int Bench::* openCount, bool isReal)
+    BenchDevice(Bench& bench, bool isReal)
         : m_bench(bench),
-          m_openCount(openCount),
           m_isReal(isReal)
     {
     }
@@ -50,9 +48,8 @@ public:
         std::vector<float> block(8);
         callback.render(block);
         m_open = true;
-        ++(m_bench.*m_openCount);
+        ++openCount();
         m_bench.sampleRate = sampleRate > 0 ? sampleRate : m_bench.preferredRate;
-        m_bench.mostOpenAtOnce = std::max(m_bench.mostOpenAtOnce, m_bench.openDevices + m_bench.openSubstitutes);
         if (m_isReal)
             m_bench.died = &died;
         m_bench.changed.notify_all();
@@ -64,7 +61,7 @@ public:
         const std::scoped_lock held(m_bench.lock);
         if (!std::exchange(m_open, false))
             return;
-        --(m_bench.*m_openCount);
+        --openCount();
         m_bench.changed.notify_all();
     }
 
@@ -77,8 +74,9 @@ public:
     double latencySeconds() override { return m_isReal ? 0.03 : 0.01; }
 
 private:
+    int& openCount() { return m_isReal ? m_bench.openDevices : m_bench.openSubstitutes; }
+
     Bench& m_bench;
-    int Bench::* m_openCount;
     bool m_isReal;
     bool m_open = false;
 };
@@ -93,8 +91,7 @@ struct DeviceOutputTest : testing::Test {
     Silence callback;
     VirtualScheduler scheduler;
     std::vector<AudioOutput::State> told;
-    DeviceOutput output{ std::make_unique<BenchDevice>(bench, &Bench::openDevices, true),
-                         std::make_unique<BenchDevice>(bench, &Bench::openSubstitutes, false), scheduler };
+    DeviceOutput output{ std::make_unique<BenchDevice>(bench, true), std::make_unique<BenchDevice>(bench, false), scheduler };
 
     void start()
     {

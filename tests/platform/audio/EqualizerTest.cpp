@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
 #include <limits>
 #include <numbers>
 #include <vector>
@@ -45,19 +44,6 @@ std::vector<float> moved(double hertz, int rate, double fromDb, double toDb, std
     return stereo;
 }
 
-/// One bin of the whole, seen through a four-term Blackman-Harris window.
-double bin(std::span<const float> samples, double cyclesPerSample)
-{
-    std::complex<double> sum = 0;
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const double angle = 2 * pi * (static_cast<double>(i) + 0.5) / static_cast<double>(samples.size());
-        const double window =
-            0.35875 - 0.48829 * std::cos(angle) + 0.14128 * std::cos(2 * angle) - 0.01168 * std::cos(3 * angle);
-        sum += static_cast<double>(samples[i]) * window * std::polar(1.0, -2 * pi * cyclesPerSample * static_cast<double>(i));
-    }
-    return std::abs(sum);
-}
-
 TEST(Equalizer, MovingGainIsHeardNowhereButInItsTone)
 {
     struct Move {
@@ -66,11 +52,11 @@ TEST(Equalizer, MovingGainIsHeardNowhereButInItsTone)
     for (const int rate : { 8000, 44100 })
         for (const Move& move : { Move{ 1000, 0, 12 }, Move{ 440, 12, 0 }, Move{ 1000, -12, 12 } }) {
             const auto heard = channelOf(moved(move.hertz, rate, move.fromDb, move.toDb, 64), 0);
-            const double level = bin(heard, move.hertz / rate);
+            const double level = toneSize(heard, move.hertz / rate);
             double away = 0;
             for (int hertz = 20; hertz < 3000; hertz += 20)
                 if (std::abs(hertz - move.hertz) >= 100)
-                    away = std::max(away, bin(heard, static_cast<double>(hertz) / rate));
+                    away = std::max(away, toneSize(heard, static_cast<double>(hertz) / rate));
             EXPECT_LT(20 * std::log10(away / level), -65) << rate << " " << move.hertz;
         }
 }

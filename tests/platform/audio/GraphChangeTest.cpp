@@ -1,13 +1,13 @@
 // What changes while it plays: places, joints, plans, blocks and rates, on both channels, with a main thread that may be late.
 
-#include "tests/platform/audio/PacedRig.h"
+#include "tests/platform/audio/GraphRigs.h"
 #include "tests/support/ChirpTracker.h"
 #include "tests/support/SignalAnalysis.h"
 
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <mutex>
+#include <chrono>
+#include <future>
 #include <numbers>
 #include <random>
 
@@ -34,11 +34,6 @@ std::shared_ptr<MemoryAudioFile> toneThen(double seconds, double changeSeconds, 
     return std::make_shared<MemoryAudioFile>(44100, static_cast<std::int64_t>(44100 * seconds), [=](double t) {
         return 0.5 * std::sin(2 * pi * (t < changeSeconds ? firstHz : thenHz) * t);
     });
-}
-
-std::span<const float> part(const std::vector<float>& samples, std::int64_t first, std::int64_t count)
-{
-    return std::span(samples).subspan(static_cast<std::size_t>(first), static_cast<std::size_t>(count));
 }
 
 /// Frames in which a tone of `hertz` is most of what is heard, in steps of 4 ms.
@@ -92,19 +87,7 @@ TEST(GraphChange, AnotherDeviceRateLeavesNoImagesAndEveryFrameInItsPlace)
     rig.play(tone, { 0, tone->length() });
     rig.pullSeconds(1.5);
     const auto steady = part(rig.left, 24000, 32768);
-    const auto levelAt = [&](double hertz) {
-        double cosine = 0;
-        double sine = 0;
-        for (std::size_t i = 0; i < steady.size(); ++i) {
-            // Blackman-Harris: its side lobes lie below what is looked for.
-            const double x = 2 * pi * static_cast<double>(i) / static_cast<double>(steady.size());
-            const double window = 0.35875 - 0.48829 * std::cos(x) + 0.14128 * std::cos(2 * x) - 0.01168 * std::cos(3 * x);
-            const double value = static_cast<double>(steady[i]) * window;
-            cosine += value * std::cos(2 * pi * hertz * static_cast<double>(i) / 48000);
-            sine += value * std::sin(2 * pi * hertz * static_cast<double>(i) / 48000);
-        }
-        return 20 * std::log10(std::hypot(cosine, sine));
-    };
+    const auto levelAt = [&](double hertz) { return 20 * std::log10(toneSize(steady, hertz / 48000)); };
     EXPECT_LT(levelAt(48000 - (44100 - 15000)) - levelAt(15000), -110);
 
     // However it is entered, a click is where it belongs.
@@ -143,10 +126,7 @@ TEST(GraphChange, EveryBlockSizeOfADevicePlaysWithoutADropOut)
 
 TEST(GraphChange, WhereFramesAreMissingOnlyTheLastMillisecondsFadeAndNothingIsLost)
 {
-    std::mt19937 random(3);
-    std::uniform_real_distribution<float> value(-0.9F, 0.9F);
-    std::vector<float> noise(2 * 44100);
-    std::ranges::generate(noise, [&] { return value(random); });
+    const auto noise = whiteNoise(2 * 44100, 0.9F);
     const auto file = std::make_shared<MemoryAudioFile>(44100, noise);
     PacedRig rig(64);
     rig.play(file, { 0, file->length() });
@@ -156,8 +136,7 @@ TEST(GraphChange, WhereFramesAreMissingOnlyTheLastMillisecondsFadeAndNothingIsLo
     rig.output.pullAtOnce(block);
     EXPECT_EQ(rig.graph.underruns(), 1);
     const auto starved = channelOf(block, 0);
-    const auto last = std::find_if(starved.rbegin(), starved.rend(), [](float s) { return s != 0; });
-    const std::int64_t sounding = starved.rend() - last;
+    const std::int64_t sounding = soundingLength(starved);
     ASSERT_GT(sounding, 1800) << "what there was is heard";
     const std::int64_t first = findIn(std::span(song).first(12000), part(starved, 0, 100)).offset;
     for (std::int64_t i = 0; i < sounding - 200; ++i)
@@ -216,8 +195,7 @@ TEST(GraphChange, ALoopThatIsSwitchedOffEndsWithItsPassHoweverLateTheMainThreadI
             rig.waitUntilReady();
             rig.pull(std::max<std::int64_t>(0, before) + half);
             EXPECT_EQ(rig.completions, 1);
-            const auto last = std::find_if(rig.left.rbegin(), rig.left.rend(), [](float s) { return s != 0; });
-            const std::int64_t length = rig.left.rend() - last - Limiter::delayFrames;
+            const std::int64_t length = soundingLength(rig.left) - Limiter::delayFrames;
             const std::int64_t expected = before > 600 ? end : std::max(end, end - before + 560);
             EXPECT_NEAR(static_cast<double>(length), static_cast<double>(expected), before > 600 ? 4 / rate : 580);
             std::vector<float> tail(rig.left.end() - half, rig.left.end());
@@ -258,8 +236,7 @@ TEST(GraphChange, PassesOfOtherSpeedsBeginExactlyAtTheJoint)
     rig.pullSeconds(3.2);
     const auto first = firstSound(rig.left);
     ASSERT_TRUE(first);
-    const auto last = std::find_if(rig.left.rbegin(), rig.left.rend(), [](float s) { return s != 0; });
-    EXPECT_NEAR(static_cast<double>(rig.left.rend() - last - *first), 22050 * (2 + 1 + 0.5 + 1 / 0.75), 40);
+    EXPECT_NEAR(static_cast<double>(soundingLength(rig.left) - *first), 22050 * (2 + 1 + 0.5 + 1 / 0.75), 40);
     EXPECT_LT(longestHole(rig.left, *first, *first + 22050 * 4), 60);
 }
 
@@ -281,8 +258,7 @@ TEST(GraphChange, APassKeepsItsSpeedWhenWhatFollowsItIsChanged)
     rig.pull(44100 * 2);
     const auto first = firstSound(rig.left);
     ASSERT_TRUE(first);
-    const auto last = std::find_if(rig.left.rbegin(), rig.left.rend(), [](float s) { return s != 0; });
-    EXPECT_NEAR(static_cast<double>(rig.left.rend() - last - *first), 44100 + 11025, 60);
+    EXPECT_NEAR(static_cast<double>(soundingLength(rig.left) - *first), 44100 + 11025, 60);
 }
 
 TEST(GraphChange, ThePlayHeadIsTrueThroughChangesOfSpeedAndTheRegionsEndIsHeard)
@@ -414,40 +390,29 @@ TEST(GraphChange, TheDeviceRestsHalfAMinuteAfterTheEndAndAfterAPause)
 
 TEST(GraphChange, AReadThatNeverReturnsDoesNotHoldUpTheEnd)
 {
-    struct Gate {
-        std::mutex lock;
-        std::condition_variable opened;
-        bool isOpen = false;
-        bool isReading = false;
-    };
     struct StuckFile final : AudioFile {
-        std::shared_ptr<Gate> gate = std::make_shared<Gate>();
+        std::promise<void> reading, ended;
+        std::shared_future<void> end = ended.get_future().share();
         [[nodiscard]] std::int64_t length() const override { return 44100; }
         [[nodiscard]] int sampleRate() const override { return 44100; }
         [[nodiscard]] int channelCount() const override { return 2; }
         [[nodiscard]] std::int64_t readErrors() const override { return 0; }
         [[nodiscard]] std::int64_t read(std::int64_t, std::span<float>) override
         {
-            const auto kept = gate;
-            std::unique_lock held(kept->lock);
-            kept->isReading = true;
-            kept->opened.notify_all();
-            kept->opened.wait(held, [&] { return kept->isOpen; });
+            if (end.wait_for(std::chrono::seconds(0)) == std::future_status::timeout)
+                reading.set_value();
+            end.wait();
             return 0;
         }
     };
     const auto file = std::make_shared<StuckFile>();
-    const auto gate = file->gate;
     {
         PacedRig rig;
         rig.play(file, { 0, 44100 });
-        std::unique_lock held(gate->lock);
-        gate->opened.wait(held, [&] { return gate->isReading; });
+        file->reading.get_future().wait();
     }
     // The test would hang before this line.
-    const std::scoped_lock held(gate->lock);
-    gate->isOpen = true;
-    gate->opened.notify_all();
+    file->ended.set_value();
 }
 
 }  // namespace

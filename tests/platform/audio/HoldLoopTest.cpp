@@ -57,14 +57,6 @@ double swingDb(std::span<const float> samples, int sampleRate)
     return 20 * std::log10(most / least);
 }
 
-double largestStep(std::span<const float> samples)
-{
-    double largest = 0;
-    for (std::size_t i = 1; i < samples.size(); ++i)
-        largest = std::max(largest, static_cast<double>(std::abs(samples[i] - samples[i - 1])));
-    return largest;
-}
-
 TEST(HoldLoop, ToneSoundsOnEvenlyAndInTuneAtAnyRate)
 {
     for (const int rate : { 8000, 44100, 192000 })
@@ -79,7 +71,7 @@ TEST(HoldLoop, ToneSoundsOnEvenlyAndInTuneAtAnyRate)
             for (const int channel : { 0, 1 }) {
                 const auto heard = repeated(loop, channel, rate);
                 EXPECT_LT(swingDb(heard, rate), 0.5) << rate << " " << hertz;
-                EXPECT_LT(largestStep(heard), 1.1 * largestStep(channelOf(around, channel))) << rate << " " << hertz;
+                EXPECT_LT(largestStep(heard), 1.1F * largestStep(channelOf(around, channel))) << rate << " " << hertz;
             }
             // Repeated, a tone has whole cycles in each pass.
             const double cycles = hertz * static_cast<double>(length) / rate;
@@ -110,7 +102,7 @@ TEST(HoldLoop, FilesBeginningAndEndHoldWhatThereIs)
 {
     constexpr int rate = 44100;
     const auto file = tone(443, rate, rate);
-    const double step = 1.1 * largestStep(channelOf(file, 0));
+    const float step = 1.1F * largestStep(channelOf(file, 0));
     // No frames ahead of the window.
     const auto begin = loopOf(file, 0, rate, holdLoopLength(file, 0, rate));
     EXPECT_LT(largestStep(repeated(begin, 0, rate)), step);

@@ -6,23 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <complex>
 #include <numbers>
 #include <random>
 #include <vector>
 
 namespace quillet {
 namespace {
-
-std::vector<float> noise(std::int64_t frames, float level)
-{
-    std::mt19937 random(3);
-    std::uniform_real_distribution<float> value(-level, level);
-    std::vector<float> stereo(static_cast<std::size_t>(2 * frames));
-    for (float& sample : stereo)
-        sample = value(random);
-    return stereo;
-}
 
 std::vector<float> limited(std::vector<float> stereo, bool engaged = true)
 {
@@ -43,9 +32,9 @@ std::int64_t transparentFrom(const std::vector<float>& heard, const std::vector<
 
 TEST(Limiter, OnlyDelaysWhatNeedsNoLimiting)
 {
-    const auto quiet = noise(44100, 1);
+    const auto quiet = whiteNoise(2 * 44100, 1.0F);
     EXPECT_EQ(transparentFrom(limited(quiet), quiet), Limiter::delayFrames);
-    const auto loud = noise(44100, 3);
+    const auto loud = whiteNoise(2 * 44100, 3.0F);
     EXPECT_EQ(transparentFrom(limited(loud, false), loud), Limiter::delayFrames);
 }
 
@@ -53,7 +42,7 @@ TEST(Limiter, NothingPassesFullScaleAndOnePeakIsOverWithinASecond)
 {
     std::mt19937 random(5);
     for (int round = 0; round < 20; ++round) {
-        auto source = noise(3 * 44100, 0.9F);
+        auto source = whiteNoise(2 * 3 * 44100, 0.9F);
         std::int64_t lastPeak = 0;
         for (int peaks = 0; peaks < 60; ++peaks) {
             const auto frame = static_cast<std::int64_t>(random() % 44100);
@@ -76,14 +65,7 @@ TEST(Limiter, BassKeepsItsShape)
             for (int i = 0; i < 2 * rate; ++i)
                 stereo.insert(stereo.end(), 2, static_cast<float>(2 * std::sin(2 * std::numbers::pi * hertz * i / rate)));
             const auto heard = channelOf(limited(stereo), 0);
-            const auto size = [&](double tried) {
-                std::complex<double> sum = 0;
-                for (int i = 0; i < rate; ++i)
-                    sum += static_cast<double>(heard[static_cast<std::size_t>(rate + i)])
-                        * (0.5 - 0.5 * std::cos(2 * std::numbers::pi * i / rate))
-                        * std::polar(1.0, -2 * std::numbers::pi * tried * i / rate);
-                return 4 * std::abs(sum) / rate;
-            };
+            const auto size = [&](double tried) { return toneSize(part(heard, rate, rate), tried / rate); };
             EXPECT_NEAR(size(hertz), 1, 0.01);
             for (const double away : { 2.0, 1.5, 3.0, 5.0 })
                 EXPECT_LT(20 * std::log10(size(away * hertz)), -65) << rate << " " << hertz << " × " << away;

@@ -23,9 +23,15 @@ protected:
         return file ? "" : describe(file.error(), path.filename());
     }
 
+    std::string wavOf(double seconds)
+    {
+        encodeAudio(livelySignal(8000, 1, seconds), m_folder / "made.wav", {});
+        return readBytes(m_folder / "made.wav");
+    }
+
     TemporaryFolder m_folder;
     FfmpegAudioFileOpener m_opener;
-    const std::string m_wav = wavBytes(livelySignal(8000, 1, 0.2), WavSamples::signed16);
+    const std::string m_wav = wavOf(0.2);
 };
 
 TEST_F(FfmpegAudioFileOpenerTest, EveryKindOfUselessFileIsNamed)
@@ -44,8 +50,7 @@ TEST_F(FfmpegAudioFileOpenerTest, EveryKindOfUselessFileIsNamed)
     EXPECT_EQ(complaint(m_folder / "link.mp3"), "“link.mp3” does not exist.");
 
     EXPECT_EQ(file("empty.mp3", ""), "“empty.mp3” is empty: there is no sound in it.");
-    EXPECT_EQ(file("silent.wav", wavBytes({ 44'100, 2, {} }, WavSamples::signed16)),
-              "“silent.wav” is empty: there is no sound in it.");
+    EXPECT_EQ(file("silent.wav", wavOf(0)), "“silent.wav” is empty: there is no sound in it.");
     for (const char* name : { "text.mp3", "text.wav", "text.m4a", "text.flac", "text.ogg", "text.aac", "text" })
         EXPECT_EQ(file(name, "Buy milk.\nThen practise.\n"), describe(AudioFileError::notAudio, name));
     EXPECT_EQ(file("noughts.mp3", std::string(100'000, '\0')), "“noughts.mp3” is not an audio file of a known kind.");

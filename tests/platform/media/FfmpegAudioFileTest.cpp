@@ -1,5 +1,4 @@
 #include "platform/media/FfmpegAudioFile.h"
-
 #include "platform/base/Require.h"
 #include "platform/media/FfmpegAmplitudeReader.h"
 #include "tests/support/AudioFixtures.h"
@@ -8,9 +7,14 @@
 
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
+#include <filesystem>
 #include <limits>
 #include <random>
 #include <string>
@@ -20,13 +24,14 @@ namespace quillet {
 namespace {
 
 constexpr double tooCoarseToTell = 0;
+const std::vector<std::string> aac{ "-c:a", "aac", "-aac_pns", "0", "-b:a", "160k" };
 
 struct Format {
     /// Sample rate, channels, what is special, container.
     const char* name;
     int sampleRate;
     int channels;
-    std::vector<std::string> arguments;
+    std::vector<std::string> arguments = {};
     /// Frames that encoder and container put before the source's first frame, and the likeness to the source that the encoding
     /// leaves.
     std::int64_t delay = 0;
@@ -39,7 +44,6 @@ std::ostream& operator<<(std::ostream& out, const Format& format) { return out <
 
 std::vector<Format> formats()
 {
-    const std::vector<std::string> aac{ "-c:a", "aac", "-aac_pns", "0", "-b:a", "160k" };
     const auto film = [&](const char* container, const std::vector<std::string>& audio) {
         std::vector<std::string> arguments{ "-f", "lavfi", "-i", "testsrc2=d=12:s=64x48:r=10", "-map", "0:a", "-map", "1:v" };
         arguments.insert(arguments.end(), audio.begin(), audio.end());
@@ -85,8 +89,7 @@ std::vector<Format> formats()
 
 std::unique_ptr<AudioFile> opened(const FilePath& path)
 {
-    FfmpegAudioFileOpener opener;
-    auto file = opener.open(path);
+    auto file = FfmpegAudioFileOpener().open(path);
     REQUIRE(file.has_value());
     return std::move(*file);
 }
@@ -94,8 +97,7 @@ std::unique_ptr<AudioFile> opened(const FilePath& path)
 std::vector<float> readFrames(AudioFile& file, std::int64_t first, std::int64_t count)
 {
     std::vector<float> stereo(static_cast<std::size_t>(2 * count));
-    const std::int64_t got = file.read(first, stereo);
-    stereo.resize(static_cast<std::size_t>(2 * got));
+    stereo.resize(static_cast<std::size_t>(2 * file.read(first, stereo)));
     return stereo;
 }
 
@@ -116,6 +118,23 @@ std::vector<float> slice(const std::vector<float>& stereo, std::int64_t first, s
     return { stereo.begin() + 2 * first, stereo.begin() + 2 * (first + count) };
 }
 
+/// What an AmplitudeReader should make of these frames, and how far it may be off: floats become integers in it.
+double amplitudeSum(const std::vector<float>& stereo, std::int64_t first, std::int64_t count)
+{
+    double sum = 0;
+    for (auto i = static_cast<std::size_t>(2 * first); i < static_cast<std::size_t>(2 * (first + count)); i += 2)
+        sum += std::abs(stereo[i] + stereo[i + 1]) / 2;
+    return sum;
+}
+double amplitudeTolerance(std::int64_t count) { return static_cast<double>(count) * 0x1p-23 + 1e-9; }
+
+/// The name of a case by its file's name.
+std::string caseName(std::string fileName)
+{
+    std::ranges::replace_if(fileName, [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+    return fileName;
+}
+
 void expectJumpsToAgree(AudioFile& file, const std::vector<float>& inOrder)
 {
     std::mt19937 random(3);
@@ -130,33 +149,50 @@ void expectJumpsToAgree(AudioFile& file, const std::vector<float>& inOrder)
     }
 }
 
-class EveryFormat : public testing::TestWithParam<Format> {
-protected:
-    TemporaryFolder m_folder;
-};
+void expectAmplitudesToAgree(const FilePath& path, const std::vector<float>& inOrder)
+{
+    const auto opening = FfmpegAmplitudeReaderOpener().open(path);
+    ASSERT_TRUE(opening);
+    AmplitudeReader& reader = **opening;
+    ASSERT_EQ(2 * reader.length(), std::ssize(inOrder));
+    for (const auto& [first, step] : { std::pair<std::int64_t, std::int64_t>(0, 3001), { reader.length() / 2 + 13, 10'000 } }) {
+        reader.enter(first);
+        for (std::int64_t begin = first; begin < reader.length(); begin += step) {
+            const std::int64_t frames = std::min(step, reader.length() - begin);
+            ASSERT_NEAR(reader.sum(frames), amplitudeSum(inOrder, begin, frames), amplitudeTolerance(frames)) << begin;
+        }
+    }
+    if (reader.entersAnywhere()) {
+        reader.enter(reader.length() / 3);
+        const double whole = reader.sum(9000);
+        reader.enter(reader.length() / 3);
+        const double first = reader.sum(4999);
+        EXPECT_EQ(first + reader.sum(4001), whole);
+    }
+}
+
+class EveryFormat : public testing::TestWithParam<Format> { };
 
 TEST_P(EveryFormat, ReadsAsDecodedFromTheStartWhereverEntered)
 {
     const Format& format = GetParam();
     const TestSignal source = livelySignal(format.sampleRate, format.channels, format.sampleRate > 100'000 ? 5 : 12);
-    const FilePath path = m_folder / format.name;
+    const TemporaryFolder folder;
+    const FilePath path = folder / format.name;
     encodeAudio(source, path, format.arguments);
 
     const auto file = opened(path);
     EXPECT_EQ(file->sampleRate(), format.sampleRate);
     EXPECT_EQ(file->channelCount(), format.channels);
     const std::vector<float> inOrder = readInOrder(*file);
-    ASSERT_EQ(static_cast<std::int64_t>(inOrder.size() / 2), file->length());
+    ASSERT_EQ(std::ssize(inOrder) / 2, file->length());
 
     const std::vector<float> decoded = decodeWithFfmpeg(path, format.decoderArguments);
-    ASSERT_EQ(file->length(), static_cast<std::int64_t>(decoded.size()) / format.channels);
-    if (format.channels == 2) {
-        EXPECT_TRUE(inOrder == decoded);
-    } else if (format.channels == 1) {
-        EXPECT_TRUE(channelOf(inOrder, 0) == decoded);
-        EXPECT_TRUE(channelOf(inOrder, 1) == decoded);
-    }
+    ASSERT_EQ(file->length(), std::ssize(decoded) / format.channels);
+    for (int channel = 0; channel < 2 && format.channels <= 2; ++channel)
+        EXPECT_TRUE(channelOf(inOrder, channel) == (format.channels == 2 ? channelOf(decoded, channel) : decoded));
     expectJumpsToAgree(*file, inOrder);
+    expectAmplitudesToAgree(path, inOrder);
 
     if (format.channels <= 2 && format.likeness != tooCoarseToTell) {
         constexpr std::int64_t slack = 2500;
@@ -173,47 +209,8 @@ TEST_P(EveryFormat, ReadsAsDecodedFromTheStartWhereverEntered)
     }
 }
 
-std::string nameOf(const testing::TestParamInfo<Format>& info)
-{
-    std::string name = info.param.name;
-    std::ranges::replace_if(name, [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
-    return name;
-}
-
-TEST_P(EveryFormat, AmplitudesAreThoseOfTheSoundWhereverEntered)
-{
-    const Format& format = GetParam();
-    const FilePath path = m_folder / format.name;
-    encodeAudio(livelySignal(format.sampleRate, format.channels, 4), path, format.arguments);
-    const std::vector<float> inOrder = readInOrder(*opened(path));
-    const auto opening = FfmpegAmplitudeReaderOpener().open(path);
-    ASSERT_TRUE(opening);
-    AmplitudeReader& reader = **opening;
-    ASSERT_EQ(2 * reader.length(), static_cast<std::int64_t>(inOrder.size()));
-
-    const auto expectSums = [&](std::int64_t first, std::int64_t step) {
-        reader.enter(first);
-        for (std::int64_t begin = first; begin < reader.length(); begin += step) {
-            const std::int64_t frames = std::min(step, reader.length() - begin);
-            double expected = 0;
-            for (std::int64_t i = 2 * begin; i < 2 * (begin + frames); i += 2)
-                expected += std::abs(inOrder[static_cast<std::size_t>(i)] + inOrder[static_cast<std::size_t>(i + 1)]) / 2;
-            // What is left out when floats become integers.
-            ASSERT_NEAR(reader.sum(frames), expected, static_cast<double>(frames) * 0x1p-23 + 1e-9) << "from " << begin;
-        }
-    };
-    expectSums(0, 3001);
-    expectSums(reader.length() / 2 + 13, 10'000);
-    if (reader.entersAnywhere()) {
-        reader.enter(reader.length() / 3);
-        const double whole = reader.sum(9000);
-        reader.enter(reader.length() / 3);
-        const double first = reader.sum(4999);
-        EXPECT_EQ(first + reader.sum(4001), whole);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Formats, EveryFormat, testing::ValuesIn(formats()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Formats, EveryFormat, testing::ValuesIn(formats()),
+                         [](const auto& format) { return caseName(format.param.name); });
 
 // Each container channel alone: what of it reaches the left and the right.
 TEST(ChannelsTest, SurroundIsMixedToItsSidesWithoutClipping)
@@ -226,7 +223,7 @@ TEST(ChannelsTest, SurroundIsMixedToItsSidesWithoutClipping)
         for (std::int64_t channel = 0; channel < channels; ++channel)
             if (frame / framesEach == channel || frame / framesEach == channels)
                 source.samples.at(frame * channels + channel) = 1;
-    writeBytes(folder / "48000-6.wav", wavBytes(source, WavSamples::float32));
+    encodeAudio(source, folder / "48000-6.wav", { "-c:a", "pcm_f32le" });
     const auto file = opened(folder / "48000-6.wav");
     const auto levels = [&](std::int64_t channel) {
         const auto stereo = readFrames(*file, channel * framesEach + framesEach / 2, 1);
@@ -281,33 +278,28 @@ TEST(DamageTest, SoundBehindADamagedPlaceKeepsItsPlace)
 TEST(DamageTest, TruncatedFileIsAsLongAsWhatDecodes)
 {
     const TemporaryFolder folder;
+    const auto cut = [](const FilePath& path, double part) {
+        std::filesystem::resize_file(path, static_cast<std::uintmax_t>(part * static_cast<double>(file_size(path))));
+    };
     const TestSignal source = livelySignal(44'100, 2, 12);
     for (const char* name : { "a.wav", "a.aiff", "a.flac", "a.mp3", "a.m4a", "a.ogg", "a.opus", "a.mka" }) {
         SCOPED_TRACE(name);
         const FilePath path = folder / name;
         encodeAudio(source, path, { "-aac_pns", "0", "-movflags", "+faststart" });
-        const std::string bytes = readBytes(path);
-        for (const double part : { 0.3, 0.55, 0.951 }) {
-            writeBytes(path,
-                       std::string_view(bytes).substr(0, static_cast<std::size_t>(part * static_cast<double>(bytes.size()))));
+        for (const double part : { 0.951, 0.58, 0.55 }) {
+            cut(path, part);
             const auto file = opened(path);
             const auto inOrder = readInOrder(*file);
-            EXPECT_EQ(file->length(), static_cast<std::int64_t>(decodeWithFfmpeg(path).size() / 2)) << part;
-            EXPECT_EQ(static_cast<std::int64_t>(inOrder.size() / 2), file->length()) << part;
+            EXPECT_EQ(file->length(), std::ssize(decodeWithFfmpeg(path)) / 2) << part;
+            EXPECT_EQ(file->length(), std::ssize(inOrder) / 2) << part;
             expectJumpsToAgree(*file, inOrder);
         }
     }
-}
-
-// An index of minutes, and sound for one: the end is found by search, far from where the index has it.
-TEST(DamageTest, EndOfAMuchTruncatedFileIsFound)
-{
-    const TemporaryFolder folder;
+    // An index of minutes, and sound for one: the end is found by search, far from where the index has it.
     const FilePath path = folder / "8000-1.m4a";
     encodeAudio(livelySignal(8000, 1, 150), path, { "-c:a", "aac", "-aac_pns", "0", "-movflags", "+faststart" });
-    const std::string bytes = readBytes(path);
-    writeBytes(path, std::string_view(bytes).substr(0, bytes.size() / 3));
-    EXPECT_EQ(opened(path)->length(), static_cast<std::int64_t>(decodeWithFfmpeg(path).size()));
+    cut(path, 1.0 / 3);
+    EXPECT_EQ(opened(path)->length(), std::ssize(decodeWithFfmpeg(path)));
 }
 
 TEST(DamageTest, SamplesThatAreNoNumbersReadAsSilence)
@@ -317,10 +309,139 @@ TEST(DamageTest, SamplesThatAreNoNumbersReadAsSilence)
     source.samples[500] = std::numeric_limits<float>::quiet_NaN();
     source.samples[501] = std::numeric_limits<float>::infinity();
     source.samples[502] = -1e30F;
-    writeBytes(folder / "44100-2-f32.wav", wavBytes(source, WavSamples::float32));
+    encodeAudio(source, folder / "44100-2-f32.wav", { "-c:a", "pcm_f32le" });
     const auto file = opened(folder / "44100-2-f32.wav");
     EXPECT_THAT(readFrames(*file, 250, 2), testing::ElementsAre(0, 0, 0, 1.5F));
 }
+
+constexpr std::int64_t blockFrames = 3001;
+
+/// As long as it lives, every read of an open file fails. The refusals are real: in place of the file, its descriptor is given
+/// one whose reads the system answers with EIO (this process's own memory, at addresses where there is none).
+class FailingDisk {
+public:
+    explicit FailingDisk(const FilePath& path)
+        : m_descriptor(descriptorOf(path)),
+          m_file(::fcntl(m_descriptor, F_DUPFD_CLOEXEC, 0))
+    {
+        const int memory = ::open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
+        REQUIRE(m_file >= 0 && memory >= 0 && ::dup2(memory, m_descriptor) == m_descriptor);
+        ::close(memory);
+    }
+    ~FailingDisk()
+    {
+        REQUIRE(::dup2(m_file, m_descriptor) == m_descriptor);
+        ::close(m_file);
+    }
+    FailingDisk(const FailingDisk&) = delete;
+    FailingDisk& operator=(const FailingDisk&) = delete;
+
+private:
+    static int descriptorOf(const FilePath& path)
+    {
+        for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+            if (std::error_code none; std::filesystem::read_symlink(entry, none) == std::filesystem::path(path.c_str()))
+                return std::stoi(entry.path().filename());
+        return -1;
+    }
+
+    int m_descriptor;
+    int m_file;
+};
+
+class DiskErrorTest : public testing::TestWithParam<Format> {
+protected:
+    DiskErrorTest()
+        : m_path(m_folder / GetParam().name)
+    {
+        encodeAudio(livelySignal(GetParam().sampleRate, 2, 20), m_path, GetParam().arguments);
+        m_expected = readInOrder(*opened(m_path));
+        // Without what that one remembers.
+        m_file = opened(m_path);
+    }
+
+    std::int64_t readBlock(std::int64_t first) { return m_file->read(first, m_block); }
+    [[nodiscard]] bool isExact(std::int64_t first) const { return m_block == slice(m_expected, first, blockFrames); }
+    /// Exact up to some frame, and silent from there on.
+    [[nodiscard]] bool isExactThenSilent(std::int64_t first) const
+    {
+        std::size_t end = m_block.size();
+        while (end > 0 && m_block[end - 1] == 0)
+            --end;
+        end = (end + 1) / 2 * 2;
+        return end < m_block.size()
+            && std::equal(m_block.begin(), m_block.begin() + static_cast<std::ptrdiff_t>(end), m_expected.begin() + 2 * first);
+    }
+
+    TemporaryFolder m_folder;
+    FilePath m_path;
+    std::vector<float> m_block = std::vector<float>(2 * blockFrames);
+    std::vector<float> m_expected;
+    std::unique_ptr<AudioFile> m_file;
+};
+
+// Reading on while the disk fails now and then, reading again what it refused, and a jump that it refuses.
+TEST_P(DiskErrorTest, WhatTheDiskRefusesIsSilentOnceAndExactAgain)
+{
+    const std::int64_t length = m_file->length();
+    std::int64_t refusedBlock = -1;
+    std::int64_t errors = 0;
+    for (std::int64_t first = 0; first + blockFrames <= length; first += blockFrames) {
+        const bool fails = first / blockFrames % 40 >= 25 && first / blockFrames % 40 < 38;
+        {
+            const auto disk = fails ? std::make_unique<FailingDisk>(m_path) : nullptr;
+            ASSERT_EQ(readBlock(first), blockFrames);
+        }
+        const bool refused = m_file->readErrors() > errors;
+        ASSERT_TRUE(refused ? isExactThenSilent(first) : isExact(first)) << "from " << first << ", " << errors << " errors";
+        ASSERT_FALSE(refused && !fails);
+        if (refused)
+            refusedBlock = first;
+        errors = m_file->readErrors();
+    }
+    ASSERT_GE(refusedBlock, 0) << "no read has failed";
+    ASSERT_EQ(readBlock(refusedBlock), blockFrames);
+    EXPECT_TRUE(isExact(refusedBlock)) << "silence was remembered";
+    EXPECT_EQ(m_file->readErrors(), errors);
+
+    const std::int64_t middle = length / 2;
+    {
+        const FailingDisk disk(m_path);
+        ASSERT_EQ(readBlock(middle), blockFrames);
+    }
+    EXPECT_TRUE(isExactThenSilent(middle)) << "a jump";
+    EXPECT_GT(m_file->readErrors(), errors);
+    ASSERT_EQ(readBlock(middle + 100), blockFrames);
+    EXPECT_TRUE(isExact(middle + 100));
+}
+
+TEST_P(DiskErrorTest, AmplitudesGoOnAfterWhatTheDiskRefuses)
+{
+    auto reader = FfmpegAmplitudeReaderOpener().open(m_path);
+    ASSERT_TRUE(reader);
+    m_file.reset();
+    (*reader)->enter(0);
+    const std::int64_t length = (*reader)->length();
+    const std::int64_t third = length / 3;
+    EXPECT_GT((*reader)->sum(third), 0);
+    {
+        const FailingDisk disk(m_path);
+        EXPECT_GE((*reader)->sum(third), 0);
+    }
+    // What one refusal costs may reach a little over.
+    EXPECT_GE((*reader)->sum(2 * GetParam().sampleRate), 0);
+    const std::int64_t first = 2 * third + 2 * GetParam().sampleRate;
+    EXPECT_NEAR((*reader)->sum(length - first), amplitudeSum(m_expected, first, length - first),
+                amplitudeTolerance(length - first));
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, DiskErrorTest,
+                         testing::Values(Format{ "a.wav", 44'100, 2 }, Format{ "a.mp3", 44'100, 2, { "-b:a", "128k" } },
+                                         Format{ "a.flac", 44'100, 2 }, Format{ "a.m4a", 44'100, 2, aac },
+                                         Format{ "a.ogg", 44'100, 2, { "-c:a", "libvorbis" } },
+                                         Format{ "a.mka", 44'100, 2, { "-c:a", "libvorbis" } },
+                                         Format{ "adpcm.wav", 44'100, 2, { "-c:a", "adpcm_ima_wav" } }),
+                         [](const auto& format) { return caseName(format.param.name); });
 
 }  // namespace
 }  // namespace quillet

@@ -1,5 +1,8 @@
-// What both schedulers promise, and what only the event loop's can show.
+// What both schedulers promise, and what only one of them can show; and work on threads beside them.
+#include "platform/base/Require.h"
+#include "platform/schedule/DueQueue.h"
 #include "platform/schedule/QtScheduler.h"
+#include "platform/schedule/ThreadRunner.h"
 #include "platform/schedule/VirtualScheduler.h"
 
 #include <gtest/gtest.h>
@@ -11,9 +14,13 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
+#include <cmath>
 #include <functional>
+#include <future>
 #include <memory>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace quillet {
@@ -68,6 +75,35 @@ protected:
     Scheduler& m_scheduler = m_clockwork.scheduler();
 
     bool runUntil(const std::function<bool()>& done) { return m_clockwork.runUntil(done); }
+    void runFor(double seconds)
+    {
+        bool ended = false;
+        const ScheduledTask end = m_scheduler.after(seconds, [&] { ended = true; });
+        ASSERT_TRUE(runUntil([&] { return ended; }));
+    }
+};
+
+/// A pipe with something in it.
+class FullPipe {
+public:
+    FullPipe() { REQUIRE(pipe(m_ends.data()) == 0 && write(m_ends[1], "abc", 3) == 3); }
+    ~FullPipe()
+    {
+        close(m_ends[0]);
+        close(m_ends[1]);
+    }
+    FullPipe(const FullPipe&) = delete;
+    FullPipe& operator=(const FullPipe&) = delete;
+
+    [[nodiscard]] int descriptor() const { return m_ends[0]; }
+    void take() const
+    {
+        char byte = 0;
+        REQUIRE(read(m_ends[0], &byte, 1) == 1);
+    }
+
+private:
+    std::array<int, 2> m_ends{};
 };
 
 using Clockworks = testing::Types<QtClockwork, VirtualClockwork>;
@@ -92,10 +128,11 @@ TYPED_TEST(SchedulerContract, RunsWhatIsDueInOrderAndNothingBeforeItsTime)
         EXPECT_GE(times[i] + 1e-9, 0.05 * delays[order[i]]);
 }
 
-TYPED_TEST(SchedulerContract, ACancelledDestroyedOrReplacedTaskDoesNotRun)
+TYPED_TEST(SchedulerContract, ACancelledDestroyedOrReplacedTaskDoesNotRunAndKeepsNothing)
 {
     int ran = 0;
-    const auto count = [&] { ++ran; };
+    const auto cargo = std::make_shared<int>();
+    const auto count = [&ran, cargo] { ++ran; };
     ScheduledTask cancelled = this->m_scheduler.after(0.001, count);
     cancelled.cancel();
     {
@@ -103,17 +140,16 @@ TYPED_TEST(SchedulerContract, ACancelledDestroyedOrReplacedTaskDoesNotRun)
     }
     ScheduledTask replaced = this->m_scheduler.after(0.001, count);
     replaced = this->m_scheduler.after(0.005, count);
-    bool ended = false;
-    const ScheduledTask end = this->m_scheduler.after(0.02, [&] { ended = true; });
-    ASSERT_TRUE(this->runUntil([&] { return ended; }));
+    EXPECT_EQ(cargo.use_count(), 3);
+    this->runFor(0.02);
     EXPECT_EQ(ran, 1);
+    EXPECT_EQ(cargo.use_count(), 2);
 }
 
 TYPED_TEST(SchedulerContract, AnActionMayEndItsOwnTaskAndOthersThatAreDueWithIt)
 {
     int ticks = 0;
     bool otherRan = false;
-    bool ended = false;
     const auto cargo = std::make_shared<int>(7);
     int cargoAfterwards = 0;
     ScheduledTask other;
@@ -126,8 +162,7 @@ TYPED_TEST(SchedulerContract, AnActionMayEndItsOwnTaskAndOthersThatAreDueWithIt)
         cargoAfterwards = *kept;
     });
     other = this->m_scheduler.after(0.05, [&] { otherRan = true; });
-    const ScheduledTask end = this->m_scheduler.after(0.1, [&] { ended = true; });
-    ASSERT_TRUE(this->runUntil([&] { return ended; }));
+    this->runFor(0.1);
     EXPECT_EQ(ticks, 3);
     EXPECT_FALSE(otherRan);
     EXPECT_EQ(cargoAfterwards, 7);
@@ -165,49 +200,31 @@ TYPED_TEST(SchedulerContract, PostedActionsRunOnTheMainThreadInTheirThreadsOrder
 
 TYPED_TEST(SchedulerContract, WatchesADescriptorUntilItsTaskEnds)
 {
-    std::array<int, 2> ends{};
-    ASSERT_EQ(pipe(ends.data()), 0);
-    int bytesRead = 0;
+    const FullPipe pipe;
+    int ran = 0;
     ScheduledTask watch;
-    watch = this->m_scheduler.watch(ends[0], [&] {
-        char byte = 0;
-        bytesRead += static_cast<int>(read(ends[0], &byte, 1));
-        if (bytesRead == 3)
+    watch = this->m_scheduler.watch(pipe.descriptor(), [&] {
+        pipe.take();
+        if (++ran == 2)
             watch.cancel();
     });
-    ASSERT_EQ(write(ends[1], "ab", 2), 2);
-    EXPECT_EQ(bytesRead, 0);
-    ASSERT_TRUE(this->runUntil([&] { return bytesRead == 2; }));
-    ASSERT_EQ(write(ends[1], "cde", 3), 3);
-    bool ended = false;
-    const ScheduledTask end = this->m_scheduler.after(0.02, [&] { ended = true; });
-    ASSERT_TRUE(this->runUntil([&] { return ended; }));
-    EXPECT_EQ(bytesRead, 3);
-    close(ends[0]);
-    close(ends[1]);
+    EXPECT_EQ(ran, 0);
+    this->runFor(0.02);
+    EXPECT_EQ(ran, 2);
 }
 
 TYPED_TEST(SchedulerContract, OneDescriptorsActionMayEndTheWatchOfAnother)
 {
-    std::array<std::array<int, 2>, 2> pipes{};
+    const std::array<FullPipe, 2> pipes;
     std::array<ScheduledTask, 2> watches;
     int ran = 0;
-    for (std::size_t i = 0; i < 2; ++i) {
-        ASSERT_EQ(pipe(pipes[i].data()), 0);
-        watches[i] = this->m_scheduler.watch(pipes[i][0], [&, i] {
-            char byte = 0;
-            ran += static_cast<int>(read(pipes[i][0], &byte, 1));
-            watches[1 - i].cancel();
+    for (std::size_t i = 0; i < 2; ++i)
+        watches[i] = this->m_scheduler.watch(pipes[i].descriptor(), [&] {
+            ++ran;
+            watches = {};
         });
-        ASSERT_EQ(write(pipes[i][1], "a", 1), 1);
-    }
-    bool ended = false;
-    const ScheduledTask end = this->m_scheduler.after(0.02, [&] { ended = true; });
-    ASSERT_TRUE(this->runUntil([&] { return ended; }));
+    this->runFor(0.02);
     EXPECT_EQ(ran, 1);
-    for (const auto& ends : pipes)
-        for (const int descriptor : ends)
-            close(descriptor);
 }
 
 TEST(QtScheduler, AnActionThatOpensALoopOfItsOwnDoesNotHoldUpTheOthers)
@@ -231,19 +248,72 @@ TEST(QtScheduler, AnActionThatOpensALoopOfItsOwnDoesNotHoldUpTheOthers)
     EXPECT_EQ(ticksInside, 3);
 }
 
-TEST(QtScheduler, AHandleMayOutliveIt)
+TEST(QtScheduler, HandlesMayOutliveIt)
 {
-    std::array<int, 2> ends{};
-    ASSERT_EQ(pipe(ends.data()), 0);
+    const FullPipe pipe;
     std::vector<ScheduledTask> handles;
     {
         QtClockwork clockwork;
         handles.push_back(clockwork.scheduler().every(1, [] { }));
-        handles.push_back(clockwork.scheduler().watch(ends[0], [] { }));
+        handles.push_back(clockwork.scheduler().watch(pipe.descriptor(), [] { }));
     }
     handles.clear();
-    close(ends[0]);
-    close(ends[1]);
+}
+
+TEST(VirtualScheduler, EverythingRunsAtItsOwnTimeWhateverTheSteps)
+{
+    for (const double step : { 0.05, 0.1, 0.001, 1.0 }) {
+        VirtualScheduler scheduler;
+        std::vector<double> times;
+        const auto note = [&] { times.push_back(std::round(scheduler.nowSeconds() * 1e6) / 1e6); };
+        ScheduledTask chained;
+        const ScheduledTask ticking = scheduler.every(0.25, note);
+        const ScheduledTask first = scheduler.after(0.3, [&] {
+            scheduler.post(note);
+            chained = scheduler.after(0.35, note);
+        });
+        while (scheduler.nowSeconds() < 0.9999)
+            scheduler.advance(step);
+        EXPECT_EQ(times, (std::vector{ 0.25, 0.3, 0.5, 0.65, 0.75, 1.0 })) << step;
+    }
+}
+
+TEST(DueQueue, ARepeatingTaskLeavesOutTheTurnsItMissedAndKeepsItsBeat)
+{
+    using Time = DueQueue::Nanoseconds;
+    for (const auto& [finishedAt, expectedNext] :
+         { std::pair<Time, Time>{ 100, 110 }, { 109, 110 }, { 110, 120 }, { 111, 120 }, { 135, 140 }, { 140, 150 } }) {
+        DueQueue queue;
+        const ScheduledTask handle = queue.add(100, 10, [] { });
+        queue.finish(queue.take(100), finishedAt);
+        EXPECT_EQ(queue.nextDue(), expectedNext) << "finished at " << finishedAt;
+    }
+}
+
+TEST(ThreadRunner, AJobThatHangsHoldsUpNoOther)
+{
+    std::promise<void> release;
+    std::promise<std::thread::id> other;
+    {
+        ThreadRunner runner;
+        runner.run([hung = release.get_future().share()] { hung.wait(); });
+        runner.run([&] { other.set_value(std::this_thread::get_id()); });
+        EXPECT_NE(other.get_future().get(), std::this_thread::get_id());
+        EXPECT_FALSE(runner.finish(0.01));
+        release.set_value();
+        EXPECT_TRUE(runner.finish(60));
+    }
+}
+
+TEST(ThreadRunner, EndsWithItsJobs)
+{
+    std::atomic<int> done = 0;
+    {
+        ThreadRunner runner;
+        for (int i = 0; i < 20; ++i)
+            runner.run([&] { ++done; });
+    }
+    EXPECT_EQ(done, 20);
 }
 
 }  // namespace

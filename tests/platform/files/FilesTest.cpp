@@ -1,5 +1,5 @@
+#include "platform/files/FileExists.h"
 #include "platform/files/SystemFileAttributes.h"
-
 #include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
@@ -17,11 +17,12 @@ void setModificationTime(const FilePath& path, timespec time)
     ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
 }
 
-TEST(SystemFileAttributes, AreThoseOfWhatThePathLeadsTo)
+TEST(Files, AreWhatThePathLeadsTo)
 {
     const TemporaryFolder folder;
     const SystemFileAttributes files;
     std::ofstream(folder / "song").put('x');
+    EXPECT_NEAR(files.attributes(folder / "song")->modificationDate, currentDate(), 60);
     std::filesystem::resize_file(folder / "song", 5'000'000'000);
     setModificationTime(folder / "song", { 978'307'200 + 3600, 250'000'000 });
     std::filesystem::create_symlink("song", folder / "link");
@@ -36,12 +37,14 @@ TEST(SystemFileAttributes, AreThoseOfWhatThePathLeadsTo)
 
     // Nobody writes to the pipe: opening it would wait for ever.
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
-    EXPECT_TRUE(files.attributes(folder / "pipe"));
-    EXPECT_TRUE(files.attributes(folder.path()));
-
+    std::ofstream(folder / "\xE9").put('x');
     std::filesystem::create_symlink("nowhere", folder / "broken");
-    for (const char* name : { "missing", "broken", "song/x" })
-        EXPECT_FALSE(files.attributes(folder / name)) << name;
+    std::filesystem::create_symlink("circle", folder / "circle");
+    for (const char* name : { "song", "link", "pipe", "\xE9", "." })
+        EXPECT_TRUE(files.attributes(folder / name) && fileExists(folder / name)) << name;
+    for (const char* name : { "missing", "broken", "circle", "song/x" })
+        EXPECT_FALSE(files.attributes(folder / name) || fileExists(folder / name)) << name;
+    EXPECT_FALSE(fileExists(FilePath()));
 }
 
 }  // namespace

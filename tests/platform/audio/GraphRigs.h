@@ -1,8 +1,10 @@
-// The playing graph on a device that asks for blocks of a size of its own and does not wait for what is new: only what sounds
-// already is never late, however busy the machine is. Time passes when a test says so, so that a main thread can be late.
+// The playing graph on two outputs, with virtual time that passes as frames are pulled. GraphRig waits for every frame: the
+// whole road of the samples, deterministic and faster than real time. PacedRig's device asks for blocks of a size of its own
+// and does not wait for what is new: only what sounds already is never late, however busy the machine is.
 // Threads: main thread.
 #pragma once
 
+#include "platform/audio/OfflineOutput.h"
 #include "platform/audio/OutputStage.h"
 #include "platform/audio/PlaybackGraph.h"
 #include "platform/schedule/VirtualScheduler.h"
@@ -12,9 +14,9 @@
 #include <cmath>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace quillet {
@@ -70,19 +72,16 @@ private:
     OutputStage* m_stage = nullptr;
 };
 
-struct PacedRig {
+/// A graph with one player on an output.
+template <typename Output> struct SoundingGraph {
     VirtualScheduler scheduler;
-    PacedOutput output;
+    Output output;
     PlaybackGraph graph{ output, scheduler };
     std::unique_ptr<PlayerNode> player = graph.makePlayer();
-    std::int64_t block;
     int completions = 0;
-    /// Everything pulled.
-    std::vector<float> left, right;
 
-    explicit PacedRig(std::int64_t blockFrames = 282, int rate = 44100)
-        : output(rate),
-          block(blockFrames)
+    explicit SoundingGraph(int outputRate)
+        : output(outputRate)
     {
         graph.connect(*player, graph.timePitch());
         graph.start();
@@ -96,7 +95,63 @@ struct PacedRig {
         player->play();
         player->setPlan(plan);
     }
+};
 
+struct GraphRig : SoundingGraph<OfflineOutput> {
+    int sampleRate;
+    /// Everything pulled, the left channel of it; frame 0 is frame 0 of the sound.
+    std::vector<float> heard;
+
+    explicit GraphRig(int rate = 44100)
+        : SoundingGraph(0),
+          sampleRate(rate)
+    {
+        graph.prepare(rate);
+    }
+
+    /// The left channel of the next frames.
+    std::vector<float> pull(std::int64_t frames, std::int64_t block = 64)
+    {
+        std::vector<float> left;
+        std::vector<float> buffer(static_cast<std::size_t>(2 * block));
+        for (std::int64_t wanted = frames + std::exchange(m_delay, 0); std::ssize(left) < wanted;) {
+            const auto stereo =
+                std::span(buffer).first(static_cast<std::size_t>(2 * std::min(block, wanted - std::ssize(left))));
+            output.pull(stereo);
+            for (std::size_t i = 0; i < stereo.size(); i += 2)
+                left.push_back(stereo[i]);
+            scheduler.advance(static_cast<double>(stereo.size()) / 2 / sampleRate);
+        }
+        left.erase(left.begin(), left.end() - frames);
+        heard.insert(heard.end(), left.begin(), left.end());
+        return left;
+    }
+
+    /// Pulls until the segment has completed and is heard to its end.
+    const std::vector<float>& pullToEnd()
+    {
+        for (const int before = completions; completions == before && std::ssize(heard) < 44100 * 60;)
+            pull(64);
+        pull(Limiter::delayFrames);
+        return heard;
+    }
+
+private:
+    std::int64_t m_delay = Limiter::delayFrames;
+};
+
+struct PacedRig : SoundingGraph<PacedOutput> {
+    std::int64_t block;
+    /// Everything pulled.
+    std::vector<float> left, right;
+
+    explicit PacedRig(std::int64_t blockFrames = 282, int rate = 44100)
+        : SoundingGraph(rate),
+          block(blockFrames)
+    {
+    }
+
+    /// Time passes when a test says so if the main thread is late.
     enum class Main { punctual, late };
     void pull(std::int64_t frames, Main mainThread = Main::punctual)
     {
