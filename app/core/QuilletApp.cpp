@@ -7,6 +7,7 @@
 #include "app/core/KeyHandler.h"
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
+#include "app/download/UnfinishedDownloads.h"
 #include "app/ui/MainWindow.h"
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
@@ -28,6 +29,7 @@
 #include <QToolTip>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -40,6 +42,8 @@ namespace {
 
 /// How long the end of the program waits for work that reads disks.
 constexpr double lastPatienceSeconds = 1;
+/// After the start of the program, which other things are more urgent for.
+constexpr double sweepDelaySeconds = 5;
 
 class QuilletApp {
 public:
@@ -76,6 +80,7 @@ public:
                 [this](AudioOutput::State state) { m_window.content().setHeard(state == AudioOutput::State::device); });
             m_graph.start();
             m_background.run([this] { m_media.preload(); });
+            m_sweep = m_scheduler.after(sweepDelaySeconds, [this] { sweepDownloads(); });
         });
     }
 
@@ -91,6 +96,13 @@ public:
     }
 
 private:
+    void sweepDownloads()
+    {
+        m_background.run([downloads = UnfinishedDownloads(m_downloadSettings.downloadDirectory())] {
+            downloads.sweep(std::chrono::system_clock::now());
+        });
+    }
+
     [[nodiscard]] static FilePath absolute(const FilePath& file)
     {
         std::error_code unknown;
@@ -136,8 +148,9 @@ private:
                            m_stemSessions,
                            m_recentFiles } };
     QtProcessRunner m_processes;
-    URLDownloader m_downloader{ m_processes, executableDirectory() };
+    URLDownloader m_downloader{ m_processes, m_background, executableDirectory() };
     DownloadSettingsStore m_downloadSettings{ m_defaults };
+    ScheduledTask m_sweep;
     const SharedInstance<URLDownloader> m_sharedDownloader{ m_downloader };
     const SharedInstance<DownloadSettingsStore> m_sharedDownloadSettings{ m_downloadSettings };
     PlaybackCommands m_commands{ *m_state, m_engine };

@@ -15,14 +15,15 @@ public:
     QtProcessRunner();
     ~QtProcessRunner() override;
 
-    void run(const ProcessRequest& request, Handlers handlers) override;
+    [[nodiscard]] std::unique_ptr<RunningProcess> run(const ProcessRequest& request, Handlers handlers) override;
 
-    /// Kills every child that runs with all that it has started. Their handlers are not called.
+    /// Ends every child that runs, as destroying its RunningProcess does.
     void endAll();
 
 private:
     class Child;
-    std::vector<std::unique_ptr<Child>> m_children;
+    class Handle;
+    std::vector<std::shared_ptr<Child>> m_children;
 };
 
 }  // namespace quillet

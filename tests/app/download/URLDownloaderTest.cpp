@@ -8,10 +8,12 @@
 #include "platform/process/QtProcessRunner.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/FakeProcessRunner.h"
+#include "tests/support/ManualRunner.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <optional>
 #include <sstream>
@@ -23,7 +25,8 @@ struct URLDownloaderTest : testing::Test {
     EventLoop loop;
     TemporaryFolder tools;
     QtProcessRunner processes;
-    URLDownloader downloader{ processes, tools.path() };
+    ManualRunner background;
+    URLDownloader downloader{ processes, background, tools.path() };
     const WebAddress address = *WebAddress::parse("https://example.com/watch?v=1&list=2");
 
     URLDownloaderTest()
@@ -44,7 +47,10 @@ struct URLDownloaderTest : testing::Test {
     URLDownloader::Outcome download(const FilePath& directory = "/songs")
     {
         std::optional<URLDownloader::Outcome> result;
-        downloader.download(address, directory, { {}, [&](const URLDownloader::Outcome& outcome) { result = outcome; } });
+        const auto running =
+            downloader.download(address, directory, { {}, [&](const URLDownloader::Outcome& outcome) { result = outcome; } });
+        if (!running)
+            return std::unexpected(running.error());
         EXPECT_TRUE(loop.runUntil([&] { return result.has_value(); }));
         return *result;
     }
@@ -109,11 +115,8 @@ TEST_F(URLDownloaderTest, TheFirstToolThatIsMissingIsNamed)
     std::filesystem::create_directory(tools / "uv");
     EXPECT_EQ(failure(), "uv not found inside the app bundle.");
 
-    URLDownloader nowhere(processes, {});
-    std::string sentence;
-    nowhere.download(address, "/songs",
-                     { {}, [&](const URLDownloader::Outcome& outcome) { sentence = outcome.error().description(); } });
-    EXPECT_EQ(sentence, "uv not found inside the app bundle.");
+    URLDownloader nowhere(processes, background, {});
+    EXPECT_EQ(nowhere.bundleHelperDirectory().error().description(), "uv not found inside the app bundle.");
 }
 
 TEST_F(URLDownloaderTest, AToolThatCannotBeStartedIsTheSystemsWord)
@@ -128,34 +131,57 @@ TEST_F(URLDownloaderTest, AToolThatCannotBeStartedIsTheSystemsWord)
 TEST_F(URLDownloaderTest, ProgressIsTakenOutOfWhatTheToolSays)
 {
     FakeProcessRunner scripted;
-    URLDownloader told(scripted, tools.path());
+    URLDownloader told(scripted, background, tools.path());
     std::vector<DownloadProgress> seen;
     std::optional<URLDownloader::Outcome> result;
-    told.download(address, "/songs",
-                  { [&](const DownloadProgress& progress) { seen.push_back(progress); },
-                    [&](const URLDownloader::Outcome& outcome) { result = outcome; } });
-    const std::string said = "Reading\nquillet-progress 1024 0\r\nquillet-progress 2048 99999999999\nquillet-progress many\n"
+    const auto running = told.download(address, "/songs",
+                                       { [&](const DownloadProgress& progress) { seen.push_back(progress); },
+                                         [&](const URLDownloader::Outcome& outcome) { result = outcome; } });
+    const std::string said = "Reading\nquillet-progress 1024 0\nquillet-progress 2048 99999999999\nquillet-progress many\n"
                              "quillet-progress\nquillet-progress converting\nERROR: quillet-progress 1 2\nlast";
     for (const char byte : said)
-        scripted.children.at(0).say({ &byte, 1 });
+        scripted.last().say({ &byte, 1 });
     using Step = DownloadProgress::Step;
     EXPECT_THAT(seen,
                 testing::ElementsAre(DownloadProgress{ Step::receiving, 1024, 0 },
                                      DownloadProgress{ Step::receiving, 2048, 99999999999 },
                                      DownloadProgress{ Step::converting }));
-    scripted.children.at(0).end(1, {}, said);
+    scripted.last().end(1, {});
     EXPECT_EQ(result->error().description(), "Download failed: Reading\nquillet-progress\nERROR: quillet-progress 1 2\nlast");
 }
 
-TEST_F(URLDownloaderTest, TheFolderIsTheChosenOneOrDownloadsAtHome)
+TEST_F(URLDownloaderTest, NothingIsHeardOfADownloadThatWasStopped)
+{
+    FakeProcessRunner scripted;
+    URLDownloader told(scripted, background, tools.path());
+    std::unique_ptr<RunningProcess> running;
+    int answers = 0;
+    const auto stop = [&](const auto&) {
+        ++answers;
+        running.reset();
+    };
+    running = std::move(told.download(address, "/songs", { stop, stop }).value());
+    scripted.last().say("quillet-progress 1 2\nquillet-progress 2 2\n");
+    EXPECT_TRUE(scripted.last().wasEnded);
+    EXPECT_EQ(answers, 1);
+}
+
+TEST_F(URLDownloaderTest, TheFolderIsTheChosenOneOrTheDesktops)
 {
     MemoryDefaultsDomain defaults;
     const DownloadSettingsStore settings(defaults);
+    setenv("XDG_CONFIG_HOME", tools.path().c_str(), 1);
     EXPECT_EQ(settings.downloadDirectory(), homeDirectory() / "Downloads");
+    const auto named = [&](const char* folder) {
+        std::ofstream(tools / "user-dirs.dirs") << "XDG_MUSIC_DIR=\"$HOME/Musik\"\nXDG_DOWNLOAD_DIR=\"" << folder << "\"\n";
+        return settings.downloadDirectory();
+    };
+    EXPECT_EQ(named("$HOME/T\xC3\xA9l\xC3\xA9 chargements"), homeDirectory() / "T\xC3\xA9l\xC3\xA9 chargements");
+    EXPECT_EQ(named("/srv/songs/"), "/srv/songs");
+    EXPECT_EQ(named("$HOME/"), homeDirectory() / "Downloads");
     defaults.setString("QLT.downloadDirectory", "/my songs/\xC3\xA9");
     EXPECT_EQ(settings.downloadDirectory(), "/my songs/\xC3\xA9");
-    defaults.remove("QLT.downloadDirectory");
-    EXPECT_EQ(settings.downloadDirectory(), homeDirectory() / "Downloads");
+    unsetenv("XDG_CONFIG_HOME");
 }
 
 }  // namespace

@@ -63,7 +63,7 @@ struct ContentViewTest : testing::Test {
     Notifications notifications;
     FakeProcessRunner processes;
     TemporaryFolder tools;
-    URLDownloader downloader{ processes, tools.path() };
+    URLDownloader downloader{ processes, background, tools.path() };
     DownloadSettingsStore downloadSettings{ rig.defaults };
     ContentView view{ { state, rig.engine, loader, rig.commands, notifications, recentFiles, downloader, downloadSettings,
                         rig.theme } };
@@ -214,7 +214,7 @@ TEST_F(ContentViewTest, ADownloadedSongIsOpenedWithTheDefaults)
     notifications.post(openFromURLName);
     EXPECT_EQ(view.findChildren<OpenFromURLSheet*>().size(), 1);
     state.setSpeed(50);
-    processes.children.at(0).end(0, "/songs/a.m4a");
+    processes.children.at(0)->end(0, "/songs/a.m4a");
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_FALSE(sheet);
     EXPECT_EQ(state.audioFileURL(), "/songs/a.m4a");
@@ -226,7 +226,7 @@ TEST_F(ContentViewTest, ADownloadedSongIsOpenedWithTheDefaults)
     QTest::keyClicks(other->findChild<QLineEdit*>(), QStringLiteral("https://example.com/b.mp3"));
     other->startDownload();
     other->reject();
-    processes.children.at(1).end(0, "/songs/b.m4a");
+    processes.children.at(1)->end(0, "/songs/b.m4a");
     EXPECT_EQ(state.audioFileURL(), "/songs/a.m4a");
     EXPECT_EQ(view.findChild<DownloadNotice*>()->sentence(), QString::fromUtf8("“b.m4a” has been downloaded."));
 }
