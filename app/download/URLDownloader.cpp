@@ -162,9 +162,11 @@ URLDownloader::download(const WebAddress& address, const FilePath& directory, Ha
     };
     const auto listener = std::make_shared<Listener>(std::move(handlers));
     return std::make_unique<RunningTool>(
-        listener, m_processes.run(request, { .standardOutput = {},
-                                             .standardError = [listener](std::string_view bytes) { listener->hear(bytes); },
-                                             .ended = [listener](const auto& end) { listener->finish(end); } }));
+        listener,
+        m_processes.run(request,
+                        { .standardOutput = {},
+                          .standardError = [listener](std::string_view bytes) { listener->hear(bytes); },
+                          .ended = [listener](const auto& end) { listener->finish(end); } }));
 }
 
 void URLDownloader::discard(const WebAddress& address, const FilePath& directory)

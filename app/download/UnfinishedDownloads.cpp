@@ -46,8 +46,8 @@ public:
             return;
         // Not every file system can lock: nobody has claimed anything there.
         m_isInUse = ::flock(m_descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-        struct stat opened {};
-        struct stat named {};
+        struct stat opened{};
+        struct stat named{};
         // Whoever had it may have removed it meanwhile, and another download have made it again.
         m_isOurs = !m_isInUse && ::fstat(m_descriptor, &opened) == 0 && ::lstat(folder.c_str(), &named) == 0
             && opened.st_dev == named.st_dev && opened.st_ino == named.st_ino && opened.st_uid == ::geteuid();
@@ -72,7 +72,7 @@ private:
 
 std::optional<Clock::time_point> modification(const FilePath& path)
 {
-    struct stat attributes {};
+    struct stat attributes{};
     if (::lstat(path.c_str(), &attributes) != 0)
         return std::nullopt;
     return Clock::from_time_t(attributes.st_mtim.tv_sec);

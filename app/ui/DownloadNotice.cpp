@@ -24,7 +24,7 @@ void DownloadNotice::showProgress() { setSentence(tr("The download goes on: %1")
 void DownloadNotice::stop()
 {
     m_download->stop();
-    setSentence(tr("The download was stopped. The same address goes on from there."));
+    setSentence(tr("The download was stopped. Opening the same address again resumes it."));
     offerDiscard();
     offerClose();
 }

@@ -36,10 +36,8 @@ RunningDownload::RunningDownload(URLDownloader& downloader, WebAddress address, 
 {
 }
 
-std::expected<std::unique_ptr<RunningDownload>, DownloadError> RunningDownload::start(URLDownloader& downloader,
-                                                                                      const WebAddress& address,
-                                                                                      const FilePath& directory,
-                                                                                      Listener listener)
+std::expected<std::unique_ptr<RunningDownload>, DownloadError>
+RunningDownload::start(URLDownloader& downloader, const WebAddress& address, const FilePath& directory, Listener listener)
 {
     std::unique_ptr<RunningDownload> started(new RunningDownload(downloader, address, directory, std::move(listener)));
     auto process = downloader.download(address, directory,

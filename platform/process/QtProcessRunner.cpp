@@ -54,8 +54,9 @@ public:
             if (error != QProcess::FailedToStart)
                 return;
             // It may be said inside `start`.
-            QTimer::singleShot(0, m_process.get(),
-                               [this] { finish(std::unexpected(ProcessStartError{ m_process->errorString().toStdString() })); });
+            QTimer::singleShot(0, m_process.get(), [this] {
+                finish(std::unexpected(ProcessStartError{ m_process->errorString().toStdString() }));
+            });
         });
     }
 
@@ -104,7 +105,7 @@ private:
 
     void drainErrors() { pass(m_process->readAllStandardError(), &Handlers::standardError, m_end.standardError); }
 
-    void pass(const QByteArray& bytes, std::function<void(std::string_view)> Handlers::*handler, std::string& kept) const
+    void pass(const QByteArray& bytes, std::function<void(std::string_view)> Handlers::* handler, std::string& kept) const
     {
         // The handler may end the child, and with it all handlers.
         const auto handlers = m_handlers;

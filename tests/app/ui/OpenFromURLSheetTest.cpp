@@ -223,7 +223,7 @@ TEST_F(OpenFromURLSheetTest, WhatANoticesDownloadHasLeftCanBeDiscarded)
     defaults.setString("QLT.downloadDirectory", tools.path().native());
     for (const bool isStopped : { true, false }) {
         std::filesystem::create_directory(unfinished);
-        OpenFromURLSheet other({ downloader, settings, theme }, { {}, [] {} }, &window);
+        OpenFromURLSheet other({ downloader, settings, theme }, { {}, [] { } }, &window);
         other.findChild<QLineEdit*>()->setText(QStringLiteral("https://example.com/a.mp3"));
         other.startDownload();
         const QPointer<DownloadNotice> notice = new DownloadNotice(theme, other.releaseDownload(), {}, &window);
@@ -233,7 +233,7 @@ TEST_F(OpenFromURLSheetTest, WhatANoticesDownloadHasLeftCanBeDiscarded)
             processes.last().end(1, {});
         EXPECT_EQ(processes.last().wasEnded, isStopped);
         EXPECT_EQ(notice->sentence(),
-                  isStopped ? QStringLiteral("The download was stopped. The same address goes on from there.")
+                  isStopped ? QStringLiteral("The download was stopped. Opening the same address again resumes it.")
                             : QStringLiteral("Download failed (exit code 1)."));
         EXPECT_EQ(buttons(*notice), "Discard Close ");
         QTest::mouseClick(&button("Discard", notice), Qt::LeftButton);
@@ -246,10 +246,10 @@ TEST_F(OpenFromURLSheetTest, WhatANoticesDownloadHasLeftCanBeDiscarded)
 TEST_F(OpenFromURLSheetTest, AnErrorReadsAsItsDescription)
 {
     using Kind = DownloadError::Kind;
-    for (const DownloadError& error : { DownloadError{ Kind::processFailed, 7 }, DownloadError{ Kind::processFailed, 1, "50 %1" },
-                                        DownloadError{ Kind::uvNotFound }, DownloadError{ Kind::ytDlpNotFound },
-                                        DownloadError{ Kind::ffmpegNotFound }, DownloadError{ Kind::noOutputFile },
-                                        DownloadError{ Kind::launchFailed, 0, "no memory" } })
+    for (const DownloadError& error :
+         { DownloadError{ Kind::processFailed, 7 }, DownloadError{ Kind::processFailed, 1, "50 %1" },
+           DownloadError{ Kind::uvNotFound }, DownloadError{ Kind::ytDlpNotFound }, DownloadError{ Kind::ffmpegNotFound },
+           DownloadError{ Kind::noOutputFile }, DownloadError{ Kind::launchFailed, 0, "no memory" } })
         EXPECT_EQ(errorText(error).toStdString(), error.description());
 }
 
