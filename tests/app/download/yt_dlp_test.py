@@ -141,16 +141,21 @@ class FetchTest(unittest.TestCase):
         self.assertEqual(self.server.agents[-1], "practising")
 
     def test_everything_ends_with_the_tool_and_the_next_time_goes_on_from_there(self):
+        def received():
+            return sum(file.stat().st_size for file in self.folder.rglob("*.part"))
+
         for end in (signal.SIGTERM, signal.SIGKILL):
+            before = received()
             process = subprocess.Popen(command(self.folder, self.server.address("/slow/song.mp3")), env=self.environment, cwd="/",
                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
             limit = time.monotonic() + 20
-            while not any(file.stat().st_size > 0 for file in self.folder.rglob("*.part")):
+            while received() <= before:
                 self.assertLess(time.monotonic(), limit, "nothing came")
                 time.sleep(0.05)
             process.send_signal(end)
             process.wait(10)
             self.assertTrue(ends(process.pid), "something of it still runs")
+            self.assertTrue(all(name.startswith(".") for name in self.names()), "it has gone on")
         self.server.places.clear()
         self.assertEqual(self.fetched("/slow/song.mp3"), "song.m4a")
         self.assertGreater(max(self.server.places), 0)

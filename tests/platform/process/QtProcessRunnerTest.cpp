@@ -105,6 +105,7 @@ TEST_F(QtProcessRunnerTest, AnAnswerMayStartTheNextAndChildrenRunSideBySide)
 TEST_F(QtProcessRunnerTest, EverythingThatAChildHasStartedEndsWithIt)
 {
     using Child = std::unique_ptr<RunningProcess>;
+    std::unique_ptr<QtProcessRunner> ending;
     struct Case {
         const char* name;
         std::function<void(Child& child, pid_t leader)> end;
@@ -112,13 +113,14 @@ TEST_F(QtProcessRunnerTest, EverythingThatAChildHasStartedEndsWithIt)
     };
     for (const Case& test : {
              Case{ "nobody wants it", [](Child& child, pid_t) { child.reset(); }, false },
-             Case{ "the program ends", [this](Child&, pid_t) { runner.endAll(); }, false },
+             Case{ "the program ends", [&](Child&, pid_t) { ending.reset(); }, false },
              Case{ "killed from outside", [](Child&, pid_t leader) { kill(leader, SIGKILL); }, true },
          }) {
         const FilePath pids = folder / test.name;
         bool isAnswered = false;
+        ending = std::make_unique<QtProcessRunner>();
         // A child of the child, deaf to polite requests, writes on for ever.
-        Child child = runner.run(
+        Child child = ending->run(
             shell(
                 R"(echo $$ > "$1"; sh -c 'trap "" TERM HUP; echo $$ >> "$1"; while :; do sleep 0.05; done' inner "$1" & wait)",
                 { pids.native() }),
