@@ -78,7 +78,7 @@ std::optional<int> RunningDownload::percent() const
 
 QString errorText(const DownloadError& error)
 {
-    const QString message = QString::fromStdString(error.message);
+    QString message = QString::fromStdString(error.message);
     switch (error.kind) {
     case DownloadError::Kind::processFailed:
         return message.isEmpty() ? ErrorText::tr("Download failed (exit code %1).").arg(error.exitCode)

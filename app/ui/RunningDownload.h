@@ -25,6 +25,7 @@ public:
     /// Fails if a tool is missing. The listener hears of nothing before this returns. `downloader` outlives the download.
     [[nodiscard]] static std::expected<std::unique_ptr<RunningDownload>, DownloadError>
     start(URLDownloader& downloader, const WebAddress& address, const FilePath& directory, Listener listener);
+    ~RunningDownload() = default;
     RunningDownload(const RunningDownload&) = delete;
     RunningDownload& operator=(const RunningDownload&) = delete;
 

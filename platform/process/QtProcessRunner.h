@@ -14,6 +14,8 @@ class QtProcessRunner final : public ProcessRunner {
 public:
     QtProcessRunner();
     ~QtProcessRunner() override;
+    QtProcessRunner(const QtProcessRunner&) = delete;
+    QtProcessRunner& operator=(const QtProcessRunner&) = delete;
 
     [[nodiscard]] std::unique_ptr<RunningProcess> run(const ProcessRequest& request, Handlers handlers) override;
 
