@@ -119,10 +119,10 @@ TEST_F(QtProcessRunnerTest, EverythingThatAChildHasStartedEndsWithIt)
         const FilePath pids = folder / test.name;
         bool isAnswered = false;
         ending = std::make_unique<QtProcessRunner>();
-        // A child of the child, deaf to polite requests, writes on for ever.
+        // A child of the child, deaf to polite requests, goes on as long as the folder is there.
         Child child = ending->run(
             shell(
-                R"(echo $$ > "$1"; sh -c 'trap "" TERM HUP; echo $$ >> "$1"; while :; do sleep 0.05; done' inner "$1" & wait)",
+                R"(echo $$ > "$1"; sh -c 'trap "" TERM HUP; echo $$ >> "$1"; while [ -e "$1" ]; do sleep 0.05; done' inner "$1" & wait)",
                 { pids.native() }),
             { {}, {}, [&](const End&) { isAnswered = true; } });
         std::vector<pid_t> running;
