@@ -13,56 +13,39 @@ namespace quillet {
 
 class FakeProcessRunner final : public ProcessRunner {
 public:
-    class Child {
-    public:
-        Child(ProcessRequest asked, Handlers handlers)
-            : request(std::move(asked)),
-              m_handlers(std::make_shared<const Handlers>(std::move(handlers)))
-        {
-        }
-
+    struct Child {
         ProcessRequest request;
-        /// Somebody has ended it before its time.
+        /// None when it has ended or somebody has ended it before its time.
+        std::shared_ptr<const Handlers> handlers;
         bool wasEnded = false;
 
         void say(std::string_view onStandardError) const
         {
-            if (const auto handlers = m_handlers)
-                handlers->standardError(onStandardError);
+            if (const auto kept = handlers)
+                kept->standardError(onStandardError);
         }
         void end(int status, std::string output)
         {
-            if (const auto handlers = std::exchange(m_handlers, nullptr))
-                handlers->ended(ProcessEnd{ status, std::move(output), {} });
+            if (const auto kept = std::exchange(handlers, nullptr))
+                kept->ended(ProcessEnd{ status, std::move(output), {} });
         }
-        void kill() { wasEnded = std::exchange(m_handlers, nullptr) != nullptr || wasEnded; }
-
-    private:
-        std::shared_ptr<const Handlers> m_handlers;
     };
 
     [[nodiscard]] std::unique_ptr<RunningProcess> run(const ProcessRequest& request, Handlers handlers) override
     {
-        children.push_back(std::make_shared<Child>(request, std::move(handlers)));
-        return std::make_unique<Handle>(children.back());
+        children.push_back(std::make_shared<Child>(request, std::make_shared<const Handlers>(std::move(handlers))));
+        struct Handle final : RunningProcess {
+            std::shared_ptr<Child> child;
+            ~Handle() override { child->wasEnded = std::exchange(child->handlers, nullptr) != nullptr; }
+        };
+        auto handle = std::make_unique<Handle>();
+        handle->child = children.back();
+        return handle;
     }
 
     [[nodiscard]] Child& last() const { return *children.back(); }
 
     std::vector<std::shared_ptr<Child>> children;
-
-private:
-    struct Handle final : RunningProcess {
-        explicit Handle(std::shared_ptr<Child> its)
-            : child(std::move(its))
-        {
-        }
-        ~Handle() override { child->kill(); }
-        Handle(const Handle&) = delete;
-        Handle& operator=(const Handle&) = delete;
-
-        std::shared_ptr<Child> child;
-    };
 };
 
 }  // namespace quillet

@@ -62,27 +62,9 @@ class DownloadTest(unittest.TestCase):
     def has_song(self, name):
         return self.window.has("label", name) and self.window.has("push button", "Play")
 
-    def message(self):
-        return next((node.name for node in self.window.all("label", "Download failed: ")), "")
-
     def own_session(self):
         """The process group of what the program has started."""
         return next((group for pid, (parent, group) in processes().items() if parent == self.window.process.pid and group == pid), None)
-
-    def test_a_song_is_opened(self):
-        window = self.open()
-        self.shot("empty-from-url")
-        window.click("push button", "Open from URL…")
-        self.expect("the sheet", lambda: window.has("text", "Web address"), 5)
-        self.shot("sheet")
-        self.ask_for("/moved/Tuning.wav")
-        self.expect("the song", lambda: self.has_song("Tuning.m4a"))
-        self.assertFalse(window.has("text", "Web address"))
-        self.assertTrue((self.downloads / "Tuning.m4a").is_file())
-        DESKTOP.key("space")
-        window.find("push button", "Pause")
-        self.assertAlmostEqual(frequency(DESKTOP.record(1)[11025:]), 441, delta=2)
-        self.assertEqual(window.close(), 0)
 
     def test_the_window_is_used_while_a_download_runs(self):
         mine = DESKTOP.folder / "mine.mp3"
@@ -109,15 +91,10 @@ class DownloadTest(unittest.TestCase):
         box = next(node for node in notice if node.name == "Open").queryComponent().getExtents(window.pyatspi.DESKTOP_COORDS)
         DESKTOP.click((box.x + box.width // 2, box.y + box.height // 2))
         self.expect("Slow.m4a", lambda: self.has_song("Slow.m4a"))
-        self.assertEqual(window.close(), 0)
-
-    def test_failures_are_said_and_can_be_corrected(self):
-        window = self.open()
-        self.ask_for("/broken/Half.mp3")
-        self.expect("the failure", lambda: "bytes" in self.message())
-        self.shot("failed")
-        self.ask_for("/Whole.mp3")
-        self.expect("Whole.m4a", lambda: self.has_song("Whole.m4a"))
+        self.assertTrue((self.downloads / "Slow.m4a").is_file())
+        DESKTOP.key("space")
+        window.find("push button", "Pause")
+        self.assertAlmostEqual(frequency(DESKTOP.record(1)[11025:]), 441, delta=2)
         self.assertEqual(window.close(), 0)
 
     def test_downloads_are_stopped_discarded_and_swept(self):
@@ -130,11 +107,10 @@ class DownloadTest(unittest.TestCase):
         self.stop("sheet")
         # The sheet asks again, with the address in it.
         DESKTOP.key("Return")
-        self.expect("the download", lambda: any("received" in node.name for node in window.all("label")))
+        self.expect("the progress", lambda: window.has("progress bar"))
         DESKTOP.key("Escape")
         self.expect("the notice", lambda: window.has("label", "The download goes on"), 5)
         self.stop("notice")
-        window.find("label", "The download was stopped.")
         self.shot("stopped")
         self.assertTrue(any(self.downloads.glob(".quillet-*")))
         window.click("push button", "Discard")
