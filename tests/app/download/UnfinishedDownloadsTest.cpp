@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/inotify.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -67,11 +68,18 @@ TEST_F(UnfinishedDownloadsTest, WhatIsDiscardedIsThatAddressOnceItIsLetGo)
     const FilePath its = make(".quillet-f0494a592230");
     const FilePath others = make(".quillet-00000000000a");
     const int ending = lock(its);
+    // It has looked at the folder once and let it be.
+    const int attempts = ::inotify_init1(IN_CLOEXEC);
+    ASSERT_GE(::inotify_add_watch(attempts, its.c_str(), IN_CLOSE_NOWRITE), 0);
     std::thread discarding([this] { downloads.discard(*WebAddress::parse("https://example.com/a.mp3")); });
+    inotify_event attempt{};
+    EXPECT_GT(::read(attempts, &attempt, sizeof attempt), 0);
+    EXPECT_TRUE(std::filesystem::exists(its));
     ::close(ending);
     discarding.join();
     EXPECT_FALSE(std::filesystem::exists(its));
     EXPECT_TRUE(std::filesystem::exists(others));
+    ::close(attempts);
 }
 
 }  // namespace
