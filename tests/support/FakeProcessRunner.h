@@ -35,8 +35,12 @@ public:
     {
         children.push_back(std::make_shared<Child>(request, std::make_shared<const Handlers>(std::move(handlers))));
         struct Handle final : RunningProcess {
-            std::shared_ptr<Child> child;
+            Handle() = default;
             ~Handle() override { child->wasEnded = std::exchange(child->handlers, nullptr) != nullptr; }
+            Handle(const Handle&) = delete;
+            Handle& operator=(const Handle&) = delete;
+
+            std::shared_ptr<Child> child;
         };
         auto handle = std::make_unique<Handle>();
         handle->child = children.back();
