@@ -23,7 +23,8 @@ public:
     /// The composition root's store over the standard domain.
     static DownloadSettingsStore& shared();
 
-    /// "Downloads" in the home directory unless another was chosen. It need not exist.
+    /// The desktop's download folder unless another was chosen; "Downloads" in the home directory where the desktop names
+    /// none. It need not exist.
     [[nodiscard]] FilePath downloadDirectory() const;
 
     DefaultsDomain& defaults;

@@ -1,7 +1,9 @@
 #include "app/download/URLDownloader.h"
 
 #include "AppCore/SharedInstance.h"
+#include "app/download/UnfinishedDownloads.h"
 #include "platform/files/FileExists.h"
+#include "platform/process/LineSplitter.h"
 
 #include <QString>
 #include <QStringDecoder>
@@ -26,7 +28,7 @@ std::string trimmedText(std::string_view bytes)
     return decoder.hasError() ? std::string() : text.trimmed().toStdString();
 }
 
-/// Of what stands behind the mark; nothing where it makes no sense.
+/// Of what follows the mark; nothing where it makes no sense.
 std::optional<DownloadProgress> readProgress(std::string_view words)
 {
     if (words == "converting")
@@ -40,49 +42,6 @@ std::optional<DownloadProgress> readProgress(std::string_view words)
     return expected.ec == std::errc() ? std::optional(progress) : std::nullopt;
 }
 
-/// Takes the lines of progress out of what the child says on standard error, which comes cut anywhere.
-class ErrorText {
-public:
-    explicit ErrorText(std::function<void(const DownloadProgress&)> report)
-        : m_report(std::move(report))
-    {
-    }
-
-    void add(std::string_view bytes)
-    {
-        m_line += bytes;
-        for (auto end = m_line.find('\n'); end != std::string::npos; end = m_line.find('\n')) {
-            takeLine(std::string_view(m_line).substr(0, end + 1));
-            m_line.erase(0, end + 1);
-        }
-    }
-
-    /// Everything that was not progress.
-    [[nodiscard]] std::string rest()
-    {
-        takeLine(std::exchange(m_line, {}));
-        return std::move(m_text);
-    }
-
-private:
-    void takeLine(std::string_view line)
-    {
-        if (!line.starts_with(progressMark)) {
-            m_text += line;
-            return;
-        }
-        line.remove_prefix(progressMark.size());
-        while (line.ends_with('\n') || line.ends_with('\r'))
-            line.remove_suffix(1);
-        if (const auto progress = readProgress(line); progress && m_report)
-            m_report(*progress);
-    }
-
-    std::function<void(const DownloadProgress&)> m_report;
-    std::string m_line;
-    std::string m_text;
-};
-
 URLDownloader::Outcome outcomeOf(const ProcessEnd& end, std::string_view errorText)
 {
     if (end.status != 0)
@@ -93,10 +52,71 @@ URLDownloader::Outcome outcomeOf(const ProcessEnd& end, std::string_view errorTe
     return FilePath(std::move(path));
 }
 
+/// Takes the lines of progress out of what the child says on standard error.
+class Listener {
+public:
+    explicit Listener(URLDownloader::Handlers handlers)
+        : m_handlers(std::move(handlers))
+    {
+    }
+
+    void hear(std::string_view bytes) { m_lines.add(bytes); }
+
+    void finish(const std::expected<ProcessEnd, ProcessStartError>& end)
+    {
+        m_lines.finish();
+        if (m_isClosed)
+            return;
+        if (end)
+            m_handlers.ended(outcomeOf(*end, m_errorText));
+        else
+            m_handlers.ended(std::unexpected(DownloadError{ DownloadError::Kind::launchFailed, 0, end.error().description }));
+    }
+
+    /// Calls no handler any more: a handler of one line may end what other lines have been heard of already.
+    void close() { m_isClosed = true; }
+
+private:
+    void takeLine(std::string_view line)
+    {
+        if (!line.starts_with(progressMark)) {
+            m_errorText += line;
+            return;
+        }
+        line.remove_prefix(progressMark.size());
+        if (line.ends_with('\n'))
+            line.remove_suffix(1);
+        if (const auto progress = readProgress(line); progress && m_handlers.progress && !m_isClosed)
+            m_handlers.progress(*progress);
+    }
+
+    URLDownloader::Handlers m_handlers;
+    LineSplitter m_lines{ [this](std::string_view line) { takeLine(line); } };
+    std::string m_errorText;
+    bool m_isClosed = false;
+};
+
+class RunningTool final : public RunningProcess {
+public:
+    RunningTool(std::shared_ptr<Listener> listener, std::unique_ptr<RunningProcess> process)
+        : m_listener(std::move(listener)),
+          m_process(std::move(process))
+    {
+    }
+    ~RunningTool() override { m_listener->close(); }
+    RunningTool(const RunningTool&) = delete;
+    RunningTool& operator=(const RunningTool&) = delete;
+
+private:
+    std::shared_ptr<Listener> m_listener;
+    std::unique_ptr<RunningProcess> m_process;
+};
+
 }  // namespace
 
-URLDownloader::URLDownloader(ProcessRunner& processes, FilePath executableDirectory)
+URLDownloader::URLDownloader(ProcessRunner& processes, BackgroundRunner& background, FilePath executableDirectory)
     : m_processes(processes),
+      m_background(background),
       m_executableDirectory(std::move(executableDirectory))
 {
 }
@@ -126,13 +146,12 @@ std::expected<URLDownloader::Tools, DownloadError> URLDownloader::findTools() co
     return tools;
 }
 
-void URLDownloader::download(const WebAddress& address, const FilePath& directory, Handlers handlers)
+std::expected<std::unique_ptr<RunningProcess>, DownloadError>
+URLDownloader::download(const WebAddress& address, const FilePath& directory, Handlers handlers)
 {
     const auto tools = findTools();
-    if (!tools) {
-        handlers.ended(std::unexpected(tools.error()));
-        return;
-    }
+    if (!tools)
+        return std::unexpected(tools.error());
     const ProcessRequest request{
         tools->uv,
         { "run", "--python", "3.12", tools->ytDlp.native(), "-x", "--no-playlist", "--audio-format", "m4a", "--ffmpeg-location",
@@ -141,17 +160,18 @@ void URLDownloader::download(const WebAddress& address, const FilePath& director
         // Not where the program was started: uv would take a Python project there for ours.
         directory.root_path(),
     };
-    const auto errorText = std::make_shared<ErrorText>(std::move(handlers.progress));
-    m_processes.run(
-        request,
-        { [errorText](std::string_view bytes) { errorText->add(bytes); },
-          [errorText, ended = std::move(handlers.ended)](std::expected<ProcessEnd, ProcessStartError> end) {
-              const std::string text = errorText->rest();
-              if (end)
-                  ended(outcomeOf(*end, text));
-              else
-                  ended(std::unexpected(DownloadError{ DownloadError::Kind::launchFailed, 0, end.error().description }));
-          } });
+    const auto listener = std::make_shared<Listener>(std::move(handlers));
+    return std::make_unique<RunningTool>(
+        listener,
+        m_processes.run(request,
+                        { .standardOutput = {},
+                          .standardError = [listener](std::string_view bytes) { listener->hear(bytes); },
+                          .ended = [listener](const auto& end) { listener->finish(end); } }));
+}
+
+void URLDownloader::discard(const WebAddress& address, const FilePath& directory)
+{
+    m_background.run([address, unfinished = UnfinishedDownloads(directory)] { unfinished.discard(address); });
 }
 
 }  // namespace quillet

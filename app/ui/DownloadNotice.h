@@ -1,4 +1,4 @@
-// A download whose sheet has been closed: how far it is, then its song to open or why it failed. It never opens anything by
+// A download whose sheet has been closed: how far it is, then its song to open or why there is none. It never opens anything by
 // itself, as the user may be playing.
 // Threads: main thread.
 #pragma once
@@ -16,18 +16,20 @@ class DownloadNotice final : public Notice {
 
 public:
     /// `open` is called when the user wants the song. The notice destroys itself when it has been answered.
-    DownloadNotice(const ThemeSource& source, std::shared_ptr<RunningDownload> download,
+    DownloadNotice(const ThemeSource& source, std::unique_ptr<RunningDownload> download,
                    std::function<void(const FilePath& file)> open, QWidget* parent = nullptr);
-    ~DownloadNotice() override;
-    DownloadNotice(const DownloadNotice&) = delete;
-    DownloadNotice& operator=(const DownloadNotice&) = delete;
 
 private:
     void showProgress();
     void showEnd(const URLDownloader::Outcome& outcome);
+    void stop();
+    /// The last answer that is asked for: to throw away what has been received, or only to close.
+    void offerDiscard();
+    void offerClose();
 
-    std::shared_ptr<RunningDownload> m_download;
+    std::unique_ptr<RunningDownload> m_download;
     std::function<void(const FilePath& file)> m_open;
+    QPushButton& m_stop;
 };
 
 }  // namespace quillet

@@ -1,4 +1,4 @@
-// A sentence on a strip of its own under the toolbar, with room for buttons behind it.
+// A sentence on a strip of its own under the toolbar, with room for buttons after it.
 // Threads: main thread.
 #pragma once
 
@@ -23,7 +23,7 @@ public:
     [[nodiscard]] const QString& sentence() const;
 
 protected:
-    /// In the order in which they are added, behind the sentence.
+    /// In the order in which they are added, after the sentence.
     QPushButton& addButton(const QString& title);
 
     void paintEvent(QPaintEvent* event) override;

@@ -70,11 +70,9 @@ OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, 
     sync();
 }
 
-OpenFromURLSheet::~OpenFromURLSheet() { (void)releaseDownload(); }
-
 QWidget* OpenFromURLSheet::makeQuestions()
 {
-    m_urlField->setPlaceholderText(QStringLiteral("https://example.com/song.mp3"));
+    m_urlField->setPlaceholderText(tr("https://example.com/song.mp3"));
     m_urlField->setAccessibleName(tr("Web address"));
     m_urlField->setFixedHeight(AppTheme::controlHeight);
     m_urlField->setTextMargins(fieldPadding, 0, fieldPadding, 0);
@@ -112,12 +110,16 @@ QWidget* OpenFromURLSheet::makeProgress()
     m_bar->setAccessibleName(tr("Progress"));
     m_words->setFixedWidth(wordsWidth);
     m_words->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    auto* stop = new QPushButton(tr("Stop"));
+    stop->setAutoDefault(false);
+    connect(stop, &QAbstractButton::clicked, this, &OpenFromURLSheet::stopDownload);
     auto* row = new QHBoxLayout(m_progress);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(12);
     row->addWidget(new BusyIndicator(m_services.theme, {}, indicatorSize));
     row->addWidget(m_bar, 1);
     row->addWidget(m_words);
+    row->addWidget(stop);
     return m_progress;
 }
 
@@ -146,38 +148,55 @@ void OpenFromURLSheet::startDownload()
     const auto address = WebAddress::parse(urlText());
     if (!address || m_download)
         return;
+    auto download = RunningDownload::start(m_services.downloader, *address, m_downloadDirectory,
+                                           { [this] { showProgress(); }, [this](const auto& outcome) { finish(outcome); } });
+    if (!download) {
+        showFailure(download.error());
+        return;
+    }
+    m_download = std::move(*download);
     m_errorMessage.reset();
-    auto download = std::make_shared<RunningDownload>();
-    m_download = download;
-    download->setListener({ [this] { showProgress(); }, [this](const auto& outcome) { finish(outcome); } });
     sync();
-    download->start(m_services.downloader, *address, m_downloadDirectory);
-    // It may have failed at once.
-    if (isDownloading())
-        setInFront(false);
+    setInFront(false);
+}
+
+void OpenFromURLSheet::stopDownload()
+{
+    m_download.reset();
+    sync();
+    askAgain();
 }
 
 void OpenFromURLSheet::finish(const URLDownloader::Outcome& outcome)
 {
     m_download.reset();
-    if (!outcome)
-        m_errorMessage = QString::fromStdString(outcome.error().description());
-    sync();
-    if (outcome) {
-        // The last thing: it may destroy this sheet.
-        m_handlers.onLoad(*outcome);
+    if (!outcome) {
+        showFailure(outcome.error());
         return;
     }
+    sync();
+    // The last thing: it may destroy this sheet.
+    m_handlers.onLoad(*outcome);
+}
+
+void OpenFromURLSheet::showFailure(const DownloadError& error)
+{
+    m_errorMessage = errorText(error);
+    sync();
     // Whoever plays meanwhile keeps the keys.
-    if (isActiveWindow()) {
-        setInFront(true);
-        m_urlField->setFocus();
-    }
+    if (isActiveWindow())
+        askAgain();
     QAccessibleEvent alert(m_errorText, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);
 }
 
-std::shared_ptr<RunningDownload> OpenFromURLSheet::releaseDownload()
+void OpenFromURLSheet::askAgain()
+{
+    setInFront(true);
+    m_urlField->setFocus();
+}
+
+std::unique_ptr<RunningDownload> OpenFromURLSheet::releaseDownload()
 {
     if (m_download)
         m_download->setListener({});
@@ -241,7 +260,7 @@ void OpenFromURLSheet::setInFront(bool isInFront)
     const Qt::WindowModality modality = isInFront ? Qt::WindowModal : Qt::NonModal;
     if (!isVisible() || windowModality() == modality)
         return;
-    // A window in view keeps its modality until it is shown anew.
+    // A window in view keeps its modality until it is shown again.
     const QPoint place = pos();
     hide();
     setWindowModality(modality);

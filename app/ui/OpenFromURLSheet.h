@@ -39,24 +39,23 @@ public:
     struct Handlers {
         /// Given the downloaded file; the owner closes the sheet.
         std::function<void(const FilePath& file)> onLoad;
-        /// The same, without a file. A download that runs can be taken over (`releaseDownload`).
+        /// The same, without a file. A download that runs can be taken over (`releaseDownload`); else it ends with the sheet.
         std::function<void()> onCancel;
     };
 
     OpenFromURLSheet(const Services& services, Handlers handlers, QWidget* parent);
-    ~OpenFromURLSheet() override;
-    OpenFromURLSheet(const OpenFromURLSheet&) = delete;
-    OpenFromURLSheet& operator=(const OpenFromURLSheet&) = delete;
 
     /// What has been typed is a web address.
     [[nodiscard]] bool canSubmit() const;
     void startDownload();
+    /// Back to the question. What has been received stays for another attempt.
+    void stopDownload();
     /// Asks for the folder; the answer is the new default too.
     void chooseDirectory();
 
     [[nodiscard]] bool isDownloading() const { return m_download != nullptr; }
     /// The download that runs, if one does; the sheet hears no more of it.
-    [[nodiscard]] std::shared_ptr<RunningDownload> releaseDownload();
+    [[nodiscard]] std::unique_ptr<RunningDownload> releaseDownload();
 
     void reject() override;
 
@@ -70,6 +69,8 @@ private:
     [[nodiscard]] QWidget* makeProgress();
     [[nodiscard]] QWidget* makeError();
     void finish(const URLDownloader::Outcome& outcome);
+    void showFailure(const DownloadError& error);
+    void askAgain();
     void showProgress();
     void showDirectory();
     /// What is shown and enabled, by the state.
@@ -80,7 +81,7 @@ private:
     Handlers m_handlers;
     FilePath m_downloadDirectory;
     std::optional<QString> m_errorMessage;
-    std::shared_ptr<RunningDownload> m_download;
+    std::unique_ptr<RunningDownload> m_download;
 
     QLineEdit* m_urlField;
     ElidedLabel* m_directory;

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <utility>
 
 namespace quillet {
 namespace {
@@ -10,41 +11,61 @@ namespace {
 constexpr std::int64_t bytesPerKB = 1024;
 constexpr std::int64_t bytesPerMB = 1024 * bytesPerKB;
 
-QString tr(const char* text) { return QCoreApplication::translate("RunningDownload", text); }
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(RunningDownload)
+};
 
 QString sizeText(std::int64_t bytes)
 {
     if (bytes < bytesPerMB)
-        return tr("%1 KB").arg((bytes + bytesPerKB - 1) / bytesPerKB);
-    return tr("%1 MB").arg(static_cast<double>(bytes) / bytesPerMB, 0, 'f', 1);
+        return Text::tr("%1 KB").arg((bytes + bytesPerKB - 1) / bytesPerKB);
+    return Text::tr("%1 MB").arg(static_cast<double>(bytes) / bytesPerMB, 0, 'f', 1);
 }
+
+struct ErrorText {
+    Q_DECLARE_TR_FUNCTIONS(DownloadError)
+};
 
 }  // namespace
 
-void RunningDownload::start(URLDownloader& downloader, const WebAddress& address, const FilePath& directory)
+RunningDownload::RunningDownload(URLDownloader& downloader, WebAddress address, FilePath directory, Listener listener)
+    : m_downloader(downloader),
+      m_address(std::move(address)),
+      m_directory(std::move(directory)),
+      m_listener(std::move(listener))
 {
-    downloader.download(address, directory,
-                        { [self = shared_from_this()](const DownloadProgress& progress) {
-                             self->m_progress = progress;
-                             if (self->m_listener.progressed)
-                                 self->m_listener.progressed();
-                         },
-                          [self = shared_from_this()](const URLDownloader::Outcome& outcome) {
-                              // The listener may be replaced while it listens.
-                              if (const auto ended = self->m_listener.ended)
-                                  ended(outcome);
-                          } });
+}
+
+std::expected<std::unique_ptr<RunningDownload>, DownloadError>
+RunningDownload::start(URLDownloader& downloader, const WebAddress& address, const FilePath& directory, Listener listener)
+{
+    std::unique_ptr<RunningDownload> started(new RunningDownload(downloader, address, directory, std::move(listener)));
+    auto process = downloader.download(address, directory,
+                                       { [self = started.get()](const DownloadProgress& progress) {
+                                            self->m_progress = progress;
+                                            // A listener may be replaced, or destroy the download, while it listens.
+                                            if (const auto progressed = self->m_listener.progressed)
+                                                progressed();
+                                        },
+                                         [self = started.get()](const URLDownloader::Outcome& outcome) {
+                                             if (const auto ended = self->m_listener.ended)
+                                                 ended(outcome);
+                                         } });
+    if (!process)
+        return std::unexpected(process.error());
+    started->m_process = std::move(*process);
+    return started;
 }
 
 QString RunningDownload::words() const
 {
     if (!m_progress)
-        return tr("Connecting…");
+        return Text::tr("Connecting…");
     if (m_progress->step == DownloadProgress::Step::converting)
-        return tr("Converting…");
+        return Text::tr("Converting…");
     if (const auto part = percent())
-        return tr("%1 % of %2").arg(*part).arg(sizeText(m_progress->expectedBytes));
-    return tr("%1 received").arg(sizeText(m_progress->receivedBytes));
+        return Text::tr("%1 % of %2").arg(*part).arg(sizeText(m_progress->expectedBytes));
+    return Text::tr("%1 received").arg(sizeText(m_progress->receivedBytes));
 }
 
 std::optional<int> RunningDownload::percent() const
@@ -53,6 +74,27 @@ std::optional<int> RunningDownload::percent() const
         return std::nullopt;
     const double part = static_cast<double>(m_progress->receivedBytes) / static_cast<double>(m_progress->expectedBytes);
     return static_cast<int>(100 * std::clamp(part, 0.0, 1.0));
+}
+
+QString errorText(const DownloadError& error)
+{
+    QString message = QString::fromStdString(error.message);
+    switch (error.kind) {
+    case DownloadError::Kind::processFailed:
+        return message.isEmpty() ? ErrorText::tr("Download failed (exit code %1).").arg(error.exitCode)
+                                 : ErrorText::tr("Download failed: %1").arg(message);
+    case DownloadError::Kind::uvNotFound:
+        return ErrorText::tr("uv not found inside the app bundle.");
+    case DownloadError::Kind::ytDlpNotFound:
+        return ErrorText::tr("yt-dlp not found inside the app bundle.");
+    case DownloadError::Kind::ffmpegNotFound:
+        return ErrorText::tr("ffmpeg not found inside the app bundle.");
+    case DownloadError::Kind::noOutputFile:
+        return ErrorText::tr("Download succeeded but no output file path was reported.");
+    case DownloadError::Kind::launchFailed:
+        break;
+    }
+    return message;
 }
 
 }  // namespace quillet

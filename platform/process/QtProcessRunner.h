@@ -14,15 +14,18 @@ class QtProcessRunner final : public ProcessRunner {
 public:
     QtProcessRunner();
     ~QtProcessRunner() override;
+    QtProcessRunner(const QtProcessRunner&) = delete;
+    QtProcessRunner& operator=(const QtProcessRunner&) = delete;
 
-    void run(const ProcessRequest& request, Handlers handlers) override;
+    [[nodiscard]] std::unique_ptr<RunningProcess> run(const ProcessRequest& request, Handlers handlers) override;
 
-    /// Kills every child that runs with all that it has started. Their handlers are not called.
+    /// Ends every child that runs, as destroying its RunningProcess does.
     void endAll();
 
 private:
     class Child;
-    std::vector<std::unique_ptr<Child>> m_children;
+    class Handle;
+    std::vector<std::shared_ptr<Child>> m_children;
 };
 
 }  // namespace quillet

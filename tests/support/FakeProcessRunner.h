@@ -4,6 +4,7 @@
 
 #include "platform/process/ProcessRunner.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,21 +15,41 @@ class FakeProcessRunner final : public ProcessRunner {
 public:
     struct Child {
         ProcessRequest request;
-        Handlers handlers;
+        /// None when it has ended or somebody has ended it before its time.
+        std::shared_ptr<const Handlers> handlers;
+        bool wasEnded = false;
 
-        void say(std::string_view onStandardError) const { handlers.standardError(onStandardError); }
-        void end(int status, std::string output, std::string errors = {}) const
+        void say(std::string_view onStandardError) const
         {
-            handlers.ended(ProcessEnd{ status, std::move(output), std::move(errors) });
+            if (const auto kept = handlers)
+                kept->standardError(onStandardError);
+        }
+        void end(int status, std::string output)
+        {
+            if (const auto kept = std::exchange(handlers, nullptr))
+                kept->ended(ProcessEnd{ status, std::move(output), {} });
         }
     };
 
-    void run(const ProcessRequest& request, Handlers handlers) override
+    [[nodiscard]] std::unique_ptr<RunningProcess> run(const ProcessRequest& request, Handlers handlers) override
     {
-        children.push_back({ request, std::move(handlers) });
+        children.push_back(std::make_shared<Child>(request, std::make_shared<const Handlers>(std::move(handlers))));
+        struct Handle final : RunningProcess {
+            Handle() = default;
+            ~Handle() override { child->wasEnded = std::exchange(child->handlers, nullptr) != nullptr; }
+            Handle(const Handle&) = delete;
+            Handle& operator=(const Handle&) = delete;
+
+            std::shared_ptr<Child> child;
+        };
+        auto handle = std::make_unique<Handle>();
+        handle->child = children.back();
+        return handle;
     }
 
-    std::vector<Child> children;
+    [[nodiscard]] Child& last() const { return *children.back(); }
+
+    std::vector<std::shared_ptr<Child>> children;
 };
 
 }  // namespace quillet

@@ -4,7 +4,7 @@
 Usage: download_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]. Exit status 77: the tools cannot run here.
 """
 
-import shutil
+import os
 import sys
 import time
 import unittest
@@ -62,28 +62,9 @@ class DownloadTest(unittest.TestCase):
     def has_song(self, name):
         return self.window.has("label", name) and self.window.has("push button", "Play")
 
-    def message(self):
-        return next((node.name for node in self.window.all("label", "Download failed: ")), "")
-
     def own_session(self):
         """The process group of what the program has started."""
         return next((group for pid, (parent, group) in processes().items() if parent == self.window.process.pid and group == pid), None)
-
-    def test_songs_of_every_kind_open(self):
-        window = self.open()
-        self.shot("empty-from-url")
-        window.click("push button", "Open from URL…")
-        self.expect("the sheet", lambda: window.has("text", "Web address"), 5)
-        self.shot("sheet")
-        for path, name in (("/Tuning.mp3", "Tuning.m4a"), ("/moved/Second.wav", "Second.m4a"), ("/Third.m4a", "Third.m4a")):
-            self.ask_for(path)
-            self.expect(name, lambda: self.has_song(name))
-            self.assertFalse(window.has("text", "Web address"))
-            self.assertTrue((self.downloads / name).is_file())
-        DESKTOP.key("space")
-        window.find("push button", "Pause")
-        self.assertAlmostEqual(frequency(DESKTOP.record(1)[11025:]), 441, delta=2)
-        self.assertEqual(window.close(), 0)
 
     def test_the_window_is_used_while_a_download_runs(self):
         mine = DESKTOP.folder / "mine.mp3"
@@ -110,22 +91,39 @@ class DownloadTest(unittest.TestCase):
         box = next(node for node in notice if node.name == "Open").queryComponent().getExtents(window.pyatspi.DESKTOP_COORDS)
         DESKTOP.click((box.x + box.width // 2, box.y + box.height // 2))
         self.expect("Slow.m4a", lambda: self.has_song("Slow.m4a"))
+        self.assertTrue((self.downloads / "Slow.m4a").is_file())
+        DESKTOP.key("space")
+        window.find("push button", "Pause")
+        self.assertAlmostEqual(frequency(DESKTOP.record(1)[11025:]), 441, delta=2)
         self.assertEqual(window.close(), 0)
 
-    def test_failures_are_said_and_can_be_corrected(self):
+    def test_downloads_are_stopped_discarded_and_swept(self):
+        forgotten = self.downloads / ".quillet-000000000000"
+        forgotten.mkdir(parents=True)
+        os.utime(forgotten, (0, 0))
         window = self.open()
-        for path, words in (("/nothing", "404"), ("/page", "Unsupported URL"), ("/broken/Half.mp3", "bytes")):
-            self.ask_for(path)
-            self.expect(words, lambda: words in self.message())
-        self.shot("failed")
-        DESKTOP.key("ctrl+a")
-        DESKTOP.type("--version")
-        self.expect("no button", lambda: not self.can_submit(), 5)
+        self.expect("the sweep", lambda: not forgotten.exists())
+        self.ask_for("/endless/Endless.mp3")
+        self.stop("sheet")
+        # The sheet asks again, with the address in it.
         DESKTOP.key("Return")
-        self.assertTrue(window.has("text", "Web address"))
-        self.ask_for("/Whole.mp3")
-        self.expect("Whole.m4a", lambda: self.has_song("Whole.m4a"))
+        self.expect("the progress", lambda: window.has("progress bar"))
+        DESKTOP.key("Escape")
+        self.expect("the notice", lambda: window.has("label", "The download goes on"), 5)
+        self.stop("notice")
+        self.shot("stopped")
+        self.assertTrue(any(self.downloads.glob(".quillet-*")))
+        window.click("push button", "Discard")
+        self.expect("no remains", lambda: not any(self.downloads.glob(".quillet-*")), 5)
+        self.assertFalse(window.has("label", "The download was stopped."))
         self.assertEqual(window.close(), 0)
+
+    def stop(self, name):
+        self.expect("the download", lambda: any("received" in node.name for node in self.window.all("label")))
+        self.shot(f"stoppable-{name}")
+        group = self.own_session()
+        self.window.click("push button", "Stop")
+        self.assertTrue(ends(group), "something of it still runs")
 
     def test_nothing_writes_on_when_the_program_ends(self):
         for end in (lambda: self.window.close(), lambda: self.window.process.terminate(), lambda: self.window.process.kill()):
@@ -137,20 +135,6 @@ class DownloadTest(unittest.TestCase):
             end()
             self.window.process.wait(10)
             self.assertTrue(ends(group), "something of it still runs")
-
-    def test_a_missing_tool_is_named(self):
-        # A program as it is where its tools could not be fetched.
-        alone = DESKTOP.folder / "alone"
-        alone.mkdir()
-        for name in ("quillet", "quillet-media.so"):
-            shutil.copy(Path(PROGRAM).parent / name, alone / name)
-        window = self.window = Window(DESKTOP, str(alone / "quillet"))
-        window.find("push button", "Open File...")
-        self.ask_for("/song.mp3")
-        self.expect("the sentence", lambda: window.has("label", "uv not found inside the app bundle."))
-        DESKTOP.key("Escape")
-        self.expect("no sheet", lambda: not window.has("text", "Web address"), 5)
-        self.assertEqual(window.close(), 0)
 
 
 def begin(desktop):

@@ -6,6 +6,7 @@
 #include "app/core/keyboard/KeyHandler.h"
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
+#include "app/download/UnfinishedDownloads.h"
 #include "app/ui/MainWindow.h"
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
@@ -28,6 +29,7 @@
 #include <QToolTip>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <stop_token>
@@ -38,6 +40,8 @@ namespace {
 
 /// How long the end of the program waits for work that reads disks.
 constexpr double finalTimeoutSeconds = 1;
+/// After the start of the program, which other things are more urgent for.
+constexpr double sweepDelaySeconds = 5;
 
 class QuilletApp {
 public:
@@ -75,6 +79,7 @@ public:
             m_graph.start();
             watchSettings();
             m_background.run([this] { m_media.preload(); });
+            m_sweep = m_scheduler.after(sweepDelaySeconds, [this] { sweepDownloads(); });
         });
     }
 
@@ -90,6 +95,13 @@ public:
     }
 
 private:
+    void sweepDownloads()
+    {
+        m_background.run([downloads = UnfinishedDownloads(m_downloadSettings.downloadDirectory())] {
+            downloads.sweep(std::chrono::system_clock::now());
+        });
+    }
+
     /// Both of the file's connections may notice that it cannot be written.
     void watchSettings()
     {
@@ -145,8 +157,9 @@ private:
                            m_stemSessions,
                            m_recentFiles } };
     QtProcessRunner m_processes;
-    URLDownloader m_downloader{ m_processes, executableDirectory() };
+    URLDownloader m_downloader{ m_processes, m_background, executableDirectory() };
     DownloadSettingsStore m_downloadSettings{ m_defaults };
+    ScheduledTask m_sweep;
     const SharedInstance<URLDownloader> m_sharedDownloader{ m_downloader };
     const SharedInstance<DownloadSettingsStore> m_sharedDownloadSettings{ m_downloadSettings };
     Notifications m_notifications;

@@ -8,10 +8,12 @@ program needs around it and no argument can say:
 - the folder is taken letter by letter, whatever percent and dollar signs are in its name, and names are cut to what a file system
   can hold;
 - options of the user's own for this program ("yt-dlp.conf" in its directory of settings), and no other configuration;
-- an end of everything that has been started when the program ends.
+- an end of everything that has been started when the program ends, or the tool that has started this one;
+- a sentence for every failure, on standard error.
 """
 
 import contextlib
+import ctypes
 import fcntl
 import filecmp
 import hashlib
@@ -23,14 +25,30 @@ import sys
 import time
 from pathlib import Path
 
+
+def sentence(reason):
+    """What an exception says, on one line."""
+    if isinstance(reason, OSError) and reason.strerror:
+        words = reason.strerror if reason.filename is None else f"{reason.strerror}: {os.fsdecode(reason.filename)}"
+    else:
+        words = f"{type(reason).__name__}: {reason}"
+    return " ".join(words.split())
+
+
+# For what nobody has foreseen, from here on: the interpreter's own words are no one's to read but ours.
+sys.excepthook = lambda _, reason, __: print(f"ERROR: {sentence(reason)}", file=sys.stderr)
+
 import yt_dlp
 from yt_dlp.postprocessor.common import PostProcessor
+from yt_dlp.utils import PostProcessingError
 
 # "quillet-progress 4096 10240": bytes received and expected (0 if unknown); "quillet-progress converting".
 PROGRESS = "quillet-progress"
 PROGRESS_SECONDS = 0.2
 # Names may have 255 bytes; this leaves room for ".f140.webm.part-Frag1000.part" and its like.
 LONGEST_NAME_BYTES = 200
+# Of the kernel's prctl: which signal a process gets when its parent has ended.
+PR_SET_PDEATHSIG = 1
 TITLE_AND_EXTENSION = "/%(title)s.%(ext)s"
 
 
@@ -49,7 +67,14 @@ class Placement(PostProcessor):
         self._folder = folder
 
     def run(self, info):
-        finished = Path(info["filepath"])
+        try:
+            info["filepath"] = str(self._place(Path(info["filepath"])))
+        except OSError as reason:
+            raise PostProcessingError(sentence(reason)) from reason
+        info["__finaldir"] = str(self._folder)
+        return [], info
+
+    def _place(self, finished):
         for number in itertools.count(1):
             name = finished.name if number == 1 else f"{finished.stem} ({number}){finished.suffix}"
             place = self._folder / name
@@ -59,12 +84,13 @@ class Placement(PostProcessor):
                 if not place.is_file() or not filecmp.cmp(finished, place, shallow=False):
                     continue
                 finished.unlink()
-            else:
+                return place
+            try:
                 os.replace(finished, place)
-            break
-        info["filepath"] = str(place)
-        info["__finaldir"] = str(self._folder)
-        return [], info
+            except OSError:
+                place.unlink()
+                raise
+            return place
 
 
 class Downloader(yt_dlp.YoutubeDL):
@@ -121,11 +147,21 @@ def own_arguments(program_folder):
     return own
 
 
+def remove_if_empty(folders):
+    """Each lies in the next: the first that is not empty keeps the others."""
+    with contextlib.suppress(OSError):
+        for folder in folders:
+            folder.rmdir()
+
+
 def claim(folder):
     """Makes the folder, and waits until no other download uses it. What is returned holds the claim until it is closed."""
     while True:
         folder.mkdir(parents=True, exist_ok=True)
-        claimed = os.open(folder, os.O_RDONLY)
+        try:
+            claimed = os.open(folder, os.O_RDONLY)
+        except FileNotFoundError:
+            continue  # whoever had it has just removed it
         with contextlib.suppress(OSError):  # not every file system can
             fcntl.flock(claimed, fcntl.LOCK_EX)
         try:
@@ -136,11 +172,27 @@ def claim(folder):
         os.close(claimed)
 
 
-def end_with_everything(*_):
-    # The program gives the tools a process group of their own, which the tool that has started this one leads.
-    if os.getpgrp() == os.getppid():
-        os.killpg(0, signal.SIGKILL)
-    os._exit(128 + signal.SIGTERM)
+def take_everything_along():
+    """Has everything end when this is asked to, or when the tool that has started it ends in any way."""
+    tool = os.getppid()
+    # The program gives the tools a process group of their own, which that tool leads.
+    is_group_ours = os.getpgrp() == tool
+
+    def end(*_):
+        if is_group_ours:
+            os.killpg(0, signal.SIGKILL)
+        os._exit(128 + signal.SIGTERM)
+
+    def end_without_tool(*_):
+        # The signal also comes when no more than a thread of the tool has ended.
+        if os.getppid() != tool:
+            end()
+
+    signal.signal(signal.SIGTERM, end)
+    signal.signal(signal.SIGUSR1, end_without_tool)
+    with contextlib.suppress(OSError, AttributeError):  # not every kernel can
+        ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGUSR1)
+    end_without_tool()
 
 
 def run(arguments):
@@ -156,7 +208,7 @@ def run(arguments):
 def main():
     if sys.getfilesystemencoding().lower() != "utf-8":
         os.execv(sys.executable, [sys.executable, "-X", "utf8", *sys.argv])
-    signal.signal(signal.SIGTERM, end_with_everything)
+    take_everything_along()
     yt_dlp.YoutubeDL = Downloader
     own, arguments = own_arguments(Path(sys.argv[0]).resolve().parent), sys.argv[1:]
     place = arguments.index("-o") + 1 if "-o" in arguments[:-1] else None
@@ -165,16 +217,21 @@ def main():
     Downloader.final_folder = Path(arguments[place].removesuffix(TITLE_AND_EXTENSION) or "/")
     unfinished = Downloader.final_folder / f".quillet-{hashlib.sha256(arguments[-1].encode()).hexdigest()[:12]}"
     arguments[place] = str(unfinished).replace("%", "%%") + TITLE_AND_EXTENSION
+    missing = [folder for folder in (Downloader.final_folder, *Downloader.final_folder.parents) if not os.path.exists(folder)]
     try:
         claimed = claim(unfinished)
     except OSError as reason:
+        remove_if_empty(missing)
         sys.exit(f"ERROR: {reason.strerror}: {Downloader.final_folder}")
-    status = run(own + arguments)
-    if status == 0:
-        shutil.rmtree(unfinished, ignore_errors=True)
-    elif unfinished.is_dir() and not any(unfinished.iterdir()):
-        unfinished.rmdir()
-    os.close(claimed)
+    status = None
+    try:
+        status = run(own + arguments)
+    finally:
+        if status == 0:
+            shutil.rmtree(unfinished, ignore_errors=True)
+        else:
+            remove_if_empty([unfinished, *missing])
+        os.close(claimed)
     return status
 
 

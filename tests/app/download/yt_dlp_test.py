@@ -12,6 +12,7 @@ import tempfile
 import time
 import unittest
 import urllib.parse
+import zipfile
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "support"))
@@ -19,6 +20,7 @@ from fetched_tools import ends, environment_or_skip
 from song_server import SongServer, make_songs
 
 TOOLS = Path(sys.argv[1]).resolve()
+ENTRY = Path(__file__).resolve().parents[3] / "app/download/yt-dlp/__main__.py"
 LONGEST_NAME_BYTES = 255
 
 
@@ -51,8 +53,10 @@ class FetchTest(unittest.TestCase):
         self.folder = self.home / self.id() / "100% $HOME %(id)s ~ 'é\""
         self.folder.mkdir(parents=True)
 
-    def fetch(self, path, folder=None):
-        return subprocess.run(command(folder or self.folder, self.server.address(path)), env=self.environment, cwd="/",
+    def fetch(self, path, folder=None, limit=None):
+        """No file may grow larger than `limit` bytes."""
+        limited = ["prlimit", f"--fsize={limit}"] if limit else []
+        return subprocess.run([*limited, *command(folder or self.folder, self.server.address(path))], env=self.environment, cwd="/",
                               capture_output=True)
 
     def fetched(self, path):
@@ -102,14 +106,32 @@ class FetchTest(unittest.TestCase):
 
     def test_failures_are_said_and_leave_nothing_in_view(self):
         for path, word in (("/nothing", "404"), ("/page", "Unsupported URL"), ("/broken/song.mp3", "24")):
-            outcome = self.fetch(path)
-            self.assertEqual(outcome.returncode, 1, path)
-            self.assertEqual(outcome.stdout, b"")
-            self.assertIn(word, outcome.stderr.decode())
+            self.assert_fails(self.fetch(path), word)
         self.assertTrue(all(name.startswith(".") for name in self.names()))
-        nowhere = self.fetch("/song.mp3", "/proc/nowhere")
-        self.assertEqual(nowhere.returncode, 1)
-        self.assertEqual(nowhere.stderr.decode().strip(), "ERROR: No such file or directory: /proc/nowhere")
+        self.assert_fails(self.fetch("/nothing", self.folder / "new" / "newer"), "404")
+        self.assertFalse((self.folder / "new").exists())
+        self.assert_fails(self.fetch("/song.mp3", "/proc/nowhere"), "ERROR: No such file or directory: /proc/nowhere\n")
+
+    def test_what_nobody_has_foreseen_is_one_sentence_too(self):
+        # A song that disappears before it gets its place, a disk without room, an application that is not whole.
+        options = self.home / ".config/quillet/yt-dlp.conf"
+        options.parent.mkdir(parents=True, exist_ok=True)
+        options.write_text("--exec post_process:rm")
+        self.assert_fails(self.fetch("/song.mp3"), "ERROR: Postprocessing: No such file or directory")
+        options.unlink()
+        self.assert_fails(self.fetch("/song.mp3", limit=10000), "File too large")
+        self.assertTrue(all(name.startswith(".") for name in self.names()))
+        with zipfile.ZipFile(self.home / "half", "w") as half:
+            half.write(ENTRY, "__main__.py")
+        outcome = subprocess.run([TOOLS / "uv", "run", "--python", "3.12", self.home / "half"], env=self.environment, cwd="/",
+                                 capture_output=True)
+        self.assert_fails(outcome, "ERROR: ModuleNotFoundError: No module named 'yt_dlp'\n")
+
+    def assert_fails(self, outcome, words):
+        self.assertEqual((outcome.returncode, outcome.stdout), (1, b""))
+        errors = outcome.stderr.decode()
+        self.assertIn(words, errors)
+        self.assertNotIn("Traceback", errors)
 
     def test_options_of_the_users_own_for_this_program_are_read(self):
         for folder, option in ((".config/yt-dlp", "--print title"), (".config/quillet", "--user-agent practising")):
@@ -118,16 +140,22 @@ class FetchTest(unittest.TestCase):
         self.assertEqual(self.fetched("/song.mp3"), "song.m4a")
         self.assertEqual(self.server.agents[-1], "practising")
 
-    def test_a_polite_request_ends_everything_and_the_next_time_goes_on_from_there(self):
-        process = subprocess.Popen(command(self.folder, self.server.address("/slow/song.mp3")), env=self.environment, cwd="/",
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
-        end = time.monotonic() + 20
-        while not any(file.stat().st_size > 0 for file in self.folder.rglob("*.part")):
-            self.assertLess(time.monotonic(), end, "nothing came")
-            time.sleep(0.05)
-        process.send_signal(signal.SIGTERM)
-        process.wait(10)
-        self.assertTrue(ends(process.pid), "something of it still runs")
+    def test_everything_ends_with_the_tool_and_the_next_time_goes_on_from_there(self):
+        def received():
+            return sum(file.stat().st_size for file in self.folder.rglob("*.part"))
+
+        for end in (signal.SIGTERM, signal.SIGKILL):
+            before = received()
+            process = subprocess.Popen(command(self.folder, self.server.address("/slow/song.mp3")), env=self.environment, cwd="/",
+                                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
+            limit = time.monotonic() + 20
+            while received() <= before:
+                self.assertLess(time.monotonic(), limit, "nothing came")
+                time.sleep(0.05)
+            process.send_signal(end)
+            process.wait(10)
+            self.assertTrue(ends(process.pid), "something of it still runs")
+            self.assertTrue(all(name.startswith(".") for name in self.names()), "it has gone on")
         self.server.places.clear()
         self.assertEqual(self.fetched("/slow/song.mp3"), "song.m4a")
         self.assertGreater(max(self.server.places), 0)

@@ -55,7 +55,7 @@ struct ContentViewTest : testing::Test {
     };
     FakeProcessRunner processes;
     TemporaryFolder tools;
-    URLDownloader downloader{ processes, tools.path() };
+    URLDownloader downloader{ processes, background, tools.path() };
     DownloadSettingsStore downloadSettings{ rig.defaults };
     ContentView view{ { state, loader, rig.commands, recentFiles, downloader, downloadSettings, rig.theme, rig.defaults } };
 
@@ -209,7 +209,7 @@ TEST_F(ContentViewTest, ADownloadedSongIsOpenedWithTheDefaults)
     rig.commands.execute(CommandId::openFromURL);
     EXPECT_EQ(view.findChildren<OpenFromURLSheet*>().size(), 1);
     state.setSpeed(50);
-    processes.children.at(0).end(0, "/songs/a.m4a");
+    processes.children.at(0)->end(0, "/songs/a.m4a");
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_FALSE(sheet);
     EXPECT_EQ(state.audioFileURL(), "/songs/a.m4a");
@@ -221,7 +221,7 @@ TEST_F(ContentViewTest, ADownloadedSongIsOpenedWithTheDefaults)
     QTest::keyClicks(other->findChild<QLineEdit*>(), QStringLiteral("https://example.com/b.mp3"));
     other->startDownload();
     other->reject();
-    processes.children.at(1).end(0, "/songs/b.m4a");
+    processes.children.at(1)->end(0, "/songs/b.m4a");
     EXPECT_EQ(state.audioFileURL(), "/songs/a.m4a");
     EXPECT_EQ(view.findChild<DownloadNotice*>()->sentence(), QString::fromUtf8("“b.m4a” has been downloaded."));
 }

@@ -9,12 +9,22 @@
 
 #include <csignal>
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <optional>
 
 namespace quillet {
 namespace {
 
 using End = std::expected<ProcessEnd, ProcessStartError>;
+
+/// One that has ended may still be waiting for its parent to hear of it.
+bool runs(pid_t pid)
+{
+    std::string state;
+    std::getline(std::ifstream("/proc/" + std::to_string(pid) + "/stat"), state);
+    return !state.empty() && !state.contains(") Z ");
+}
 
 struct QtProcessRunnerTest : testing::Test {
     EventLoop loop;
@@ -27,14 +37,10 @@ struct QtProcessRunnerTest : testing::Test {
         return { "/bin/sh", arguments, "/" };
     }
 
-    End run(const ProcessRequest& request, std::string* errorsAsTheyCame = nullptr)
+    End run(const ProcessRequest& request, const std::function<void(std::string_view)>& listen = {})
     {
         std::optional<End> result;
-        const auto listen = [errorsAsTheyCame](std::string_view bytes) {
-            if (errorsAsTheyCame != nullptr)
-                *errorsAsTheyCame += bytes;
-        };
-        runner.run(request, { listen, [&result](End end) { result = std::move(end); } });
+        const auto child = runner.run(request, { {}, listen, [&result](End end) { result = std::move(end); } });
         EXPECT_FALSE(result) << "answered inside the call";
         EXPECT_TRUE(loop.runUntil([&] { return result.has_value(); }));
         return result.value_or(End(std::unexpected(ProcessStartError{ "no answer" })));
@@ -57,12 +63,12 @@ TEST_F(QtProcessRunnerTest, ArgumentsArriveLetterByLetter)
 TEST_F(QtProcessRunnerTest, BothPipesAreDrainedWhileItRuns)
 {
     std::string asTheyCame;
-    const End end =
-        run(shell("head -c 1000000 /dev/zero; head -c 1000000 /dev/zero >&2; printf last >&2; exit 3"), &asTheyCame);
+    const End end = run(shell("head -c 1000000 /dev/zero; head -c 1000000 /dev/zero >&2; printf last >&2; exit 3"),
+                        [&](std::string_view piece) { asTheyCame += piece; });
     ASSERT_TRUE(end);
     EXPECT_EQ(end->standardOutput.size(), 1000000);
-    EXPECT_EQ(end->standardError.size(), 1000004);
-    EXPECT_EQ(asTheyCame, end->standardError);
+    EXPECT_EQ(asTheyCame.size(), 1000004);
+    EXPECT_EQ(end->standardError, "");
     EXPECT_EQ(end->status, 3);
 }
 
@@ -82,34 +88,66 @@ TEST_F(QtProcessRunnerTest, WhatCannotStartOrIsKilledIsSaid)
 TEST_F(QtProcessRunnerTest, AnAnswerMayStartTheNextAndChildrenRunSideBySide)
 {
     std::string order;
-    runner.run(shell("sleep 0.4"), { {}, [&](const End&) { order += "slow "; } });
-    runner.run(shell("true"), { {}, [&](const End&) {
-                                   order += "first ";
-                                   runner.run(shell("true"), { {}, [&](const End&) { order += "second "; } });
-                               } });
-    EXPECT_TRUE(loop.runUntil([&] { return order.ends_with("slow "); }));
-    EXPECT_EQ(order, "first second slow ");
+    std::unique_ptr<RunningProcess> second;
+    const auto slow = runner.run(shell("exec sleep 60"), { {}, {}, [&](const End&) { order += "slow "; } });
+    const auto first =
+        runner.run(shell("true"), { {}, {}, [&](const End&) {
+                                       order += "first ";
+                                       second = runner.run(shell("true"), { {}, {}, [&](const End&) { order += "second "; } });
+                                   } });
+    EXPECT_TRUE(loop.runUntil([&] { return order.ends_with("second "); }));
+    EXPECT_EQ(order, "first second ");
 }
 
-TEST_F(QtProcessRunnerTest, EverythingThatWasStartedEndsWithTheRunner)
+TEST_F(QtProcessRunnerTest, EverythingThatAChildHasStartedEndsWithIt)
 {
-    const FilePath pids = folder / "pids";
-    bool answered = false;
-    // A child of the child, deaf to polite requests, writes on for ever.
-    runner.run(
-        shell(R"(sh -c 'trap "" TERM HUP; echo $$ >> "$1"; while :; do sleep 0.05; done' inner "$1" & echo $$ >> "$1"; wait)",
-              { pids.native() }),
-        { {}, [&](const End&) { answered = true; } });
-    std::vector<pid_t> running;
-    ASSERT_TRUE(loop.runUntil([&] {
-        std::ifstream file(pids);
-        running.assign(std::istream_iterator<pid_t>(file), {});
-        return running.size() == 2;
-    }));
-    runner.endAll();
-    for (const pid_t pid : running)
-        EXPECT_TRUE(loop.runUntil([pid] { return kill(pid, 0) != 0; })) << "still there: " << pid;
-    EXPECT_FALSE(answered);
+    using Child = std::unique_ptr<RunningProcess>;
+    std::unique_ptr<QtProcessRunner> ending;
+    struct Case {
+        const char* name;
+        std::function<void(Child& child, pid_t leader)> end;
+        bool isAnswered;
+    };
+    for (const Case& test : {
+             Case{ "nobody wants it", [](Child& child, pid_t) { child.reset(); }, false },
+             Case{ "the program ends", [&](Child&, pid_t) { ending.reset(); }, false },
+             Case{ "killed from outside", [](Child&, pid_t leader) { kill(leader, SIGKILL); }, true },
+         }) {
+        const FilePath pids = folder / test.name;
+        bool isAnswered = false;
+        ending = std::make_unique<QtProcessRunner>();
+        // A child of the child, deaf to polite requests, goes on as long as the folder is there.
+        Child child = ending->run(
+            shell(
+                R"(echo $$ > "$1"; sh -c 'trap "" TERM HUP; echo $$ >> "$1"; while [ -e "$1" ]; do sleep 0.05; done' inner "$1" & wait)",
+                { pids.native() }),
+            { {}, {}, [&](const End&) { isAnswered = true; } });
+        std::vector<pid_t> running;
+        ASSERT_TRUE(loop.runUntil([&] {
+            std::ifstream file(pids);
+            running.assign(std::istream_iterator<pid_t>(file), {});
+            return running.size() == 2;
+        }));
+        test.end(child, running.front());
+        for (const pid_t pid : running)
+            EXPECT_TRUE(loop.runUntil([pid] { return !runs(pid); })) << test.name << ": still there: " << pid;
+        EXPECT_TRUE(loop.runUntil([&] { return isAnswered == test.isAnswered; })) << test.name;
+    }
+}
+
+TEST_F(QtProcessRunnerTest, AHandlerMayEndItsChild)
+{
+    std::unique_ptr<RunningProcess> loud;
+    pid_t pid = 0;
+    int calls = 0;
+    const auto end = [&](std::string_view piece) {
+        ++calls;
+        pid = std::stoi(std::string(piece));
+        loud.reset();
+    };
+    loud = runner.run(shell("echo $$; while echo more; do :; done"), { end, {}, [&](const End&) { ++calls; } });
+    EXPECT_TRUE(loop.runUntil([&] { return pid != 0 && !runs(pid); }));
+    EXPECT_EQ(calls, 1);
 }
 
 }  // namespace
