@@ -113,10 +113,10 @@ TEST(TypedValues, RegionsKeepTheirGapAndTheirFile)
     EXPECT_EQ(clampEnd(12, 2, 10), 10);
     EXPECT_EQ(clampEnd(3, 2, 10), 3);
     EXPECT_EQ(clampEnd(9, 9.995, 10), 10);
-    EXPECT_EQ(clampNewRegion(3, 7, 10), (Region{ 3, 7 }));
-    EXPECT_EQ(clampNewRegion(-2, 4, 10), (Region{ 0, 4 }));
-    EXPECT_EQ(clampNewRegion(15, 4, 10), (Region{ 4, 10 }));
-    EXPECT_EQ(clampNewRegion(4, 4, 10), (Region{ 4, 4 }));
+    EXPECT_EQ(clampNewRegion(3, 7, 10), (TimeRange{ 3, 7 }));
+    EXPECT_EQ(clampNewRegion(-2, 4, 10), (TimeRange{ 0, 4 }));
+    EXPECT_EQ(clampNewRegion(15, 4, 10), (TimeRange{ 4, 10 }));
+    EXPECT_EQ(clampNewRegion(4, 4, 10), (TimeRange{ 4, 4 }));
 }
 
 }  // namespace
