@@ -58,7 +58,7 @@ std::optional<std::string> decodeBase64(std::string_view text)
         for (const unsigned shift : { 16U, 8U, 0U })
             bytes += static_cast<char>(group >> shift & 0xFF);
     }
-    // The bits that the padding leaves unused are nought in what an encoder writes.
+    // The bits that the padding leaves unused are zero in what an encoder writes.
     for (std::size_t i = 0; i < padding; ++i) {
         if (bytes.back() != '\0')
             return std::nullopt;

@@ -40,7 +40,7 @@ struct StemSession {
     /// Sets the flag of the first stem with `key`; does nothing when there is none.
     void setMuted(bool isMuted, std::string_view key);
 
-    /// The name shown for `key`: each word with a capital (ASCII) letter first and small ones behind it.
+    /// The name shown for `key`: each word with a capital (ASCII) letter first and small ones after it.
     [[nodiscard]] static std::string displayName(std::string_view key);
 };
 

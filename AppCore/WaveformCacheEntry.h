@@ -40,7 +40,7 @@ inline constexpr std::size_t waveformCacheHeadBytes = 192;
 [[nodiscard]] std::optional<double> lastAccessedOfRecord(std::string_view head, std::int64_t byteCount);
 
 [[nodiscard]] std::string dataOfPeaks(std::span<const float> peaks);
-/// Bytes behind the last whole float are ignored.
+/// Bytes after the last whole float are ignored.
 [[nodiscard]] std::vector<float> peaksOfData(std::string_view data);
 
 }  // namespace quillet

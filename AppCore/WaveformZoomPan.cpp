@@ -8,13 +8,13 @@ namespace {
 using WaveformZoomPan::Extent;
 using WaveformZoomPan::ZoomPan;
 
-double largestPan(double zoom, double viewWidth) { return (zoom - 1) * viewWidth; }
+double maxPan(double zoom, double viewWidth) { return (zoom - 1) * viewWidth; }
 
 ZoomPan placed(double zoom, const Extent& extent, double regionStart)
 {
     const double fraction = extent.audioDuration > 0 ? regionStart / extent.audioDuration : 0;
     const double pan = fraction * extent.viewWidth * zoom - WaveformZoomPan::fitMargin * extent.viewWidth;
-    return { zoom, std::min(std::max(pan, 0.0), largestPan(zoom, extent.viewWidth)) };
+    return { zoom, std::min(std::max(pan, 0.0), maxPan(zoom, extent.viewWidth)) };
 }
 
 }  // namespace
@@ -23,7 +23,7 @@ double WaveformZoomPan::panLeft(double current, double viewWidth) { return std::
 
 double WaveformZoomPan::panRight(ZoomPan current, double viewWidth)
 {
-    return std::min(current.pan + panStep * viewWidth, largestPan(current.zoom, viewWidth));
+    return std::min(current.pan + panStep * viewWidth, maxPan(current.zoom, viewWidth));
 }
 
 ZoomPan WaveformZoomPan::zoomIn(double current, const Extent& extent, double regionStart)
@@ -40,7 +40,7 @@ ZoomPan WaveformZoomPan::magnified(ZoomPan current, double magnification, double
 {
     const double zoom = std::clamp(current.zoom * (1 + magnification), min, max);
     const double pan = (anchorX + current.pan) / current.zoom * zoom - anchorX;
-    return { zoom, std::clamp(pan, 0.0, largestPan(zoom, viewWidth)) };
+    return { zoom, std::clamp(pan, 0.0, maxPan(zoom, viewWidth)) };
 }
 
 std::optional<ZoomPan> WaveformZoomPan::fitRegion(double regionStart, double regionEnd, const Extent& extent)

@@ -5,7 +5,7 @@
 //   quillet-bench-changes
 
 #include "platform/audio/CubebOutputDevice.h"
-#include "platform/audio/DeviceOutput.h"
+#include "platform/audio/LiveOutput.h"
 #include "platform/audio/NullOutputDevice.h"
 #include "platform/audio/OfflineOutput.h"
 #include "platform/audio/PlaybackGraph.h"
@@ -193,7 +193,7 @@ double holeMilliseconds(double rate, const Edit& edit)
     const TestSoundServer server;
     const MonitorRecorder recorder(server);
     QtScheduler scheduler;
-    DeviceOutput output(std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler);
+    LiveOutput output(std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler);
     PlaybackGraph graph(output, scheduler);
     const auto player = graph.makePlayer();
     graph.connect(*player, graph.timePitch());

@@ -3,7 +3,7 @@
 //   quillet-bench-soak SONG RATE SECONDS [BUSY-LOOPS]
 
 #include "platform/audio/CubebOutputDevice.h"
-#include "platform/audio/DeviceOutput.h"
+#include "platform/audio/LiveOutput.h"
 #include "platform/audio/NullOutputDevice.h"
 #include "platform/audio/PlaybackGraph.h"
 #include "platform/media/FfmpegAudioFile.h"
@@ -58,7 +58,7 @@ int main(int argc, char* argv[])
     }
     const std::shared_ptr<AudioFile> file = std::move(*opened);
     QtScheduler scheduler;
-    DeviceOutput output(std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler);
+    LiveOutput output(std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler);
     PlaybackGraph graph(output, scheduler);
     bool heard = true;
     graph.onOutputChange([&heard](AudioOutput::State state) { heard &= state == AudioOutput::State::device; });

@@ -4,7 +4,7 @@
 //   quillet-bench-start-latency FOLDER-WITH-SONGS
 
 #include "platform/audio/CubebOutputDevice.h"
-#include "platform/audio/DeviceOutput.h"
+#include "platform/audio/LiveOutput.h"
 #include "platform/audio/NullOutputDevice.h"
 #include "platform/audio/PlaybackGraph.h"
 #include "platform/media/FfmpegAudioFile.h"
@@ -46,7 +46,7 @@ struct Player {
     TestSoundServer server;
     MonitorRecorder recorder{ server };
     QtScheduler scheduler;
-    DeviceOutput output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler };
+    LiveOutput output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler };
     PlaybackGraph graph{ output, scheduler };
     std::unique_ptr<PlayerNode> player = graph.makePlayer();
     std::unique_ptr<MixerNode> mixer = graph.makeMixer();

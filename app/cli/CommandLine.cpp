@@ -9,7 +9,7 @@
 namespace quillet {
 namespace {
 
-constexpr double longestTimeSeconds = 59999.999;
+constexpr double maxTimeSeconds = 59999.999;
 
 /// A number written out in full ("0.5", not "0.5s", "nan" or ""), or nothing.
 std::optional<double> number(const std::string& text)
@@ -68,10 +68,9 @@ struct PlaybackArguments {
     void addTo(CLI::App& command)
     {
         command.add_option("IN", input, "The audio file")->required();
-        command.add_option("--from", from, "Start of the region, in seconds (0)")
-            ->check(between(0, longestTimeSeconds, "seconds"));
+        command.add_option("--from", from, "Start of the region, in seconds (0)")->check(between(0, maxTimeSeconds, "seconds"));
         command.add_option("--to", to, "End of the region, in seconds (the end of the file)")
-            ->check(between(0, longestTimeSeconds, "seconds"));
+            ->check(between(0, maxTimeSeconds, "seconds"));
         command.add_option("--speed", speed, "Speed in percent, 5 to 300 (100); the pitch stays")
             ->check(between(5, 300, "percent"));
         command.add_option("--pitch", pitch, "Transposition in cents, -1200 to 1200 (0); the speed stays")
@@ -88,7 +87,7 @@ struct PlaybackArguments {
         command
             .add_option("--hold", hold,
                         "Hold the instant at this time, in seconds: a window of 0.08 s, repeated --passes times")
-            ->check(between(0, longestTimeSeconds, "seconds"));
+            ->check(between(0, maxTimeSeconds, "seconds"));
     }
 
     [[nodiscard]] std::expected<PlaybackOptions, UsageError> options() const

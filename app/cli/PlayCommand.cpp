@@ -3,7 +3,7 @@
 #include "app/cli/ProgressLine.h"
 #include "app/export/PlaybackSession.h"
 #include "platform/audio/CubebOutputDevice.h"
-#include "platform/audio/DeviceOutput.h"
+#include "platform/audio/LiveOutput.h"
 #include "platform/audio/NullOutputDevice.h"
 #include "platform/audio/PlaybackGraph.h"
 #include "platform/media/MediaModule.h"
@@ -37,7 +37,7 @@ std::expected<int, std::string> playFile(const PlaybackOptions& options)
     MediaModule media;
     QtScheduler scheduler;
     const QtRealtimeKit realtimeKit(realtimeRequests());
-    DeviceOutput output(std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler);
+    LiveOutput output(std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler);
     PlaybackGraph graph(output, scheduler);
     PlaybackSession session(graph, media.audioFiles(), scheduler);
     if (auto opened = session.open(options); !opened)

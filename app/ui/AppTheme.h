@@ -34,7 +34,7 @@ struct AppTheme {
     static constexpr int cardRadius = 12;
     static constexpr int controlRadius = 8;
     static constexpr int controlHeight = 30;
-    static constexpr int widestContent = 1200;
+    static constexpr int maxContentWidth = 1200;
     /// Of the letters of titles, controls and what is secondary, pixels.
     static constexpr int titlePixels = 14;
     static constexpr int controlPixels = 13;

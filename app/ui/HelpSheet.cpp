@@ -15,7 +15,7 @@
 namespace quillet {
 namespace {
 
-constexpr QSize leastSize(520, 480);
+constexpr QSize minSize(520, 480);
 constexpr QSize usualSize(600, 620);
 constexpr int titlePixels = 24;
 constexpr int keyColumnWidth = 100;
@@ -103,7 +103,7 @@ HelpSheet::HelpSheet(const ThemeSource& source, QWidget* parent)
 {
     setWindowTitle(tr("Help"));
     setWindowModality(Qt::WindowModal);
-    setMinimumSize(leastSize);
+    setMinimumSize(minSize);
     auto* title = new Label(source, Label::Role::title, tr("Help"));
     title->setHeading(titlePixels);
     auto* done = new QPushButton(tr("Done"));

@@ -15,7 +15,7 @@
 namespace quillet {
 namespace {
 
-constexpr QSize leastContentSize(680, 580);
+constexpr QSize minContentSize(680, 580);
 constexpr QSize usualSize(1000, 900);
 constexpr const char* placeKey = "QLT.windowGeometry";
 
@@ -25,7 +25,7 @@ MainWindow::MainWindow(const ContentView::Services& services)
     : m_services(services)
 {
     setWindowTitle(QStringLiteral("Quillet"));
-    setMinimumSize(leastContentSize);
+    setMinimumSize(minContentSize);
     restorePlace();
 }
 
@@ -33,7 +33,7 @@ void MainWindow::populate()
 {
     REQUIRE(m_content == nullptr);
     m_content = new ContentView(m_services);
-    m_content->setMinimumSize(leastContentSize);
+    m_content->setMinimumSize(minContentSize);
     buildMenus();
     setCentralWidget(m_content);
 }

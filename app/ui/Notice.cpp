@@ -1,6 +1,6 @@
 #include "app/ui/Notice.h"
 
-#include "app/ui/controls/ElidedLabel.h"
+#include "app/ui/controls/Label.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
@@ -16,10 +16,14 @@ constexpr int padding = 8;
 Notice::Notice(const ThemeSource& source, const QString& sentence, QWidget* parent)
     : QWidget(parent),
       m_source(source),
-      m_label(new ElidedLabel(source, Label::Role::text)),
+      m_label(new Label(source, Label::Role::text, {})),
       m_row(new QHBoxLayout(this))
 {
     m_label->setAlignment(Qt::AlignCenter);
+    m_label->setWordWrap(true);
+    QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Minimum);
+    policy.setHeightForWidth(true);
+    m_label->setSizePolicy(policy);
     m_row->setContentsMargins(AppTheme::windowMargin, padding, AppTheme::windowMargin, padding);
     m_row->setSpacing(padding);
     m_row->addWidget(m_label, 1);
@@ -29,10 +33,9 @@ Notice::Notice(const ThemeSource& source, const QString& sentence, QWidget* pare
 void Notice::setSentence(const QString& sentence)
 {
     setAccessibleName(sentence);
-    m_label->setWholeText(sentence);
+    // A path may be broken between its folders.
+    m_label->setText(QString(sentence).replace(QLatin1Char('/'), QStringLiteral("/\u200B")));
 }
-
-const QString& Notice::sentence() const { return m_label->wholeText(); }
 
 QPushButton& Notice::addButton(const QString& title)
 {

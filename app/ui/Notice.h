@@ -11,7 +11,7 @@ class QPushButton;
 
 namespace quillet {
 
-class ElidedLabel;
+class Label;
 
 class Notice : public QWidget {
     Q_OBJECT
@@ -19,8 +19,9 @@ class Notice : public QWidget {
 public:
     Notice(const ThemeSource& source, const QString& sentence, QWidget* parent = nullptr);
 
+    /// Takes as many lines as it needs.
     void setSentence(const QString& sentence);
-    [[nodiscard]] const QString& sentence() const;
+    [[nodiscard]] QString sentence() const { return accessibleName(); }
 
 protected:
     /// In the order in which they are added, after the sentence.
@@ -30,7 +31,7 @@ protected:
 
 private:
     const ThemeSource& m_source;
-    ElidedLabel* m_label;
+    Label* m_label;
     QHBoxLayout* m_row;
 };
 

@@ -27,7 +27,7 @@ constexpr int fieldPadding = 6;
 constexpr int indicatorSize = 18;
 constexpr int barHeight = 4;
 constexpr int wordsWidth = 140;
-constexpr int tallestError = 160;
+constexpr int maxErrorHeight = 160;
 
 }  // namespace
 
@@ -231,10 +231,10 @@ void OpenFromURLSheet::sync()
     if (m_errorMessage) {
         m_errorText->setText(*m_errorMessage);
         int width = m_error->width();
-        if (m_errorText->heightForWidth(width) > tallestError)
+        if (m_errorText->heightForWidth(width) > maxErrorHeight)
             width -= m_error->verticalScrollBar()->sizeHint().width();
         m_errorText->setFixedSize(width, m_errorText->heightForWidth(width));
-        m_error->setFixedHeight(std::min(tallestError, m_errorText->height()));
+        m_error->setFixedHeight(std::min(maxErrorHeight, m_errorText->height()));
     }
     if (isDownloading())
         showProgress();

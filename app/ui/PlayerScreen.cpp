@@ -26,7 +26,7 @@ constexpr int widthForTwoColumns = 900;
 constexpr int widthForWidePage = 1400;
 /// Of the column beside the waveform on a wide page.
 constexpr int sideWidth = 480;
-constexpr int leastWaveformCardHeight = 244;
+constexpr int minWaveformCardHeight = 244;
 
 /// The cards side by side, each as high as the highest.
 QHBoxLayout* rowOf(std::initializer_list<Card*> cards)
@@ -126,17 +126,17 @@ void PlayerScreen::arrange()
         const int side = scaled(sideWidth);
         const int mainWidth = width() - 2 * margin - AppTheme::cardSpacing - side;
         const int below = m_belowColumn->sizeHint().height();
-        const int waveformHeight = std::max(leastWaveformCardHeight, height() - top - AppTheme::cardSpacing - below - margin);
+        const int waveformHeight = std::max(minWaveformCardHeight, height() - top - AppTheme::cardSpacing - below - margin);
         m_waveform->setGeometry(margin, top, mainWidth, waveformHeight);
         m_below->setGeometry(margin, top + waveformHeight + AppTheme::cardSpacing, mainWidth, below);
         m_scroll->setGeometry(margin + mainWidth + AppTheme::cardSpacing, top, side + margin, height() - top);
         return;
     }
-    const int contentWidth = std::min(width() - 2 * margin, scaled(AppTheme::widestContent));
+    const int contentWidth = std::min(width() - 2 * margin, scaled(AppTheme::maxContentWidth));
     const int left = (width() - contentWidth) / 2;
     // What the controls leave is the waveform's.
     const int waveformHeight =
-        std::max(leastWaveformCardHeight, height() - top - AppTheme::cardSpacing - m_column->sizeHint().height());
+        std::max(minWaveformCardHeight, height() - top - AppTheme::cardSpacing - m_column->sizeHint().height());
     m_waveform->setGeometry(margin, top, width() - 2 * margin, waveformHeight);
     const int below = top + waveformHeight + AppTheme::cardSpacing;
     // The scroll bar stands in the margin, beside the cards.

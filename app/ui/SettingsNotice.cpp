@@ -15,16 +15,17 @@ QString reasonOf(Trouble trouble)
 {
     switch (trouble) {
     case Trouble::busy:
-        return SettingsNotice::tr("Your settings cannot be saved: another program has “%1” locked. Close it to save them.");
-    case Trouble::full:
-        return SettingsNotice::tr("Your settings cannot be saved: there is no space left for “%1”. Free some to save them.");
-    case Trouble::readOnly:
-        return SettingsNotice::tr("Your settings cannot be saved: “%1” may not be written. Allow it to save them.");
-    case Trouble::unreadable:
-        return SettingsNotice::tr("Your settings cannot be read or saved: “%1” cannot be opened. Allow it to save them.");
-    case Trouble::other:
         return SettingsNotice::tr(
-            "Your settings cannot be saved: writing “%1” fails. Until that works they are kept in memory.");
+            "Your settings cannot be saved: another program has “%1” locked. They are saved once it lets go.");
+    case Trouble::full:
+        return SettingsNotice::tr(
+            "Your settings cannot be saved: there is no space left for “%1”. They are saved once there is.");
+    case Trouble::readOnly:
+        return SettingsNotice::tr("Your settings cannot be saved: “%1” may not be written. They are saved once it may.");
+    case Trouble::unreadable:
+        return SettingsNotice::tr("Your settings cannot be read or saved: “%1” cannot be opened. They are saved once it can.");
+    case Trouble::other:
+        return SettingsNotice::tr("Your settings cannot be saved: writing “%1” fails. They are saved once that works.");
     case Trouble::none:
         break;
     }
@@ -38,7 +39,7 @@ SettingsNotice::SettingsNotice(const ThemeSource& source, QWidget* parent)
       m_close(&addButton(tr("Close")))
 {
     connect(m_close, &QAbstractButton::clicked, this, [this] {
-        m_health.movedAside.reset();
+        m_readOf = m_health.movedAside;
         sync();
     });
     sync();
@@ -53,13 +54,14 @@ void SettingsNotice::setHealth(const DefaultsHealth& health)
 void SettingsNotice::sync()
 {
     const bool isInTrouble = m_health.trouble != Trouble::none;
+    const bool tellsOfDamage = m_health.movedAside && m_health.movedAside != m_readOf;
     if (isInTrouble)
         setSentence(reasonOf(m_health.trouble).arg(abbreviatedPath(m_health.file)));
-    else if (m_health.movedAside)
+    else if (tellsOfDamage)
         setSentence(tr("The file of your settings was damaged. It was moved aside as “%1”, and a new one was begun.")
                         .arg(abbreviatedPath(*m_health.movedAside)));
     m_close->setVisible(!isInTrouble);
-    setVisible(isInTrouble || m_health.movedAside);
+    setVisible(isInTrouble || tellsOfDamage);
     if (isVisible()) {
         QAccessibleEvent alert(this, QAccessible::Alert);
         QAccessible::updateAccessibility(&alert);

@@ -20,6 +20,8 @@ private:
     void sync();
 
     DefaultsHealth m_health;
+    /// What the user has read of already.
+    std::optional<FilePath> m_readOf;
     QPushButton* m_close;
 };
 

@@ -24,7 +24,7 @@ constexpr int customFieldWidth = 64;
 constexpr int segmentWidth = 46;
 /// The least, where there is little room.
 constexpr int segmentPadding = 7;
-constexpr double largestStep = 100;
+constexpr double maxStep = 100;
 
 struct StepPreset {
     const char* label;
@@ -139,7 +139,7 @@ void SpeedControl::commitSpeedInput(const QString& text)
 void SpeedControl::commitCustomStep(const QString& text)
 {
     const auto typed = readNumber(text.toStdString());
-    if (typed && *typed > 0 && *typed <= largestStep)
+    if (typed && *typed > 0 && *typed <= maxStep)
         m_state.setSpeedStep(*typed);
     showStep();
 }

@@ -1,4 +1,4 @@
-// The theme that is in force: that of the desktop's appearance, and of no other. Views draw with `theme` and draw anew when it
+// The theme that is in force: that of the desktop's appearance, and of no other. Views draw with `theme` and draw again when it
 // changes. It finds out and tells; it draws nothing.
 // Threads: main thread.
 #pragma once

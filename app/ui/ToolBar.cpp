@@ -22,7 +22,7 @@ constexpr int symbolSize = 20;
 constexpr int chevronSize = 12;
 constexpr int busySize = 18;
 /// Of a file in a menu, points.
-constexpr int widestName = 480;
+constexpr int maxNameWidth = 480;
 
 /// A button whose menu drops down, with a chevron after its text.
 class MenuButton final : public QPushButton {
@@ -64,7 +64,7 @@ void fillRecentMenu(QMenu& menu, const AppState& state, CommandCenter& center)
     const auto names = listNames(state.recentFiles());
     for (std::size_t i = 0; i < names.size(); ++i) {
         const FilePath& file = state.recentFiles()[i];
-        QAction* action = menu.addAction(menuText(menu.fontMetrics().elidedText(names[i], Qt::ElideMiddle, widestName)));
+        QAction* action = menu.addAction(menuText(menu.fontMetrics().elidedText(names[i], Qt::ElideMiddle, maxNameWidth)));
         action->setToolTip(toolTipText(pathText(file)));
         QObject::connect(action, &QAction::triggered, &menu, [&center, file] { center.execute(CommandId::openRecent, file); });
     }

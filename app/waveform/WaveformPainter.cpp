@@ -12,7 +12,7 @@ namespace quillet {
 namespace {
 
 constexpr double gapPoints = 0.5;
-constexpr double narrowestBarPixels = 2;
+constexpr double minBarPixels = 2;
 
 /// One run over the visible columns of device pixels, in the pixels' own units.
 class Columns {
@@ -85,7 +85,7 @@ void paintWaveform(QPainter& painter, std::span<const float> samples, const Wave
     const double right = std::min({ endX, coordinates.viewWidth, count * step - coordinates.panOffset });
     if (right <= left)
         return;
-    if ((step - gapPoints) * scale >= narrowestBarPixels) {
+    if ((step - gapPoints) * scale >= minBarPixels) {
         const auto gap = std::max<std::int64_t>(pixelAt(gapPoints), 1);
         for (std::int64_t i = indexAt(left); i <= indexAt(right); ++i) {
             const double x = step * static_cast<double>(i) - coordinates.panOffset;

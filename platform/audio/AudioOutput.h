@@ -1,5 +1,5 @@
 // The output of a graph for as long as the graph lives, whatever becomes of the devices behind it: the machine's device with a
-// substitute (DeviceOutput), or a caller who pulls frames faster than real time (OfflineOutput).
+// substitute (LiveOutput), or a caller who pulls frames faster than real time (OfflineOutput).
 // Threads: main thread, except where a function says otherwise.
 #pragma once
 

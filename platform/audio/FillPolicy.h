@@ -15,7 +15,7 @@ public:
 
     /// What the device has asked for and how often the ring has run dry, both since the program's start.
     struct Device {
-        std::int64_t largestBlock = 0;
+        std::int64_t maxBlock = 0;
         std::int64_t underruns = 0;
     };
     /// Frames at `sampleRate` for sound of this `slope` (stream frames per frame).

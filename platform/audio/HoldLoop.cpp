@@ -13,9 +13,9 @@ namespace quillet {
 namespace {
 
 constexpr double wantedSeconds = 0.080;
-constexpr double longestSeconds = 0.100;
+constexpr double maxSeconds = 0.100;
 constexpr double shortestPart = 0.6;
-constexpr double leastSeconds = 0.020;
+constexpr double minSeconds = 0.020;
 /// What is compared: this much to either side of the start and of the end.
 constexpr double contextSeconds = 0.020;
 constexpr double fadeSeconds = 0.006;
@@ -135,14 +135,14 @@ struct Coarse {
 
 std::int64_t holdLeadFrames(int sampleRate) { return framesIn(contextSeconds, sampleRate); }
 
-std::int64_t holdSpanFrames(int sampleRate) { return 2 * holdLeadFrames(sampleRate) + framesIn(longestSeconds, sampleRate); }
+std::int64_t holdSpanFrames(int sampleRate) { return 2 * holdLeadFrames(sampleRate) + framesIn(maxSeconds, sampleRate); }
 
 std::int64_t holdLoopLength(std::span<const float> stereo, std::int64_t startFrame, int sampleRate)
 {
     REQUIRE(sampleRate > 0 && startFrame >= 0 && 2 * startFrame <= std::ssize(stereo));
     const Sound sound{ stereo, startFrame };
-    const std::int64_t longest = std::min(framesIn(longestSeconds, sampleRate), sound.end());
-    const std::int64_t least = framesIn(leastSeconds, sampleRate);
+    const std::int64_t longest = std::min(framesIn(maxSeconds, sampleRate), sound.end());
+    const std::int64_t least = framesIn(minSeconds, sampleRate);
     if (longest <= least)
         return least;
     const auto shortest = static_cast<std::int64_t>(std::ceil(shortestPart * static_cast<double>(longest)));

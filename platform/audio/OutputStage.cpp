@@ -26,8 +26,8 @@ void OutputStage::render(std::span<float> stereo) QUILLET_REALTIME
 {
     const RealtimeScope scope;
     const std::int64_t frames = static_cast<std::int64_t>(stereo.size()) / 2;
-    if (frames > m_largestBlock.load(std::memory_order_relaxed))
-        m_largestBlock.store(frames, std::memory_order_relaxed);
+    if (frames > m_maxBlock.load(std::memory_order_relaxed))
+        m_maxBlock.store(frames, std::memory_order_relaxed);
     fillBlock(stereo);
     m_equalizer.process(stereo);
     m_limiter.process(stereo, m_limiting.load(std::memory_order_relaxed));
@@ -73,7 +73,7 @@ bool OutputStage::isAudible() const QUILLET_REALTIME { return !m_ended && !m_pau
 
 std::int64_t OutputStage::fade(double seconds) const QUILLET_REALTIME
 {
-    return std::clamp<std::int64_t>(static_cast<std::int64_t>(seconds * m_sampleRate), 1, longestFade);
+    return std::clamp<std::int64_t>(static_cast<std::int64_t>(seconds * m_sampleRate), 1, maxFade);
 }
 
 /// Takes up a pause, or its end.

@@ -69,7 +69,7 @@ public:
 
     /// Any thread: how often the frames ran out in mid-sound, and the most frames the device has asked for at once.
     [[nodiscard]] std::int64_t underruns() const { return m_underruns.load(std::memory_order_relaxed); }
-    [[nodiscard]] std::int64_t largestBlock() const { return m_largestBlock.load(std::memory_order_relaxed); }
+    [[nodiscard]] std::int64_t maxBlock() const { return m_maxBlock.load(std::memory_order_relaxed); }
 
     // ---- Render thread ----
 
@@ -78,14 +78,14 @@ public:
 
     // ---- Audio thread ----
 
-    void streamBegins() override { m_largestBlock.store(0, std::memory_order_relaxed); }
+    void streamBegins() override { m_maxBlock.store(0, std::memory_order_relaxed); }
     void render(std::span<float> stereo) QUILLET_REALTIME override;
     [[nodiscard]] bool isReady(std::int64_t frames) const QUILLET_REALTIME override;
 
 private:
     /// Twice what two of the largest blocks of a device take, for two runs side by side.
     static constexpr std::int64_t ringFrames = 131072;
-    static constexpr std::int64_t longestFade = 2048;
+    static constexpr std::int64_t maxFade = 2048;
 
     [[nodiscard]] std::int64_t wantedGeneration() const QUILLET_REALTIME;
     [[nodiscard]] bool wantsRun() const QUILLET_REALTIME;
@@ -123,7 +123,7 @@ private:
     std::atomic<std::int64_t> m_pausedGeneration{ 0 };
     std::atomic<bool> m_limiting{ false };
     std::atomic<std::int64_t> m_underruns{ 0 };
-    std::atomic<std::int64_t> m_largestBlock{ 0 };
+    std::atomic<std::int64_t> m_maxBlock{ 0 };
 
     // Audio thread: the run that sounds.
     std::int64_t m_generation = 0;
@@ -138,7 +138,7 @@ private:
     bool m_hasNews = false;
     // How far its beginning has risen, and what still fades of the sound before it.
     std::int64_t m_fadeAt = 0, m_fadeFrames = 0;
-    std::array<float, 2 * longestFade> m_tail{};
+    std::array<float, 2 * maxFade> m_tail{};
     std::int64_t m_tailAt = 0, m_tailFrames = 0;
 };
 

@@ -20,7 +20,7 @@ constexpr double rateWaitSeconds = 0.5;
 /// So long ago is nobody asked for what was heard where, however late the main thread is.
 constexpr double keptMapSeconds = 30;
 /// Longer than this no device takes between two blocks.
-constexpr double longestBlockSeconds = 0.4;
+constexpr double maxBlockSeconds = 0.4;
 
 double secondsSince(std::int64_t steadyNanoseconds)
 {
@@ -448,7 +448,7 @@ std::optional<double> PlaybackGraph::sampleTime(const GraphPlayer& player)
     m_map.forgetBefore(static_cast<double>(report.outputFrame) - keptMapSeconds * m_sampleRate);
     const double latency = presentationLatencySeconds();
     // What was handed over goes on being heard for the latency after the sound stopped moving.
-    const double limit = report.moving ? longestBlockSeconds : latency;
+    const double limit = report.moving ? maxBlockSeconds : latency;
     const double elapsed = m_output.isRealTime() ? std::clamp(secondsSince(report.steadyNanoseconds), 0.0, limit) : 0;
     const double heard = static_cast<double>(report.outputFrame) + (elapsed - latency) * m_sampleRate;
     // Before it was entered something else was heard, or what it goes on from.

@@ -8,7 +8,7 @@
 
 namespace quillet {
 
-/// The rising weight of frame `index` (0 to length - 1) of a fade of `length` frames: strictly between 0 and 1; 1 behind the
+/// The rising weight of frame `index` (0 to length - 1) of a fade of `length` frames: strictly between 0 and 1; 1 after the
 /// end. The falling weight is 1 minus it.
 [[nodiscard]] inline float rampWeight(std::int64_t index, std::int64_t length) noexcept
 {

@@ -12,7 +12,7 @@ namespace {
 /// Frames rendered in one step; small, so that a change or a new run is noticed soon.
 constexpr std::int64_t stepFrames = 256;
 /// Room below which a step is not worth while.
-constexpr std::int64_t smallestStep = 64;
+constexpr std::int64_t minStep = 64;
 /// Of a run, to be in the source's ring before it is begun.
 constexpr std::int64_t sourceFramesNeeded = 1024;
 
@@ -173,7 +173,7 @@ bool Renderer::step()
     if (!beginNext())
         return false;
     const std::int64_t free = room();
-    if (free < smallestStep)
+    if (free < minStep)
         return false;
     if (m_leg.pauseLeft > 0)
         return renderPause(free) > 0;
@@ -206,8 +206,7 @@ std::int64_t Renderer::room()
     if (const auto aligned = m_source.run()->start.alignedFrame; aligned && consumed < m_beginOutput)
         entry += std::max<std::int64_t>(0, consumed - *aligned);
     const double slope = m_leg.isBegun ? m_path->slope() : settings().rate;
-    const std::int64_t target =
-        m_fill.target(slope, m_source.run()->sampleRate, { m_output.largestBlock(), m_output.underruns() });
+    const std::int64_t target = m_fill.target(slope, m_source.run()->sampleRate, { m_output.maxBlock(), m_output.underruns() });
     return std::min(target - (ring.written() - entry), ring.space());
 }
 

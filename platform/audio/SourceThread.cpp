@@ -15,7 +15,7 @@ namespace {
 
 /// The first block of a run is small, for an early start; the later ones are cheap to read.
 constexpr std::int64_t firstBlock = 1024;
-constexpr std::int64_t largestBlock = 4096;
+constexpr std::int64_t maxBlock = 4096;
 /// How far before its end a pass is decided: whether another follows, and what the two are cross-faded over.
 constexpr double jointSeconds = 0.004;
 /// How long the end of the program waits for a read that is under way.
@@ -126,7 +126,7 @@ private:
             return false;
         if (undecided > 0) {
             write(count, nullptr);
-            m_block = largestBlock;
+            m_block = maxBlock;
             return true;
         }
         if (m_run->passEnds.isFull())

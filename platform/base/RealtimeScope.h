@@ -4,7 +4,7 @@
 // Threads: any; a scope belongs to the thread that made it.
 #pragma once
 
-/// Stands behind the parameters of every function that the device callback reaches: `void mix(...) QUILLET_REALTIME;`
+/// Stands after the parameters of every function that the device callback reaches: `void mix(...) QUILLET_REALTIME;`
 #define QUILLET_REALTIME noexcept
 
 namespace quillet {

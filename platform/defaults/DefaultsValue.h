@@ -25,7 +25,7 @@ using DefaultsValue = std::variant<DefaultsData, std::string, std::vector<std::s
 /// A boolean as it is, a number as "not 0".
 [[nodiscard]] std::optional<bool> booleanOf(const DefaultsValue& value);
 
-/// Texts one behind the other, each as its length in bytes, a colon and its bytes: "5:first6:second". Any byte is allowed.
+/// Texts one after the other, each as its length in bytes, a colon and its bytes: "5:first6:second". Any byte is allowed.
 [[nodiscard]] std::string packTexts(const std::vector<std::string>& texts);
 /// The texts; nothing if `packed` is not what `packTexts` makes.
 [[nodiscard]] std::optional<std::vector<std::string>> unpackTexts(std::string_view packed);

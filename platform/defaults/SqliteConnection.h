@@ -50,7 +50,7 @@ public:
     /// How long a write waits while another connection is writing.
     void setBusyTimeout(int milliseconds);
 
-    /// Reads the whole file and tells whether it is in order.
+    /// Reads the whole file and tells whether it is sound.
     [[nodiscard]] bool isSound();
 
 private:

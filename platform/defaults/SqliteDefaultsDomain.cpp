@@ -239,7 +239,7 @@ void SqliteDefaultsDomain::note(DatabaseError error) const
         return;
     }
     const auto now = std::chrono::steady_clock::now();
-    if (now - m_lockedSince.value_or(now) >= m_times.longestLock)
+    if (now - m_lockedSince.value_or(now) >= m_times.maxLock)
         setTrouble(DefaultsHealth::Trouble::busy);
     m_lockedSince = m_lockedSince.value_or(now);
 }

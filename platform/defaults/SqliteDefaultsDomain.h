@@ -31,7 +31,7 @@ struct DefaultsRetryTimes {
     /// The time doubles up to this while there is trouble.
     std::chrono::milliseconds longest{ 2000 };
     /// A lock of another program is trouble once it has lasted this long.
-    std::chrono::milliseconds longestLock{ 2000 };
+    std::chrono::milliseconds maxLock{ 2000 };
 };
 
 class SqliteDefaultsDomain final : public TypedDefaultsDomain {

@@ -9,7 +9,7 @@ namespace {
 
 /// Blocks from the start that the scale of the time stamps is made from.
 constexpr std::size_t blocksToStudy = 24;
-constexpr std::int64_t longestDetourSeconds = 16;
+constexpr std::int64_t maxDetourSeconds = 16;
 
 /// Beyond these a header is damaged: it is not believed, because memory is taken by its word.
 constexpr int lowestSampleRate = 1000;
@@ -73,12 +73,12 @@ void AlignedDecoder::jump()
     m_entryFailed = !m_track->seek(m_scale.ticks(target));
 }
 
-/// Where sound and pictures are not stored side by side, or in the last seconds of a file, containers may land behind the
+/// Where sound and pictures are not stored side by side, or in the last seconds of a file, containers may land after the
 /// target or nowhere.
 bool AlignedDecoder::jumpEarlier()
 {
     const bool wasAtStart = m_wanted - m_recipe.prerollFrames - m_earlier <= 0;
-    if (wasAtStart || m_earlier >= longestDetourSeconds * m_sampleRate)
+    if (wasAtStart || m_earlier >= maxDetourSeconds * m_sampleRate)
         return false;
     m_earlier = m_earlier == 0 ? m_sampleRate : 4 * m_earlier;
     jump();

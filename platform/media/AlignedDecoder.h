@@ -29,7 +29,7 @@ public:
     [[nodiscard]] static std::expected<AlignedDecoder, AudioFileError> open(const FilePath& path);
 
     /// Makes `next` answer from at or before frame `position` (0 or more) on. Blocks before `position` may come first, and
-    /// their sound may differ from a decode from the start; the block of `position` and those behind it do not.
+    /// their sound may differ from a decode from the start; the block of `position` and those after it do not.
     void enter(std::int64_t position);
     /// The next block; nothing at the end of what can be decoded from here, and from when the disk refuses to be read until
     /// the next `enter`. Positions grow, except where stamps run backwards.

@@ -23,7 +23,7 @@ public:
 
     /// Goes to `frame`, 0 to `length()`. Has to come before the first `sum`.
     virtual void enter(std::int64_t frame) = 0;
-    /// Goes on by `frames` (at least 1, and not behind the end) and answers the sum of |left + right| / 2 over them, full
+    /// Goes on by `frames` (at least 1, and not past the end) and answers the sum of |left + right| / 2 over them, full
     /// scale being 1 (of |left| for mono). What cannot be decoded adds nothing. The same frames have the same sum, however they
     /// were reached and cut into calls, as far as the decoder's output is the same.
     [[nodiscard]] virtual double sum(std::int64_t frames) = 0;

@@ -28,7 +28,7 @@ public:
 
     /// Reads frames [firstFrame, firstFrame + stereo.size() / 2) into `stereo` (left, right, left, …; full scale is ±1).
     /// The same frame reads the same value however it was reached. Returns the frames read: fewer than asked only where the
-    /// file ends; 0 at or behind the end. What is damaged in the middle reads as silence of the same length.
+    /// file ends; 0 at or past the end. What is damaged in the middle reads as silence of the same length.
     /// So does what the disk refuses to give, but only this once: it is counted in `readErrors`, each later read asks the disk
     /// again, and frames that it gives are exact.
     /// `firstFrame` is at least 0. Consecutive reads are cheap; a jump costs a few milliseconds. May touch the disk.

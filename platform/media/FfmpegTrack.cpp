@@ -241,7 +241,7 @@ std::optional<std::int64_t> FfmpegTrack::lastPacketTicks()
 {
     if (const auto ticks = walkToLastPacket())
         return ticks;
-    // A hundred hours: behind the end, and far from any overflow.
+    // A hundred hours: past the end, and far from any overflow.
     const std::int64_t far = av_rescale_q(360'000, { 1, 1 }, m_stream->time_base);
     if (!seek(far))
         return std::nullopt;

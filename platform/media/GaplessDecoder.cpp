@@ -12,7 +12,7 @@ namespace {
 /// What is given up at once where the disk refuses to be read; each refusal in a row doubles it up to the longest, since a
 /// failing disk may take seconds over every one.
 constexpr double shortestRefusedSeconds = 0.05;
-constexpr std::int64_t longestRefusedSeconds = 1;
+constexpr std::int64_t maxRefusedSeconds = 1;
 
 }  // namespace
 
@@ -71,14 +71,14 @@ std::optional<SoundPiece> GaplessDecoder::next()
 SoundPiece GaplessDecoder::refusedPiece()
 {
     const auto shortest = static_cast<std::int64_t>(shortestRefusedSeconds * sampleRate());
-    const std::int64_t longest = std::min(longestRefusedSeconds * sampleRate(), m_length - m_position);
+    const std::int64_t longest = std::min(maxRefusedSeconds * sampleRate(), m_length - m_position);
     m_refusedFrames = std::min(std::max(shortest, 2 * m_refusedFrames), longest);
     const SoundPiece piece{ m_position, m_refusedFrames, nullptr, 0, true };
     m_position += piece.frames;
     return piece;
 }
 
-/// Leaves a block that ends behind the present position, if there is one and the disk can be read.
+/// Leaves a block that ends after the present position, if there is one and the disk can be read.
 void GaplessDecoder::findBlock()
 {
     while (!m_silentFromHere && (!m_block || m_block->position + m_block->frames <= m_position)) {

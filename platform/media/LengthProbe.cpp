@@ -5,7 +5,7 @@
 namespace quillet {
 namespace {
 
-/// Where the last block behind `from` ends; 0 if none comes.
+/// Where the last block after `from` ends; 0 if none comes.
 std::int64_t decodeToEnd(AlignedDecoder& decoder, std::int64_t from)
 {
     std::int64_t end = 0;

@@ -20,14 +20,14 @@ public:
     [[nodiscard]] std::int64_t end() const { return m_end; }
     [[nodiscard]] bool contains(std::int64_t position) const { return position >= m_begin && position < m_end; }
 
-    /// Adds frames behind the end.
+    /// Adds frames at the end.
     void append(std::span<const float> stereo);
     void appendSilence(std::int64_t frames);
     /// Copies from `position`, which the window contains, as many frames as it has and `stereo` takes; returns how many.
     std::int64_t copy(std::int64_t position, std::span<float> stereo) const;
 
 private:
-    /// Where frame `position` is kept, and how many frames lie behind it in one piece.
+    /// Where frame `position` is kept, and how many frames follow it in one piece.
     [[nodiscard]] std::int64_t slot(std::int64_t position) const { return position % m_capacity; }
     void advance(std::int64_t frames);
 

@@ -87,7 +87,7 @@ void StereoConverter::convert(const AVFrame& frame, std::vector<float>& stereo)
     if (mono)
         for (std::size_t i = 0; i < frames; ++i)
             stereo[2 * i] = stereo[2 * i + 1] = stereo[frames + i];
-    // One damaged float would ring in the filters behind for ever.
+    // One damaged float would ring in the filters after it for ever.
     for (float& sample : stereo)
         if (!(std::abs(sample) <= loudestSample))
             sample = 0.0F;

@@ -1,6 +1,6 @@
 // Gives every decoded block its place on the file's timeline. Blocks follow each other without a gap as long as the time stamps
-// of some block in sight agree; where none does (after a jump, or behind damage) the place is found by a vote among the blocks
-// in sight. So single wrong stamps do no harm, and a decode from the start and one that was entered behind damage agree. It
+// of some block in sight agree; where none does (after a jump, or after damage) the place is found by a vote among the blocks
+// in sight. So single wrong stamps do no harm, and a decode from the start and one that was entered after damage agree. It
 // knows where blocks are, not how they sound, and makes no silence: gaps and overlaps are its reader's business.
 // Threads: confined to one thread at a time.
 #pragma once

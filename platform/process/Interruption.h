@@ -1,4 +1,4 @@
-// Turns Ctrl-C and a request to terminate into something that can be asked for or watched, so that a command can end in order.
+// Turns Ctrl-C and a request to terminate into something that can be asked for or watched, so that a command can end cleanly.
 // Threads: made and asked on the main thread; one at a time.
 #pragma once
 

@@ -12,12 +12,12 @@ LineSplitter::LineSplitter(std::function<void(std::string_view line)> take)
 void LineSplitter::add(std::string_view bytes)
 {
     while (!bytes.empty()) {
-        std::string_view piece = bytes.substr(0, longestLine - m_line.size());
+        std::string_view piece = bytes.substr(0, maxLine - m_line.size());
         const auto end = piece.find_first_of("\r\n");
         piece = piece.substr(0, end == std::string_view::npos ? end : end + 1);
         bytes.remove_prefix(piece.size());
         m_line += piece;
-        if (end != std::string_view::npos || m_line.size() == longestLine)
+        if (end != std::string_view::npos || m_line.size() == maxLine)
             give();
     }
 }

@@ -1,5 +1,5 @@
 // Puts the lines together that a child writes and a pipe cuts anywhere. A line ends with a line feed or a carriage return (a
-// line that is to be written over). It keeps no more than one line, and of that no more than `longestLine` bytes.
+// line that is to be written over). It keeps no more than one line, and of that no more than `maxLine` bytes.
 // Threads: one at a time.
 #pragma once
 
@@ -12,7 +12,7 @@ namespace quillet {
 
 class LineSplitter {
 public:
-    static constexpr std::size_t longestLine = 65536;
+    static constexpr std::size_t maxLine = 65536;
 
     /// `take` is given every line with its end. A line that is too long comes in pieces, of which only the last has one.
     explicit LineSplitter(std::function<void(std::string_view line)> take);

@@ -17,7 +17,7 @@ public:
 
     [[nodiscard]] std::size_t waiting() const { return m_waiting.size(); }
 
-    /// Does the job that has waited `index` places behind the longest-waiting one.
+    /// Does the job that has waited `index` places after the longest-waiting one.
     void finish(std::size_t index = 0)
     {
         const Job job = std::move(m_waiting.at(index));

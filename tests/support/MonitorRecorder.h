@@ -32,7 +32,7 @@ public:
     /// what the machine's load makes of it (a few milliseconds).
     [[nodiscard]] Clock::time_point timeOf(std::int64_t frame) const;
 
-    /// Waits for a frame at or behind `from` in which either channel is louder than `threshold`.
+    /// Waits for a frame at or after `from` in which either channel is louder than `threshold`.
     std::optional<std::int64_t> waitForSound(std::int64_t from, Clock::duration limit, float threshold = 0);
 
 private:

@@ -81,7 +81,7 @@ double rms(std::span<const float> samples)
     return samples.empty() ? 0 : std::sqrt(sum / static_cast<double>(samples.size()));
 }
 
-float largestStep(std::span<const float> samples)
+float maxStep(std::span<const float> samples)
 {
     float largest = 0;
     for (std::size_t i = 1; i < samples.size(); ++i)

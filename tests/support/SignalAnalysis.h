@@ -22,7 +22,7 @@ inline std::span<const float> part(std::span<const float> samples, std::int64_t 
 /// Samples between ±`level`, the same on every call.
 std::vector<float> whiteNoise(std::int64_t count, float level);
 
-/// The first frame at or behind `from` that is louder than `threshold`.
+/// The first frame at or after `from` that is louder than `threshold`.
 std::optional<std::int64_t> firstSound(std::span<const float> samples, float threshold = 0, std::int64_t from = 0);
 
 /// The number of frames up to the last one that is not zero.
@@ -41,7 +41,7 @@ std::vector<Gap> gaps(std::span<const float> samples, std::int64_t minimumFrames
 double rms(std::span<const float> samples);
 
 /// The largest difference between neighbours.
-float largestStep(std::span<const float> samples);
+float maxStep(std::span<const float> samples);
 
 /// The amplitude of a tone of so many cycles per frame, as far as a Hann window over all samples can tell.
 double toneSize(std::span<const float> samples, double frequency);

@@ -27,12 +27,12 @@ BAD = [
     ("platform/schedule/Scheduler.h", "<QTimer>", "no Qt here"),
     ("AppCore/SettingsStore.h", "<QtCore/QString>", "no Qt here"),
     ("app/playback/AudioEngine.h", "<qglobal.h>", "no Qt here"),
-    ("platform/audio/AudioGraph.h", "<libavutil/frame.h>", "belongs into platform/media"),
-    ("platform/media/AudioFile.cpp", "<rubberband/RubberBandStretcher.h>", "belongs into platform/audio"),
-    ("app/core/AppState.cpp", "<cubeb/cubeb.h>", "belongs into platform/audio"),
-    ("AppCore/SettingsStore.cpp", "<sqlite3.h>", "belongs into platform/defaults"),
-    ("app/ui/MainWindow.cpp", "<CLI/CLI.hpp>", "belongs into app/cli"),
-    ("app/ui/MainWindow.cpp", "<gtest/gtest.h>", "belongs into the tests"),
+    ("platform/audio/AudioGraph.h", "<libavutil/frame.h>", "belongs in platform/media"),
+    ("platform/media/AudioFile.cpp", "<rubberband/RubberBandStretcher.h>", "belongs in platform/audio"),
+    ("app/core/AppState.cpp", "<cubeb/cubeb.h>", "belongs in platform/audio"),
+    ("AppCore/SettingsStore.cpp", "<sqlite3.h>", "belongs in platform/defaults"),
+    ("app/ui/MainWindow.cpp", "<CLI/CLI.hpp>", "belongs in app/cli"),
+    ("app/ui/MainWindow.cpp", "<gtest/gtest.h>", "belongs in the tests"),
     ("app/elsewhere/Thing.cpp", "<vector>", "no layer"),
 ]
 

@@ -44,7 +44,7 @@ private:
     double m_low = 0;
 };
 
-/// Rises in `attack`, holds, and dies away in about `release` seconds behind `length`.
+/// Rises in `attack`, holds, and dies away in about `release` seconds after `length`.
 double gate(double time, double length, double attack, double release)
 {
     const double rise = std::min(time / attack, 1.0);

@@ -17,7 +17,7 @@ struct StereoSound {
     }
 
     [[nodiscard]] std::size_t frames() const { return left.size(); }
-    /// Adds to one frame; what lies behind the end is dropped.
+    /// Adds to one frame; what lies past the end is dropped.
     void add(std::size_t frame, double toLeft, double toRight)
     {
         if (frame >= frames())

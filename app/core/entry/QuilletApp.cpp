@@ -12,7 +12,7 @@
 #include "app/ui/Symbol.h"
 #include "app/ui/controls/Fonts.h"
 #include "platform/audio/CubebOutputDevice.h"
-#include "platform/audio/DeviceOutput.h"
+#include "platform/audio/LiveOutput.h"
 #include "platform/audio/NullOutputDevice.h"
 #include "platform/audio/PlaybackGraph.h"
 #include "platform/defaults/SqliteDefaultsDomain.h"
@@ -136,7 +136,7 @@ private:
     WaveformCache m_waveformCache{ m_cacheDefaults, m_attributes };
     MediaModule m_media;
     QtRealtimeKit m_realtimeKit{ realtimeRequests() };
-    DeviceOutput m_output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), m_scheduler };
+    LiveOutput m_output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), m_scheduler };
     PlaybackGraph m_graph{ m_output, m_scheduler };
     AudioEngine m_engine{ m_graph, m_scheduler };
     const SharedInstance<AudioEngine> m_sharedEngine{ m_engine };

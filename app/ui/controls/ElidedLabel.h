@@ -15,7 +15,6 @@ public:
 
     /// In place of `setText`. `name` is what a screen reader says where that is more.
     void setWholeText(const QString& text, const QString& name = {});
-    [[nodiscard]] const QString& wholeText() const { return m_wholeText; }
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

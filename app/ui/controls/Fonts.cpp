@@ -12,17 +12,17 @@ namespace quillet {
 namespace {
 
 /// Desktops come with text of 9 to 11 points; who wants it larger chooses more.
-constexpr double largestUsualPoints = 11;
+constexpr double maxUsualPoints = 11;
 constexpr double usualPoints = 10;
 constexpr double usualDotsPerInch = 96;
-constexpr double largestScale = 2;
+constexpr double maxScale = 2;
 
 double textScale()
 {
     static const double scale = [] {
         const double points = QFontDatabase::systemFont(QFontDatabase::GeneralFont).pointSizeF();
         const double dots = QGuiApplication::primaryScreen()->logicalDotsPerInchY() / usualDotsPerInch;
-        return std::clamp((points > largestUsualPoints ? points / usualPoints : 1) * dots, 1.0, largestScale);
+        return std::clamp((points > maxUsualPoints ? points / usualPoints : 1) * dots, 1.0, maxScale);
     }();
     return scale;
 }

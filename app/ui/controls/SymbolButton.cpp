@@ -7,7 +7,6 @@
 #include <QStyleOptionButton>
 
 #include <algorithm>
-#include <utility>
 
 namespace quillet {
 
@@ -24,12 +23,6 @@ SymbolButton::SymbolButton(const ThemeSource& source, const QString& symbol, con
     setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     connect(&source, &ThemeSource::themeChanged, this, qOverload<>(&QWidget::update));
-}
-
-void SymbolButton::setSymbol(const QString& symbol)
-{
-    if (std::exchange(m_symbol, symbol) != symbol)
-        update();
 }
 
 QSize SymbolButton::sizeHint() const

@@ -17,9 +17,6 @@ public:
     SymbolButton(const ThemeSource& source, const QString& symbol, const QString& name, ButtonKind kind, int symbolSize = 15,
                  QWidget* parent = nullptr);
 
-    void setSymbol(const QString& symbol);
-    [[nodiscard]] const QString& symbol() const { return m_symbol; }
-
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
 

@@ -24,7 +24,7 @@ public:
         std::int64_t highest;
     };
 
-    /// `label` is the unit shown behind the field; `name` is what a screen reader calls it.
+    /// `label` is the unit shown after the field; `name` is what a screen reader calls it.
     TimePickerField(const ThemeSource& source, const QString& label, const QString& name, Range range,
                     QWidget* parent = nullptr);
 

@@ -12,7 +12,7 @@ namespace quillet {
 namespace {
 
 /// More than any value needs.
-constexpr int longestText = 32;
+constexpr int maxTextLength = 32;
 
 }  // namespace
 
@@ -23,7 +23,7 @@ ValueField::ValueField(const QString& name, int width, QWidget* parent)
     setFixedSize(scaled(width), scaled(AppTheme::controlHeight));
     setAlignment(Qt::AlignCenter);
     setFont(numberFont(AppTheme::controlPixels));
-    setMaxLength(longestText);
+    setMaxLength(maxTextLength);
     setFrame(true);
     // What a menu of cut and paste could do the keys can as well; the menu would end the editing.
     setContextMenuPolicy(Qt::NoContextMenu);

@@ -18,7 +18,6 @@ public:
 
     /// The text that stands for the value; it is shown once nothing is being typed.
     void showValue(const QString& text);
-    [[nodiscard]] bool isEditing() const { return m_isEditing; }
 
     /// `commit` is given what was typed; it calls `showValue` with what has become of the value.
     void onCommit(std::function<void(const QString& text)> commit) { m_commit = std::move(commit); }

@@ -18,7 +18,7 @@ constexpr QSize sliderSize(24, 140);
 constexpr double stepsPerDecibel = 2;
 constexpr double knobRadius = 8.5;
 constexpr double trackWidth = 4;
-constexpr int largestSteps = static_cast<int>(EqualizerNode::maximumGainDb * stepsPerDecibel);
+constexpr int maxSteps = static_cast<int>(EqualizerNode::maximumGainDb * stepsPerDecibel);
 
 /// Speaks decibels; the toolkit's own would speak steps.
 class AccessibleGain final : public QAccessibleWidget, public QAccessibleValueInterface {
@@ -30,7 +30,8 @@ public:
 
     [[nodiscard]] QString text(QAccessible::Text kind) const override
     {
-        return kind == QAccessible::Value ? VerticalSlider::tr("%1 dB").arg(gainLabel(slider().gain())) : QAccessibleWidget::text(kind);
+        return kind == QAccessible::Value ? VerticalSlider::tr("%1 dB").arg(gainLabel(slider().gain()))
+                                          : QAccessibleWidget::text(kind);
     }
     void* interface_cast(QAccessible::InterfaceType type) override
     {
@@ -77,7 +78,7 @@ VerticalSlider::VerticalSlider(const ThemeSource& source, const QString& name, Q
     }();
     Q_UNUSED(installed)
     setAccessibleName(name);
-    setRange(-largestSteps, largestSteps);
+    setRange(-maxSteps, maxSteps);
     setPageStep(static_cast<int>(stepsPerDecibel));
     setFocusPolicy(Qt::TabFocus);
     setFixedSize(sliderSize);
@@ -101,13 +102,13 @@ void VerticalSlider::setGain(double gainDb)
 double VerticalSlider::yOf(int steps) const
 {
     const double length = height() - 2 * (knobRadius + 2);
-    return knobRadius + 2 + length * (largestSteps - steps) / (2 * largestSteps);
+    return knobRadius + 2 + length * (maxSteps - steps) / (2 * maxSteps);
 }
 
 void VerticalSlider::moveTo(double y)
 {
     const double length = height() - 2 * (knobRadius + 2);
-    const double steps = largestSteps - (y - knobRadius - 2) / length * 2 * largestSteps;
+    const double steps = maxSteps - (y - knobRadius - 2) / length * 2 * maxSteps;
     setValue(static_cast<int>(std::round(steps)));
 }
 
@@ -147,7 +148,7 @@ void VerticalSlider::paintEvent(QPaintEvent*)
     const double middle = yOf(0);
     painter.setPen(Qt::NoPen);
     painter.setBrush(theme.track);
-    painter.drawRoundedRect(QRectF(x - trackWidth / 2, yOf(largestSteps), trackWidth, yOf(-largestSteps) - yOf(largestSteps)),
+    painter.drawRoundedRect(QRectF(x - trackWidth / 2, yOf(maxSteps), trackWidth, yOf(-maxSteps) - yOf(maxSteps)),
                             trackWidth / 2, trackWidth / 2);
     painter.setBrush(theme.secondaryText);
     painter.drawRect(QRectF(x - 5, middle - 0.5, 10, 1));

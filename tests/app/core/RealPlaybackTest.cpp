@@ -4,7 +4,7 @@
 #include "app/core/AppState.h"
 #include "app/playback/AudioEngine.h"
 #include "platform/audio/CubebOutputDevice.h"
-#include "platform/audio/DeviceOutput.h"
+#include "platform/audio/LiveOutput.h"
 #include "platform/audio/NullOutputDevice.h"
 #include "platform/audio/PlaybackGraph.h"
 #include "platform/defaults/MemoryDefaultsDomain.h"
@@ -51,7 +51,7 @@ struct Program {
     FfmpegAudioFileOpener opener;
     MemoryDefaultsDomain defaults;
     SettingsStore settings{ defaults };
-    DeviceOutput output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler };
+    LiveOutput output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler };
     PlaybackGraph graph{ output, scheduler };
     AudioEngine engine{ graph, scheduler };
     std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);

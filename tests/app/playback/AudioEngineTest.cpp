@@ -22,7 +22,7 @@ TEST(AudioEngine, SchedulesTheFramesOfTheSegment)
         { 44100, 0.99999, 2.00001, FrameRange{ 44099, 44101 } },  // both ends truncated
         { 8000, -0.0001, 0.5, FrameRange{ 0, 4000 } },  // toward zero
         { 8000, -0.5, 0.5, std::nullopt },
-        { 8000, 9.9999, 20, FrameRange{ 79999, 80001 } },  // the graph cuts what lies behind the end
+        { 8000, 9.9999, 20, FrameRange{ 79999, 80001 } },  // the graph cuts what lies past the end
         { 8000, 10, 20, std::nullopt },
     };
     for (const Case& c : cases) {

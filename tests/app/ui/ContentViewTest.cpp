@@ -111,7 +111,7 @@ TEST_F(ContentViewTest, OnlyAudioFilesCanBeDroppedAndOnlyTheFirstIsOpened)
     };
     for (const Case& test : std::vector<Case>{
              { "three songs", { "file:///a.mp3", "file:///b.wav", "file:///c.aiff" }, "/a.mp3" },
-             { "a song behind a picture", { "file:///cover.png", "file:///d.flac" }, "/d.flac" },
+             { "a song after a picture", { "file:///cover.png", "file:///d.flac" }, "/d.flac" },
              { "a name that is hardly a name", { "file:///caf%C3%A9%20%25.ogg" }, "/caf\xC3\xA9 %.ogg" },
              { "a name that is no text", { "file:///caf%E9.mp3" }, "/caf\xE9.mp3" },
              { "what the open panel lists", { "file://localhost/film.MKV", "file:///a.caf" }, "/film.MKV" },

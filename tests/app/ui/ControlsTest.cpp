@@ -156,7 +156,7 @@ TEST_F(ControlsTest, RegionFieldsKeepTheRegionInOrder)
 
     state.togglePlayPause();
     click("Increase Region start, seconds");
-    EXPECT_EQ(rig.starts(), 2) << "what plays begins anew";
+    EXPECT_EQ(rig.starts(), 2) << "what plays starts over";
     rig.scheduler.advance(1);
     EXPECT_DOUBLE_EQ(rig.settings.load("/music/song.flac")->regionStart, 61.001);
 }

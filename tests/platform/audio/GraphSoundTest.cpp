@@ -138,7 +138,7 @@ TEST(GraphSound, LoopJoinsWithoutAGapAndIsTakenOver)
         // A whole number of periods fits the region, so a perfect joint is a perfect sine.
         const auto last = static_cast<std::int64_t>(5 * 22000 / rate);
         const double step = 2 * pi * 441 / 44100 * 0.5;
-        EXPECT_LT(largestStep(part(rig.heard, 100, last - 100)), step * 1.2) << rate;
+        EXPECT_LT(maxStep(part(rig.heard, 100, last - 100)), step * 1.2) << rate;
         for (std::int64_t at = 2000; at + 100 < last; at += 100)
             ASSERT_NEAR(rms(part(rig.heard, at, 100)), 0.5 / std::numbers::sqrt2, rate == 1 ? 0.01 : 0.06) << rate << " " << at;
     }
@@ -158,7 +158,7 @@ TEST(GraphSound, SpeedChangesWhilePlayingWithoutAStep)
     }
     // The two sides of a crossing may be out of phase, but neither a step nor a hole longer than the crossing may be heard.
     const double step = 2 * pi * 441 * std::exp2(200.0 / 1200) / 44100 * 0.5;
-    EXPECT_LT(largestStep(std::span(rig.heard).subspan(100)), 2 * step);
+    EXPECT_LT(maxStep(std::span(rig.heard).subspan(100)), 2 * step);
     for (std::int64_t at = 2000; at + 1500 < std::ssize(rig.heard); at += 500)
         EXPECT_GT(rms(part(rig.heard, at, 1500)), 0.15) << at;
 }
@@ -213,7 +213,7 @@ TEST(GraphSound, MuteIsHeardSoonAtAnySpeed)
             rig.pull(2048 + 256 + 400);
             EXPECT_NEAR(rms(rig.pull(8000)), (0.3 + 0.3 * volume) / std::numbers::sqrt2, 0.015) << rate << " " << volume;
         }
-        EXPECT_LT(largestStep(std::span(rig.heard).subspan(200)), 2 * pi * 441 / 44100 * 0.6 * 1.5) << rate;
+        EXPECT_LT(maxStep(std::span(rig.heard).subspan(200)), 2 * pi * 441 / 44100 * 0.6 * 1.5) << rate;
     }
 }
 

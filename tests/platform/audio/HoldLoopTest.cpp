@@ -71,7 +71,7 @@ TEST(HoldLoop, ToneSoundsOnEvenlyAndInTuneAtAnyRate)
             for (const int channel : { 0, 1 }) {
                 const auto heard = repeated(loop, channel, rate);
                 EXPECT_LT(swingDb(heard, rate), 0.5) << rate << " " << hertz;
-                EXPECT_LT(largestStep(heard), 1.1F * largestStep(channelOf(around, channel))) << rate << " " << hertz;
+                EXPECT_LT(maxStep(heard), 1.1F * maxStep(channelOf(around, channel))) << rate << " " << hertz;
             }
             // Repeated, a tone has whole cycles in each pass.
             const double cycles = hertz * static_cast<double>(length) / rate;
@@ -102,10 +102,10 @@ TEST(HoldLoop, FilesBeginningAndEndHoldWhatThereIs)
 {
     constexpr int rate = 44100;
     const auto file = tone(443, rate, rate);
-    const float step = 1.1F * largestStep(channelOf(file, 0));
+    const float step = 1.1F * maxStep(channelOf(file, 0));
     // No frames ahead of the window.
     const auto begin = loopOf(file, 0, rate, holdLoopLength(file, 0, rate));
-    EXPECT_LT(largestStep(repeated(begin, 0, rate)), step);
+    EXPECT_LT(maxStep(repeated(begin, 0, rate)), step);
     EXPECT_LT(swingDb(repeated(begin, 0, rate), rate), 0.5);
     // Too few after it: a shorter loop, and no silence in it.
     for (const int milliseconds : { 90, 70, 40, 25 }) {
@@ -113,7 +113,7 @@ TEST(HoldLoop, FilesBeginningAndEndHoldWhatThereIs)
         const std::int64_t length = holdLoopLength(file, rate - rest, rate);
         EXPECT_LE(length, rest);
         const auto heard = repeated(loopOf(file, rate - rest, rate, length), 0, rate);
-        EXPECT_LT(largestStep(heard), step) << milliseconds;
+        EXPECT_LT(maxStep(heard), step) << milliseconds;
         EXPECT_LT(swingDb(heard, rate), 0.7) << milliseconds;
     }
     // Hardly anything, and nothing at all: silence, yet a loop.

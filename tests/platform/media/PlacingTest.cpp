@@ -125,7 +125,7 @@ TEST(StampScaleTest, EveryBlockOfAnHourIsPlacedExactly)
           { 1, 1000, 44'100, false, 0 },
           blocks(1024, 1024),
           [](std::int64_t position) { return std::lround(static_cast<double>(position) / 44.1); } },
-        { "milliseconds, cut off, behind a short first block",
+        { "milliseconds, cut off, after a short first block",
           { 1, 1000, 48'000, false, 0 },
           blocks(648, 960),
           [](std::int64_t position) { return (position + 312) / 48; } },

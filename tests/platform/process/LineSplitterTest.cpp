@@ -21,14 +21,14 @@ std::vector<std::string> split(std::string_view text, std::size_t pieceSize)
 
 TEST(LineSplitter, GivesTheSameLinesHoweverTheyAreCut)
 {
-    const std::string longLine(2 * LineSplitter::longestLine + 1, 'x');
+    const std::string longLine(2 * LineSplitter::maxLine + 1, 'x');
     for (const std::size_t pieceSize : { 1, 7, 1000000 }) {
         EXPECT_THAT(split("one\n\n 10%\r 20%\r\nlast", pieceSize),
                     testing::ElementsAre("one\n", "\n", " 10%\r", " 20%\r", "\n", "last"));
         const auto lines = split(longLine + "\nnext\n", pieceSize);
         ASSERT_EQ(lines.size(), 4);
         EXPECT_EQ(lines[0] + lines[1] + lines[2], longLine + "\n");
-        EXPECT_EQ(lines[0].size(), LineSplitter::longestLine);
+        EXPECT_EQ(lines[0].size(), LineSplitter::maxLine);
         EXPECT_EQ(lines[3], "next\n");
     }
 }

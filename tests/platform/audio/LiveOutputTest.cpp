@@ -1,6 +1,6 @@
 // Devices that are lost and found, over devices that a test holds by strings.
 
-#include "platform/audio/DeviceOutput.h"
+#include "platform/audio/LiveOutput.h"
 #include "platform/schedule/VirtualScheduler.h"
 
 #include <gtest/gtest.h>
@@ -86,12 +86,12 @@ struct Silence final : OutputCallback {
     [[nodiscard]] bool isReady(std::int64_t) const QUILLET_REALTIME override { return true; }
 };
 
-struct DeviceOutputTest : testing::Test {
+struct LiveOutputTest : testing::Test {
     Bench bench;
     Silence callback;
     VirtualScheduler scheduler;
     std::vector<AudioOutput::State> told;
-    DeviceOutput output{ std::make_unique<BenchDevice>(bench, true), std::make_unique<BenchDevice>(bench, false), scheduler };
+    LiveOutput output{ std::make_unique<BenchDevice>(bench, true), std::make_unique<BenchDevice>(bench, false), scheduler };
 
     void start()
     {
@@ -118,7 +118,7 @@ struct DeviceOutputTest : testing::Test {
 
 using State = AudioOutput::State;
 
-TEST_F(DeviceOutputTest, ALostDeviceIsReplacedAndTakenBackWhenItReturns)
+TEST_F(LiveOutputTest, ALostDeviceIsReplacedAndTakenBackWhenItReturns)
 {
     start();
     EXPECT_EQ(news(1), std::vector{ State::device });
@@ -132,7 +132,7 @@ TEST_F(DeviceOutputTest, ALostDeviceIsReplacedAndTakenBackWhenItReturns)
     EXPECT_EQ(bench.openDevices + bench.openSubstitutes, 0);
 }
 
-TEST_F(DeviceOutputTest, AMachineWithoutADeviceIsToldOnce)
+TEST_F(LiveOutputTest, AMachineWithoutADeviceIsToldOnce)
 {
     setDeviceExists(false);
     start();
@@ -142,7 +142,7 @@ TEST_F(DeviceOutputTest, AMachineWithoutADeviceIsToldOnce)
     EXPECT_EQ(news(1), std::vector{ State::substitute });
 }
 
-TEST_F(DeviceOutputTest, RunsAtTheDevicesRateUnlessBoundAndLooksForItAgainAfterARest)
+TEST_F(LiveOutputTest, RunsAtTheDevicesRateUnlessBoundAndLooksForItAgainAfterARest)
 {
     start();
     EXPECT_EQ(news(1), std::vector{ State::device });

@@ -16,12 +16,12 @@
 
 namespace quillet {
 
-class DeviceOutput final : public AudioOutput {
+class LiveOutput final : public AudioOutput {
 public:
-    DeviceOutput(std::unique_ptr<OutputDevice> device, std::unique_ptr<OutputDevice> substitute, Scheduler& scheduler);
-    ~DeviceOutput() override;
-    DeviceOutput(const DeviceOutput&) = delete;
-    DeviceOutput& operator=(const DeviceOutput&) = delete;
+    LiveOutput(std::unique_ptr<OutputDevice> device, std::unique_ptr<OutputDevice> substitute, Scheduler& scheduler);
+    ~LiveOutput() override;
+    LiveOutput(const LiveOutput&) = delete;
+    LiveOutput& operator=(const LiveOutput&) = delete;
 
     void start(OutputCallback& callback, std::function<void(State)> changed) override;
     void stop() override;

@@ -1,4 +1,4 @@
-#include "platform/audio/DeviceOutput.h"
+#include "platform/audio/LiveOutput.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,16 +17,16 @@ constexpr double idleSeconds = 3600;
 
 }  // namespace
 
-DeviceOutput::DeviceOutput(std::unique_ptr<OutputDevice> device, std::unique_ptr<OutputDevice> substitute, Scheduler& scheduler)
+LiveOutput::LiveOutput(std::unique_ptr<OutputDevice> device, std::unique_ptr<OutputDevice> substitute, Scheduler& scheduler)
     : m_device(std::move(device)),
       m_substitute(std::move(substitute)),
       m_scheduler(scheduler)
 {
 }
 
-DeviceOutput::~DeviceOutput() { stop(); }
+LiveOutput::~LiveOutput() { stop(); }
 
-void DeviceOutput::start(OutputCallback& callback, std::function<void(State)> changed)
+void LiveOutput::start(OutputCallback& callback, std::function<void(State)> changed)
 {
     stop();
     m_callback = &callback;
@@ -35,29 +35,29 @@ void DeviceOutput::start(OutputCallback& callback, std::function<void(State)> ch
     m_keeper = std::jthread([this](const std::stop_token& stopped) { run(stopped); });
 }
 
-void DeviceOutput::stop()
+void LiveOutput::stop()
 {
     m_keeper.request_stop();
     m_wake.wake();
     m_keeper = std::jthread();
 }
 
-void DeviceOutput::setSampleRate(int sampleRate)
+void LiveOutput::setSampleRate(int sampleRate)
 {
     change([sampleRate](Wish& wish) { wish.sampleRate = sampleRate; });
 }
 
-void DeviceOutput::suspend()
+void LiveOutput::suspend()
 {
     change([](Wish& wish) { wish.sounding = false; });
 }
 
-void DeviceOutput::resume()
+void LiveOutput::resume()
 {
     change([](Wish& wish) { wish.sounding = true; });
 }
 
-void DeviceOutput::change(const std::function<void(Wish&)>& edit)
+void LiveOutput::change(const std::function<void(Wish&)>& edit)
 {
     {
         const std::scoped_lock lock(m_lock);
@@ -71,7 +71,7 @@ void DeviceOutput::change(const std::function<void(Wish&)>& edit)
 
 // ---- Keeper thread ----
 
-void DeviceOutput::run(const std::stop_token& stopped)
+void LiveOutput::run(const std::stop_token& stopped)
 {
     while (!stopped.stop_requested()) {
         Wish wish;
@@ -97,7 +97,7 @@ void DeviceOutput::run(const std::stop_token& stopped)
     closeAll();
 }
 
-void DeviceOutput::open(int sampleRate)
+void LiveOutput::open(int sampleRate)
 {
     openDevice(sampleRate);
     if (!m_open)
@@ -105,7 +105,7 @@ void DeviceOutput::open(int sampleRate)
 }
 
 /// Tries the device; a substitute that is running goes on until the device has answered.
-void DeviceOutput::openDevice(int sampleRate)
+void LiveOutput::openDevice(int sampleRate)
 {
     // The device must not call back while the substitute does.
     struct Silence final : OutputCallback {
@@ -125,7 +125,7 @@ void DeviceOutput::openDevice(int sampleRate)
         opened(State::device, *rate);
 }
 
-void DeviceOutput::openSubstitute(int sampleRate)
+void LiveOutput::openSubstitute(int sampleRate)
 {
     if (const auto rate = m_substitute->open(sampleRate, *m_callback, m_wake)) {
         opened(State::substitute, *rate);
@@ -133,28 +133,28 @@ void DeviceOutput::openSubstitute(int sampleRate)
     }
 }
 
-void DeviceOutput::opened(State state, int sampleRate)
+void LiveOutput::opened(State state, int sampleRate)
 {
     m_open = state;
     m_sampleRate.store(sampleRate);
     tell(state);
 }
 
-void DeviceOutput::closeAll()
+void LiveOutput::closeAll()
 {
     m_device->close();
     m_substitute->close();
     m_open.reset();
 }
 
-void DeviceOutput::measureLatency()
+void LiveOutput::measureLatency()
 {
     const double before = m_latencySeconds.load();
     const double change = m_device->latencySeconds() - before;
     m_latencySeconds.store(before + change * (std::abs(change) < anotherLatencySeconds ? newestPart : 1));
 }
 
-void DeviceOutput::tell(State state)
+void LiveOutput::tell(State state)
 {
     if (m_told == state)
         return;
