@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """What the window costs: from exec to the window on the screen and resident memory, beside a window of the toolkit with nothing in
-it; and processor time while it plays at half speed, beside the command line that plays the same.
+it; processor time while it plays at half speed, beside the command line that plays the same; and how soon the main thread answers
+while a handle of the region is dragged as a song plays.
 
 Usage: window_cost.py PROGRAM EMPTY-WINDOW-PROGRAM SONG    (60 minutes of MP3)
 Needs Xvfb and xev (Debian: xvfb, x11-utils) and the tests' desktop.
@@ -16,6 +17,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parent.parent / "tests" / "window"))
 from desktop import Desktop, wait_for  # noqa: E402
+from window import Watchdog, Window, write_song  # noqa: E402
 
 ROUNDS = 15
 PLAY_SECONDS = 20
@@ -87,10 +89,34 @@ def main():
         player = desktop.start(program, "play", song, "--speed", "50")
         time.sleep(3)
         alone = share_of_a_core(player.pid)
+        player.kill()
         print(f"playing at 50 %: {100 * with_window:.1f} % of a core with the window, {100 * alone:.1f} % without, "
               f"{100 * (with_window - alone):.1f} % beyond")
+        drag_a_handle(desktop, program)
     finally:
         desktop.close()
+
+
+def drag_a_handle(desktop, program):
+    """To and fro across the window, a move every 8 ms, for ten seconds."""
+    song = desktop.folder / "drag.wav"
+    write_song(song, 12)
+    subprocess.run(["/usr/bin/python3", "-c", "import pyatspi; pyatspi.Registry.getDesktop(0).childCount"], check=False,
+                   env=desktop.environment)
+    window = Window(desktop, program, song)
+    window.wait_until_loaded()
+    desktop.key("space")
+    left, right = window.at(0, 12), window.at(6, 12)
+    places = [left[0] + (right[0] - left[0]) * step // 100 for step in [*range(100), *range(100, 0, -1)]]
+    moves = [word for x in places for word in ("mousemove", str(x), str(left[1]), "sleep", "0.008")]
+    desktop.run("xdotool", "mousemove", *map(str, left), "mousedown", "1")
+    with Watchdog(window) as watchdog:
+        for _ in range(4):
+            desktop.run("xdotool", *moves)
+    desktop.run("xdotool", "mouseup", "1")
+    print(f"a handle dragged while playing: slowest answer {1000 * watchdog.slowest:.0f} ms "
+          f"(the machine's own delay {1000 * watchdog.machine:.0f} ms)")
+    window.close()
 
 
 main()

@@ -40,8 +40,11 @@ class WindowTest(unittest.TestCase):
         return self.window
 
     def shot(self, name):
+        """Its name ends with the appearance that it shows."""
         time.sleep(0.4)
-        DESKTOP.shot(PICTURES / f"{name}.png")
+        picture = PICTURES / f"{name}.png"
+        DESKTOP.shot(picture)
+        self.assertEqual(DESKTOP.brightness(picture) < 0.5, name.endswith("-dark"), name)
 
     def stored(self):
         """The settings that are kept for the song."""
