@@ -136,7 +136,7 @@ HelpSheet::HelpSheet(const ThemeSource& source, QWidget* parent)
     header->setContentsMargins(0, 0, 12, 0);
     sheet->addLayout(header);
     sheet->addWidget(scroll);
-    resize(usualSize);
+    resize(scaled(usualSize.width()), scaled(usualSize.height()));
 }
 
 void HelpSheet::addSection(QVBoxLayout& column, const QString& title, const QString& content, const ThemeSource& source)
@@ -155,7 +155,7 @@ void HelpSheet::addShortcuts(QVBoxLayout& column, const ThemeSource& source)
 {
     addSection(column, tr("Keyboard Shortcuts"), {}, source);
     auto* table = new QGridLayout;
-    table->setColumnMinimumWidth(0, keyColumnWidth);
+    table->setColumnMinimumWidth(0, scaled(keyColumnWidth));
     table->setColumnStretch(1, 1);
     table->setVerticalSpacing(4);
     int row = 0;

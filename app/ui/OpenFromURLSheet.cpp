@@ -6,6 +6,7 @@
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/controls/Card.h"
 #include "app/ui/controls/ElidedLabel.h"
+#include "app/ui/controls/Fonts.h"
 
 #include <QAccessible>
 #include <QFileDialog>
@@ -74,7 +75,7 @@ QWidget* OpenFromURLSheet::makeQuestions()
 {
     m_urlField->setPlaceholderText(tr("https://example.com/song.mp3"));
     m_urlField->setAccessibleName(tr("Web address"));
-    m_urlField->setFixedHeight(AppTheme::controlHeight);
+    m_urlField->setFixedHeight(scaled(AppTheme::controlHeight));
     m_urlField->setTextMargins(fieldPadding, 0, fieldPadding, 0);
     connect(m_urlField, &QLineEdit::textChanged, this, [this](const QString& text) {
         // A pasted line brings its end along.
@@ -93,7 +94,7 @@ QWidget* OpenFromURLSheet::makeQuestions()
     folder->addWidget(m_directory, 1);
     folder->addWidget(choose);
     auto* card = new Card(m_services.theme);
-    card->setFixedWidth(sheetWidth - 2 * AppTheme::windowMargin);
+    card->setFixedWidth(scaled(sheetWidth) - 2 * AppTheme::windowMargin);
     auto* column = new QVBoxLayout(card);
     column->setContentsMargins(AppTheme::cardPadding, AppTheme::cardPadding, AppTheme::cardPadding, AppTheme::cardPadding);
     column->setSpacing(12);
@@ -108,7 +109,7 @@ QWidget* OpenFromURLSheet::makeProgress()
     m_bar->setFixedHeight(barHeight);
     m_bar->setTextVisible(false);
     m_bar->setAccessibleName(tr("Progress"));
-    m_words->setFixedWidth(wordsWidth);
+    m_words->setFixedWidth(scaled(wordsWidth));
     m_words->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     auto* stop = new QPushButton(tr("Stop"));
     stop->setAutoDefault(false);
@@ -132,7 +133,7 @@ QWidget* OpenFromURLSheet::makeError()
     m_error = new QScrollArea;
     m_error->setFrameShape(QFrame::NoFrame);
     m_error->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_error->setFixedWidth(sheetWidth - 2 * AppTheme::windowMargin);
+    m_error->setFixedWidth(scaled(sheetWidth) - 2 * AppTheme::windowMargin);
     m_error->setWidget(m_errorText);
     m_error->viewport()->setAutoFillBackground(false);
     m_errorText->setAutoFillBackground(false);
@@ -231,10 +232,10 @@ void OpenFromURLSheet::sync()
     if (m_errorMessage) {
         m_errorText->setText(*m_errorMessage);
         int width = m_error->width();
-        if (m_errorText->heightForWidth(width) > maxErrorHeight)
+        if (m_errorText->heightForWidth(width) > scaled(maxErrorHeight))
             width -= m_error->verticalScrollBar()->sizeHint().width();
         m_errorText->setFixedSize(width, m_errorText->heightForWidth(width));
-        m_error->setFixedHeight(std::min(maxErrorHeight, m_errorText->height()));
+        m_error->setFixedHeight(std::min(scaled(maxErrorHeight), m_errorText->height()));
     }
     if (isDownloading())
         showProgress();
