@@ -16,6 +16,7 @@ class CommandCenter {
 public:
     /// Both outlive it.
     CommandCenter(AppState& state, Notifications& notifications);
+    ~CommandCenter() = default;
     CommandCenter(const CommandCenter&) = delete;
     CommandCenter& operator=(const CommandCenter&) = delete;
 

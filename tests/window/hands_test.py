@@ -146,6 +146,8 @@ class HandsTest(unittest.TestCase):
                                         wait_for("the other song", lambda: window.has("label", "other.wav")), self.wait_until_loaded())),
             ("the recent files of the toolbar, by key", lambda: (tab_to("push button", "Recent files"), key("space"), time.sleep(0.3),
                                                                  key("Down", "Down", "Return"), self.wait_until_loaded())),
+            ("the menus by key, left again", lambda: (key("Alt_L"), key("Down"), wait_for("a menu", lambda: window.has("menu item", "Quit")),
+                                                      key("Escape", "Escape"))),
             ("the menu's recent files", lambda: (click("menu item", "File"), key("Down", "Down", "Down", "Right", "Down", "Return"),
                                                  time.sleep(0.3), self.wait_until_loaded())),
         ]

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QFocusEvent>
 #include <QKeyEvent>
+#include <QMenuBar>
 
 #include <utility>
 
@@ -85,6 +86,9 @@ bool KeyResponderView::eventFilter(QObject* watched, QEvent* event)
         break;
     case QEvent::FocusIn: {
         const auto reason = static_cast<const QFocusEvent*>(event)->reason();
+        // The menus give the focus back to whoever had it.
+        if (reason == Qt::MenuBarFocusReason && qobject_cast<QMenuBar*>(widget) != nullptr)
+            break;
         if (mayHaveFocus(*widget, reason)) {
             m_chosen = widget;
         } else {
