@@ -9,6 +9,12 @@ namespace quillet {
 
 RecentFilesStore& RecentFilesStore::shared() { return SharedInstance<RecentFilesStore>::get(); }
 
+std::vector<FilePath> RecentFilesStore::listed() const
+{
+    const auto paths = storedPaths();
+    return { paths.begin(), paths.end() };
+}
+
 std::vector<FilePath> RecentFilesStore::all()
 {
     std::vector<std::string> gone = storedPaths();

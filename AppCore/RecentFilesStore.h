@@ -28,6 +28,9 @@ public:
     /// The composition root's store over the standard domain.
     static RecentFilesStore& shared();
 
+    /// What is listed, whether it exists or not, the most recent first. Waits for no disk but the store's.
+    [[nodiscard]] std::vector<FilePath> listed() const;
+
     /// The listed files and folders that exist now, the most recent first. Any other is dropped from the stored list too.
     [[nodiscard]] std::vector<FilePath> all();
 

@@ -222,11 +222,16 @@ void FileLoader::refreshRecentFiles()
 {
     m_services.background.run([&store = m_services.recentFiles, &scheduler = m_services.scheduler, self = std::weak_ptr(m_self),
                                generation = ++m_recentFilesGeneration] {
-        scheduler.post([self, generation, files = store.all()] {
-            const auto loader = self.lock();
-            if (loader && (*loader)->m_recentFilesGeneration == generation)
-                (*loader)->m_services.state.setRecentFiles(files);
-        });
+        const auto show = [&](std::vector<FilePath> files) {
+            scheduler.post([self, generation, files = std::move(files)] {
+                const auto loader = self.lock();
+                if (loader && (*loader)->m_recentFilesGeneration == generation)
+                    (*loader)->m_services.state.setRecentFiles(files);
+            });
+        };
+        // At once, and then again without those that are gone: a disk may take long to answer.
+        show(store.listed());
+        show(store.all());
     });
 }
 

@@ -52,7 +52,7 @@ public:
     /// on offer in the state.
     void loadFile(const FilePath& url, RestoreSettings restoreSettings);
 
-    /// Puts the list of recent files that exist into the state, a moment later.
+    /// Puts the list of recent files into the state, a moment later; those that are gone leave it when the disks have answered.
     void refreshRecentFiles();
 
     /// `report` is given the sentence to show for every file that cannot be opened.

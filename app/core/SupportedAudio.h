@@ -18,4 +18,8 @@ inline constexpr std::array<std::string_view, 25> supportedAudioTypes{
 /// By the name alone: the file may lie on a disk that does not answer.
 [[nodiscard]] bool isSupportedAudio(const FilePath& file);
 
+/// Whether the name says that the file is something else: a text, a picture, a list of songs. One whose name says nothing may
+/// be tried.
+[[nodiscard]] bool isNoAudio(const FilePath& file);
+
 }  // namespace quillet

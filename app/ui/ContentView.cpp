@@ -160,6 +160,11 @@ void ContentView::showScreen()
 
 void ContentView::loadFile(const FilePath& url, RestoreSettings restoreSettings)
 {
+    // Before the song that is open is closed for it.
+    if (isNoAudio(url)) {
+        showError(tr("“%1” is not an audio file.").arg(fileName(url)));
+        return;
+    }
     // What is being typed still belongs to the song before.
     m_keys->takeFocus();
     m_services.loader.loadFile(url, restoreSettings);

@@ -18,7 +18,7 @@
 namespace quillet {
 namespace {
 
-constexpr int symbolSize = 80;
+constexpr int symbolSize = 52;
 constexpr int titlePixels = 32;
 constexpr QSize openButtonSize(142, 38);
 constexpr int recentWidth = 440;

@@ -36,6 +36,8 @@ void MainWindow::populate()
     m_content->setMinimumSize(minContentSize);
     buildMenus();
     setCentralWidget(m_content);
+    // The menus come on top of it.
+    setMinimumSize(minContentSize + QSize(0, menuBar()->isNativeMenuBar() ? 0 : menuBar()->sizeHint().height()));
 }
 
 void MainWindow::buildMenus()

@@ -139,8 +139,10 @@ void SpeedControl::commitSpeedInput(const QString& text)
 void SpeedControl::commitCustomStep(const QString& text)
 {
     const auto typed = readNumber(text.toStdString());
-    if (typed && *typed > 0 && *typed <= maxStep)
+    if (typed && *typed > 0 && *typed <= maxStep) {
+        m_wantsCustomStep = false;
         m_state.setSpeedStep(*typed);
+    }
     showStep();
 }
 

@@ -81,9 +81,12 @@ void ThemeSource::takePreference(const QVariant& preference)
 {
     switch (preference.toUInt()) {
     case prefersDark:
+        // The palette may have been dark for that reason alone.
+        m_usual = Appearance::light;
         setAppearance(Appearance::dark);
         break;
     case prefersLight:
+        m_usual = Appearance::light;
         setAppearance(Appearance::light);
         break;
     default:

@@ -36,7 +36,7 @@ private:
     void takePreference(const QVariant& preference);
 
     AppTheme m_theme;
-    /// What the palette was before anybody changed it: the appearance where no other is preferred.
+    /// The appearance where none is preferred: that of the palette at the start, as long as no preference explains it.
     Appearance m_usual;
 };
 

@@ -4,15 +4,25 @@
 #include "app/ui/controls/Fonts.h"
 
 #include <QPainter>
+#include <QToolTip>
 
 #include <cmath>
 
 namespace quillet {
 namespace {
 
+/// Also of a tooltip that is open.
+void changeToolTip(QWidget& widget, const QString& text)
+{
+    const bool isOpen = QToolTip::isVisible() && QToolTip::text() == widget.toolTip();
+    widget.setToolTip(text);
+    if (isOpen)
+        QToolTip::showText(QCursor::pos(), text, &widget);
+}
+
 constexpr int playDiameter = 64;
 constexpr int ringSpace = 4;
-constexpr double playSymbolSize = 34;
+constexpr double playSymbolSize = 44;
 constexpr QSize holdSize(76, 36);
 
 }  // namespace
@@ -34,7 +44,7 @@ void PlayButton::setPlaying(bool isPlaying)
 {
     m_isPlaying = isPlaying;
     const QString name = isPlaying ? tr("Pause") : tr("Play");
-    setToolTip(name);
+    changeToolTip(*this, name);
     setAccessibleName(name);
     update();
 }
@@ -87,7 +97,7 @@ QSize HoldButton::sizeHint() const { return { scaled(holdSize.width()), scaled(h
 
 void HoldButton::checkStateSet()
 {
-    setToolTip(isChecked() ? tr("Exit Hold mode [H]") : tr("Hold — freeze on a short section [H]"));
+    changeToolTip(*this, isChecked() ? tr("Exit Hold mode [H]") : tr("Hold — freeze on a short section [H]"));
 }
 
 void HoldButton::paintEvent(QPaintEvent*)

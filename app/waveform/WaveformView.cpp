@@ -226,7 +226,8 @@ void WaveformView::drawHandle(QPainter& painter, double time, const QColor& colo
     const double scale = devicePixelRatioF();
     // On a whole device pixel, so that the line is sharp.
     const double x = std::round((sideInset + timeToX(time)) * scale) / scale;
-    if (x < sideInset - 1 || x > width() - sideInset + 1)
+    // As far as it shows: it can be grabbed there.
+    if (x < -handlePillWidth / 2 || x > width() + handlePillWidth / 2)
         return;
     painter.fillRect(QRectF(x - markerLineWidth / 2, rulerHeight, markerLineWidth, height() - rulerHeight), color);
     painter.save();

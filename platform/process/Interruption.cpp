@@ -24,14 +24,14 @@ Interruption::Interruption()
 {
     REQUIRE(activeWake.exchange(&m_wake) == nullptr);
     interrupted.store(false);
-    std::signal(SIGINT, quilletInterrupted);
-    std::signal(SIGTERM, quilletInterrupted);
+    for (const int number : { SIGINT, SIGTERM, SIGHUP })
+        std::signal(number, quilletInterrupted);
 }
 
 Interruption::~Interruption()
 {
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
+    for (const int number : { SIGINT, SIGTERM, SIGHUP })
+        std::signal(number, SIG_DFL);
     activeWake.store(nullptr);
 }
 

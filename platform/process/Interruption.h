@@ -1,4 +1,5 @@
-// Turns Ctrl-C and a request to terminate into something that can be asked for or watched, so that a command can end cleanly.
+// Turns Ctrl-C, a request to terminate and the loss of the terminal into something that can be asked for or watched, so that a
+// command can end cleanly.
 // Threads: made and asked on the main thread; one at a time.
 #pragma once
 

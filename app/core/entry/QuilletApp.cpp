@@ -43,6 +43,15 @@ constexpr double finalTimeoutSeconds = 1;
 /// After the start of the program, which other things are more urgent for.
 constexpr double sweepDelaySeconds = 5;
 
+/// The toolkit ends the program with `exit` when it loses the display.
+AppState* stateToSave = nullptr;
+
+void saveAtExit()
+{
+    if (stateToSave != nullptr)
+        stateToSave->saveSettingsNow();
+}
+
 class QuilletApp {
 public:
     QuilletApp()
@@ -58,6 +67,9 @@ public:
         applyTheme();
         QObject::connect(&m_theme, &ThemeSource::themeChanged, &m_theme, applyTheme);
         m_keys.start(m_state, m_commands);
+        QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, m_state.get(), &AppState::saveSettingsNow);
+        stateToSave = m_state.get();
+        std::atexit(saveAtExit);
         // The end of the session, or Ctrl-C: it ends with everything saved.
         m_interruptions = m_scheduler.watch(m_interruption.descriptor(), [this] {
             m_interruption.acknowledge();
@@ -90,6 +102,7 @@ public:
         m_processes.endAll();
         m_engine.stop();
         m_state->saveSettingsNow();
+        stateToSave = nullptr;
         m_programEnds.request_stop();
         return m_background.finish(finalTimeoutSeconds);
     }

@@ -9,16 +9,31 @@
 #include <QTextEdit>
 #include <QWindow>
 
+#include <algorithm>
 #include <utility>
 
 namespace quillet {
 namespace {
 
-/// In a menu, or in a dialog, whether or not the window under it can be used.
-bool isElsewhere()
+enum class Place {
+    window,
+    /// A dialog in which nothing can be typed, whether or not the window under it can be used: only the command keys are not
+    /// its own.
+    sheet,
+    /// A menu, or a dialog to type in.
+    elsewhere,
+};
+
+Place presentPlace()
 {
-    return QApplication::activeModalWidget() != nullptr || QApplication::activePopupWidget() != nullptr
-        || qobject_cast<QDialog*>(QApplication::activeWindow()) != nullptr;
+    if (QApplication::activePopupWidget() != nullptr)
+        return Place::elsewhere;
+    const QWidget* dialog = QApplication::activeModalWidget();
+    if (dialog == nullptr)
+        dialog = qobject_cast<QDialog*>(QApplication::activeWindow());
+    if (dialog == nullptr)
+        return Place::window;
+    return std::ranges::any_of(dialog->findChildren<QWidget*>(), isTextEditor) ? Place::elsewhere : Place::sheet;
 }
 
 }  // namespace
@@ -53,10 +68,11 @@ bool KeyHandler::eventFilter(QObject* watched, QEvent* event)
     // A key reaches the window first and then the widgets, one by one: it is taken at its first stop, and so only once.
     const auto state = m_state.lock();
     const auto* key = static_cast<QKeyEvent*>(event);
-    if (!state || !state->isLoaded() || isElsewhere())
+    const Place place = presentPlace();
+    if (!state || !state->isLoaded() || place == Place::elsewhere)
         return QObject::eventFilter(watched, event);
     const auto command = commandFor(*key, *state);
-    if (!command)
+    if (!command || (place == Place::sheet && commandOf(*command).use != KeyUse::withCommandKey))
         return false;
     event->accept();
     if (asksForShortcut) {

@@ -117,22 +117,38 @@ void VerticalSlider::mousePressEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton)
         return;
     m_isDragged = true;
-    moveTo(event->position().y());
+    // A knob stays where it is until it is moved; beside it the click says where to.
+    m_grip = isOnKnob(event->position()) ? event->position().y() - yOf(value()) : 0;
+    moveTo(event->position().y() - m_grip);
+}
+
+bool VerticalSlider::isOnKnob(const QPointF& place) const
+{
+    return std::hypot(place.x() - width() / 2.0, place.y() - yOf(value())) <= knobRadius + 1;
 }
 
 void VerticalSlider::mouseMoveEvent(QMouseEvent* event)
 {
     if (m_isDragged)
-        moveTo(event->position().y());
+        moveTo(event->position().y() - m_grip);
 }
 
-void VerticalSlider::mouseReleaseEvent(QMouseEvent*)
+void VerticalSlider::mouseReleaseEvent(QMouseEvent* event)
 {
+    if (event->button() != Qt::LeftButton)
+        return;
     m_isDragged = false;
     update();
 }
 
-void VerticalSlider::mouseDoubleClickEvent(QMouseEvent*) { setValue(0); }
+/// Resets on the knob; beside it two clicks are two clicks.
+void VerticalSlider::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton && isOnKnob(event->position()))
+        setValue(0);
+    else
+        mousePressEvent(event);
+}
 
 /// The page under the pointer scrolls; a gain is not changed in passing.
 void VerticalSlider::wheelEvent(QWheelEvent* event) { event->ignore(); }

@@ -41,10 +41,13 @@ protected:
 private:
     [[nodiscard]] double yOf(int steps) const;
     void moveTo(double y);
+    [[nodiscard]] bool isOnKnob(const QPointF& place) const;
 
     const ThemeSource& m_source;
     std::function<void(double gainDb)> m_onMove;
     bool m_isDragged = false;
+    /// Where the knob was grabbed, points below its centre.
+    double m_grip = 0;
     bool m_isTold = false;
 };
 
