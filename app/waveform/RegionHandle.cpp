@@ -85,7 +85,7 @@ QString spokenTime(double seconds)
 {
     const auto hundredths = static_cast<qint64>(seconds * 100);
     const qint64 minutes = hundredths / 6000;
-    const QString rest = RegionHandle::tr("%1 seconds").arg(static_cast<double>(hundredths % 6000) / 100, 0, 'f', 2);
+    QString rest = RegionHandle::tr("%1 seconds").arg(static_cast<double>(hundredths % 6000) / 100, 0, 'f', 2);
     if (minutes == 0)
         return rest;
     return minutes == 1 ? RegionHandle::tr("1 minute %1").arg(rest) : RegionHandle::tr("%1 minutes %2").arg(minutes).arg(rest);
