@@ -5,11 +5,8 @@
 #include "app/core/Commands.h"
 #include "app/ui/DownloadNotice.h"
 #include "app/ui/OpenFromURLSheet.h"
-#include "platform/files/SystemFileAttributes.h"
 #include "tests/app/ui/WindowRig.h"
-#include "tests/support/FakeAudioFileOpener.h"
 #include "tests/support/FakeProcessRunner.h"
-#include "tests/support/ManualRunner.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -31,33 +28,13 @@
 namespace quillet {
 namespace {
 
-/// Has no file.
-class NoAmplitudes final : public AmplitudeReaderOpener {
-public:
-    [[nodiscard]] std::expected<std::unique_ptr<AmplitudeReader>, AudioFileError> open(const FilePath&) override
-    {
-        return std::unexpected(AudioFileError::notFound);
-    }
-};
-
-struct ContentViewTest : testing::Test {
-    WindowRig rig;
-    AppState& state = *rig.state;
-    ManualRunner background;
-    SystemFileAttributes attributes;
-    WaveformCache cache{ rig.defaults, attributes };
-    StemSessionStore stemSessions{ rig.defaults };
-    RecentFilesStore recentFiles{ rig.defaults };
-    FakeAudioFileOpener opener;
-    NoAmplitudes readers;
-    FileLoader loader{
-        { state, rig.scheduler, background, opener, { readers, 1, {} }, cache, rig.settings, stemSessions, recentFiles }
-    };
+struct ContentViewTest : testing::Test, WindowRig {
+    AppState& state = *WindowRig::state;
     FakeProcessRunner processes;
     TemporaryFolder tools;
     URLDownloader downloader{ processes, background, tools.path() };
-    DownloadSettingsStore downloadSettings{ rig.defaults };
-    ContentView view{ { state, loader, rig.commands, recentFiles, downloader, downloadSettings, rig.theme, rig.defaults } };
+    DownloadSettingsStore downloadSettings{ defaults };
+    ContentView view{ { state, loader, commands, recentFiles, downloader, downloadSettings, theme, defaults } };
 
     ContentViewTest()
     {
@@ -65,13 +42,6 @@ struct ContentViewTest : testing::Test {
             std::filesystem::create_symlink("/bin/sh", tools / name);
         view.resize(1000, 900);
         view.show();
-    }
-
-    void finishWork()
-    {
-        while (background.waiting() > 0)
-            background.finish();
-        rig.scheduler.advance(0);
     }
 
     [[nodiscard]] bool isShown(const char* text) const
@@ -160,53 +130,53 @@ TEST_F(ContentViewTest, ScreensFollowTheLoadingAndErrorsAreSaid)
 
 TEST_F(ContentViewTest, CommandsAreCarriedOutWhileAFileIsLoaded)
 {
-    rig.commands.execute(CommandId::increaseSpeed);
-    rig.commands.execute(CommandId::pitchDown);
-    rig.commands.execute(CommandId::toggleLoop);
-    rig.commands.execute(CommandId::toggleHold);
-    rig.commands.execute(CommandId::holdForward);
+    commands.execute(CommandId::increaseSpeed);
+    commands.execute(CommandId::pitchDown);
+    commands.execute(CommandId::toggleLoop);
+    commands.execute(CommandId::toggleHold);
+    commands.execute(CommandId::holdForward);
     EXPECT_EQ(state.speed(), 105);
     EXPECT_EQ(state.pitch(), -1);
     EXPECT_FALSE(state.loopEnabled());
     EXPECT_DOUBLE_EQ(state.holdPosition(), 0.08);
-    rig.commands.execute(CommandId::stopReset);
+    commands.execute(CommandId::stopReset);
     EXPECT_FALSE(state.isPlaying());
     state.setLoadingState(LoadingState::idle());
-    rig.commands.execute(CommandId::increaseSpeed);
+    commands.execute(CommandId::increaseSpeed);
     EXPECT_EQ(state.speed(), 105);
 
     recentFiles.push("/x.mp3");
-    rig.commands.execute(CommandId::clearRecents);
+    commands.execute(CommandId::clearRecents);
     finishWork();
     EXPECT_TRUE(recentFiles.all().empty());
 }
 
 TEST_F(ContentViewTest, HelpOpensOnceAndCloses)
 {
-    rig.commands.execute(CommandId::showHelp);
-    rig.commands.execute(CommandId::showHelp);
+    commands.execute(CommandId::showHelp);
+    commands.execute(CommandId::showHelp);
     const auto sheets = view.findChildren<QDialog*>();
     ASSERT_EQ(sheets.size(), 1);
     for (auto* button : sheets.front()->findChildren<QAbstractButton*>())
         if (button->text() == QLatin1String("Done"))
             QTest::mouseClick(button, Qt::LeftButton);
     EXPECT_FALSE(state.isShowingHelp());
-    rig.commands.execute(CommandId::showHelp);
+    commands.execute(CommandId::showHelp);
     EXPECT_TRUE(state.isShowingHelp());
     state.setIsShowingHelp(false);
 }
 
 TEST_F(ContentViewTest, ADownloadedSongIsOpenedWithTheDefaults)
 {
-    rig.commands.execute(CommandId::openFromURL);
-    rig.commands.execute(CommandId::openFromURL);
+    commands.execute(CommandId::openFromURL);
+    commands.execute(CommandId::openFromURL);
     const auto sheets = view.findChildren<OpenFromURLSheet*>();
     ASSERT_EQ(sheets.size(), 1);
     const QPointer<OpenFromURLSheet> sheet = sheets.front();
     QTest::keyClicks(sheet->findChild<QLineEdit*>(), QStringLiteral("https://example.com/a.mp3"));
     sheet->startDownload();
     EXPECT_EQ(processes.children.size(), 1);
-    rig.commands.execute(CommandId::openFromURL);
+    commands.execute(CommandId::openFromURL);
     EXPECT_EQ(view.findChildren<OpenFromURLSheet*>().size(), 1);
     state.setSpeed(50);
     processes.children.at(0)->end(0, "/songs/a.m4a");
@@ -216,7 +186,7 @@ TEST_F(ContentViewTest, ADownloadedSongIsOpenedWithTheDefaults)
     EXPECT_EQ(state.loadingState().stage, LoadingState::Stage::loading);
 
     // After a cancelled sheet the song is there to be opened, and what plays goes on.
-    rig.commands.execute(CommandId::openFromURL);
+    commands.execute(CommandId::openFromURL);
     auto* other = view.findChild<OpenFromURLSheet*>();
     QTest::keyClicks(other->findChild<QLineEdit*>(), QStringLiteral("https://example.com/b.mp3"));
     other->startDownload();
