@@ -11,12 +11,11 @@
 #include "platform/schedule/QtScheduler.h"
 #include "tests/support/AudioFixtures.h"
 #include "tests/support/Command.h"
+#include "tests/support/EventLoop.h"
 #include "tests/support/MemoryAudioFile.h"
 #include "tests/support/MonitorRecorder.h"
 #include "tests/support/SignalAnalysis.h"
 #include "tests/support/TemporaryFolder.h"
-
-#include <QCoreApplication>
 
 #include <gtest/gtest.h>
 
@@ -46,6 +45,7 @@ bool canBeHeard()
 
 /// The engine and its state over the real graph and device.
 struct Program {
+    EventLoop loop;
     QtScheduler scheduler;
     MemoryDefaultsDomain defaults;
     SettingsStore settings{ defaults };
@@ -64,32 +64,13 @@ struct Program {
         const double duration = static_cast<double>(file->length()) / file->sampleRate();
         state->setAudioDuration(duration);
         state->resetToDefaults(duration);
-        runUntil([this] { return !told.empty(); }, 5);
+        EXPECT_TRUE(loop.runUntil([this] { return !told.empty(); }, 5));
         run(0.2);
     }
 
-    /// Lets the event loop run for so long.
     void run(double seconds)
     {
-        const auto end = scheduler.after(seconds, [] { QCoreApplication::quit(); });
-        QCoreApplication::exec();
-    }
-
-    template <typename Condition> bool runUntil(Condition condition, double limitSeconds)
-    {
-        for (const double end = scheduler.nowSeconds() + limitSeconds; !condition() && scheduler.nowSeconds() < end;)
-            run(0.01);
-        return condition();
-    }
-};
-
-struct RealPlayback : testing::Test {
-    static void SetUpTestSuite()
-    {
-        static int count = 1;
-        static char name[] = "test";
-        static char* arguments[] = { name, nullptr };
-        static const QCoreApplication application(count, arguments);
+        EXPECT_FALSE(loop.runUntil([] { return false; }, seconds));
     }
 };
 
@@ -138,7 +119,7 @@ std::string difference(const std::vector<float>& heard, const std::vector<float>
     return {};
 }
 
-TEST_F(RealPlayback, WhatComesOutIsWhatRenderWrites)
+TEST(RealPlayback, WhatComesOutIsWhatRenderWrites)
 {
     const TemporaryFolder folder;
     const std::string song = (folder / "song.flac").native();
@@ -163,7 +144,7 @@ TEST_F(RealPlayback, WhatComesOutIsWhatRenderWrites)
     }
 }
 
-TEST_F(RealPlayback, AServerThatDiesIsSurvivedAndHeardAgain)
+TEST(RealPlayback, AServerThatDiesIsSurvivedAndHeardAgain)
 {
     TestSoundServer server;
     Program program(tone(30));
@@ -171,19 +152,19 @@ TEST_F(RealPlayback, AServerThatDiesIsSurvivedAndHeardAgain)
     program.state->togglePlayPause();
     program.run(0.5);
     server.kill();
-    EXPECT_TRUE(program.runUntil([&] { return program.told.size() == 2; }, 5));
+    EXPECT_TRUE(program.loop.runUntil([&] { return program.told.size() == 2; }, 5));
     EXPECT_EQ(program.told.back(), State::substitute);
     const double lost = program.state->playbackPosition();
     program.run(0.5);
     EXPECT_GT(program.state->playbackPosition(), lost + 0.2) << "the play head goes on without a device";
     server.restart();
-    EXPECT_TRUE(program.runUntil([&] { return program.told.size() == 3; }, 5));
+    EXPECT_TRUE(program.loop.runUntil([&] { return program.told.size() == 3; }, 5));
     EXPECT_EQ(program.told.back(), State::device);
     MonitorRecorder recorder(server);
     EXPECT_TRUE(recorder.waitForSound(0, std::chrono::seconds(5)));
 }
 
-TEST_F(RealPlayback, AServerOfTheUsualKindPlaysToo)
+TEST(RealPlayback, AServerOfTheUsualKindPlaysToo)
 {
     const TestSoundServer server({ .sinkRate = 48000, .rewinds = NullSinkRewinds::on });
     MonitorRecorder recorder(server);
@@ -200,7 +181,7 @@ TEST_F(RealPlayback, AServerOfTheUsualKindPlaysToo)
     EXPECT_NEAR(centsBetween(toneFrequencyHz(middle, 48000), 441), 0, 2);
 }
 
-TEST_F(RealPlayback, AnInterruptionEndsTheCommandSoon)
+TEST(RealPlayback, AnInterruptionEndsTheCommandSoon)
 {
     const TemporaryFolder folder;
     const std::string song = (folder / "song.wav").native();
@@ -211,7 +192,7 @@ TEST_F(RealPlayback, AnInterruptionEndsTheCommandSoon)
     EXPECT_EQ(played.status, 130);
 }
 
-TEST_F(RealPlayback, WithoutAServerPlaybackTakesItsTimeAndSaysSo)
+TEST(RealPlayback, WithoutAServerPlaybackTakesItsTimeAndSaysSo)
 {
     const TemporaryFolder folder;
     const std::string song = (folder / "song.wav").native();

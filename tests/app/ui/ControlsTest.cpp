@@ -153,6 +153,8 @@ TEST_F(ControlsTest, RegionFieldsKeepTheRegionInOrder)
     EXPECT_EQ(state.regionEnd(), 100) << "59, then at most the file's length";
     enter("Region start, seconds", "-3");
     EXPECT_EQ(state.regionStart(), 60);
+    enter("Region start, seconds", "12a");
+    EXPECT_EQ(state.regionStart(), 60);
     click("Increase Region start, milliseconds");
     EXPECT_DOUBLE_EQ(state.regionStart(), 60.001);
     state.togglePlayPause();
