@@ -5,9 +5,17 @@
 // Prints medians over ROUNDS (15), in milliseconds; without the waveform one round. The files are made in FOLDER once (some
 // 1.5 GB) and used again.
 
+#include "app/core/FileLoader.h"
 #include "bench/SongFiles.h"
+#include "platform/audio/OfflineOutput.h"
+#include "platform/audio/PlaybackGraph.h"
+#include "platform/defaults/SqliteDefaultsDomain.h"
+#include "platform/files/SystemFileAttributes.h"
+#include "platform/media/FfmpegAmplitudeReader.h"
+#include "platform/media/FfmpegAudioFile.h"
 #include "platform/schedule/QtScheduler.h"
-#include "tests/support/SongServices.h"
+#include "platform/schedule/ThreadRunner.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <QCoreApplication>
 
@@ -15,6 +23,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,25 +31,43 @@ namespace {
 
 using namespace quillet;
 
+/// Everything that opening a song takes, the real thing; only the output is one that is pulled.
 struct Program {
     TemporaryFolder folder;
-    SongServices<QtScheduler> services{ folder };
-    AppState& state = *services.state;
+    QtScheduler scheduler;
+    ThreadRunner background;
+    SqliteDefaultsDomain defaults{ folder / "defaults.sqlite" };
+    SettingsStore settings{ defaults };
+    SystemFileAttributes attributes;
+    WaveformCache cache{ defaults, attributes };
+    StemSessionStore stemSessions{ defaults };
+    RecentFilesStore recentFiles{ defaults };
+    FfmpegAudioFileOpener opener;
+    FfmpegAmplitudeReaderOpener readers;
+    OfflineOutput output;
+    PlaybackGraph graph{ output, scheduler };
+    AudioEngine engine{ graph, scheduler };
+    std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);
+    FileLoader loader{
+        { *state, scheduler, background, opener, { readers, 2, {} }, cache, settings, stemSessions, recentFiles }
+    };
+
+    Program() { engine.setAppState(state); }
 
     double millisecondsToLoad(const FilePath& path)
     {
         const auto begin = std::chrono::steady_clock::now();
         double milliseconds = -1;
         QObject scope;
-        QObject::connect(&state, &AppState::loadingStateChanged, &scope, [&] {
-            if (state.loadingState().stage == LoadingState::Stage::loading)
+        QObject::connect(state.get(), &AppState::loadingStateChanged, &scope, [&] {
+            if (state->loadingState().stage == LoadingState::Stage::loading)
                 return;
             milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
             QCoreApplication::quit();
         });
-        services.loader.loadFile(path, RestoreSettings::yes);
+        loader.loadFile(path, RestoreSettings::yes);
         QCoreApplication::exec();
-        return state.loadingState() == LoadingState::loaded() ? milliseconds : -1;
+        return state->loadingState() == LoadingState::loaded() ? milliseconds : -1;
     }
 };
 

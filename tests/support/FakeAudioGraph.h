@@ -4,11 +4,14 @@
 #pragma once
 
 #include "platform/audio/AudioGraph.h"
+#include "platform/base/Require.h"
 
+#include <array>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quillet {
@@ -51,41 +54,178 @@ public:
     int startCount = 0;
     std::optional<int> preparedRate;
 
-    FakeAudioGraph();
-    ~FakeAudioGraph() override;
-
     /// The indices of the players that lead to the time-pitch unit, in the order in which they were connected.
-    [[nodiscard]] std::vector<int> playersHeard() const;
+    [[nodiscard]] std::vector<int> playersHeard() const
+    {
+        std::vector<int> indices;
+        collectPlayers(m_timePitch, indices);
+        return indices;
+    }
     /// The end of the segment that `player` was given last. Harmless if it has no handler.
-    static void complete(const Node& player);
+    static void complete(const Node& player)
+    {
+        // A copy, as the handler may schedule the next segment.
+        if (const auto handler = player.completions.back())
+            handler();
+    }
 
-    [[nodiscard]] std::unique_ptr<PlayerNode> makePlayer() override;
-    [[nodiscard]] std::unique_ptr<MixerNode> makeMixer() override;
-    TimePitchNode& timePitch() override;
-    EqualizerNode& equalizer() override;
-    void connect(AudioNode& source, AudioNode& destination) override;
-    void disconnectInput(AudioNode& destination) override;
+    [[nodiscard]] std::unique_ptr<PlayerNode> makePlayer() override { return make<Player>(players); }
+    [[nodiscard]] std::unique_ptr<MixerNode> makeMixer() override { return make<Mixer>(mixers); }
+    TimePitchNode& timePitch() override { return m_timePitch; }
+    EqualizerNode& equalizer() override { return m_equalizer; }
+    void connect(AudioNode& source, AudioNode& destination) override
+    {
+        auto& inputs = m_inputs[&destination];
+        if (&destination == &m_timePitch)
+            inputs.clear();
+        inputs.push_back(&source);
+    }
+    void disconnectInput(AudioNode& destination) override { m_inputs.erase(&destination); }
     void start() override { ++startCount; }
     [[nodiscard]] bool isRunning() const override { return startCount > 0; }
     void prepare(int sampleRate) override { preparedRate = sampleRate; }
     [[nodiscard]] double presentationLatencySeconds() const override { return latencySeconds; }
 
 protected:
-    void beginChange() override;
-    void commitChange() override;
+    void beginChange() override { ++m_changeDepth; }
+    void commitChange() override
+    {
+        REQUIRE(m_changeDepth > 0);
+        if (--m_changeDepth == 0 && !m_change.empty())
+            batches.push_back(std::exchange(m_change, {}));
+    }
 
 private:
-    class Player;
-    class Mixer;
-    class TimePitch;
-    class Equalizer;
+    /// What players and mixers share: their node, which they leave at their end.
+    template <typename Interface> class Part : public Interface {
+    public:
+        Part(FakeAudioGraph& graph, std::shared_ptr<Node> node)
+            : m_graph(graph),
+              m_node(std::move(node))
+        {
+        }
+        ~Part() override
+        {
+            m_node->isInGraph = false;
+            m_graph.remove(*this);
+        }
+        Part(const Part&) = delete;
+        Part& operator=(const Part&) = delete;
 
-    void command(const std::string& what, const Node& player);
-    void remove(AudioNode& node);
-    void collectPlayers(const AudioNode& destination, std::vector<int>& indices) const;
+        FakeAudioGraph& m_graph;
+        std::shared_ptr<Node> m_node;
+    };
 
-    std::unique_ptr<TimePitch> m_timePitch;
-    std::unique_ptr<Equalizer> m_equalizer;
+    class Player final : public Part<PlayerNode> {
+    public:
+        using Part::Part;
+        void scheduleSegment(std::shared_ptr<AudioFile> file, FrameRange segment, CompletionHandler playedBack) override
+        {
+            take(std::move(file), segment, false, std::move(playedBack));
+        }
+        void holdSegment(std::shared_ptr<AudioFile> file, FrameRange window, CompletionHandler playedBack) override
+        {
+            take(std::move(file), window, true, std::move(playedBack));
+        }
+        void setPlan(PassPlan plan) override { m_node->plan = std::move(plan); }
+        void play() override
+        {
+            m_node->isSounding = m_node->segment.has_value();
+            m_graph.command("play", *m_node);
+        }
+        void pause() override
+        {
+            m_node->isSounding = false;
+            m_graph.command("pause", *m_node);
+        }
+        void stop() override
+        {
+            m_node->isSounding = false;
+            m_node->segment.reset();
+            m_graph.command("stop", *m_node);
+        }
+        [[nodiscard]] std::optional<double> sampleTime() const override { return m_node->sampleTime; }
+        [[nodiscard]] std::int64_t passesEnded() const override { return m_node->passesEnded; }
+
+    private:
+        void take(std::shared_ptr<AudioFile> file, FrameRange segment, bool held, CompletionHandler playedBack)
+        {
+            REQUIRE(file && segment.count > 0 && segment.start >= 0);
+            m_node->file = std::move(file);
+            m_node->segment = segment;
+            m_node->isHeld = held;
+            m_node->plan = {};
+            ++m_node->scheduleCount;
+            m_node->completions.push_back(std::move(playedBack));
+            m_graph.command("schedule", *m_node);
+        }
+    };
+
+    class Mixer final : public Part<MixerNode> {
+    public:
+        using Part::Part;
+        void setOutputVolume(double factor) override { m_node->volume = factor; }
+        [[nodiscard]] double outputVolume() const override { return m_node->volume; }
+    };
+
+    class TimePitch final : public TimePitchNode {
+    public:
+        void setRate(double rate) override { m_rate = rate; }
+        [[nodiscard]] double rate() const override { return m_rate; }
+        void setPitch(double pitchCents) override { m_pitchCents = pitchCents; }
+        [[nodiscard]] double pitch() const override { return m_pitchCents; }
+        void setKeepsFormants(bool keeps) override { m_keepsFormants = keeps; }
+        [[nodiscard]] bool keepsFormants() const override { return m_keepsFormants; }
+
+    private:
+        double m_rate = 1;
+        double m_pitchCents = 0;
+        bool m_keepsFormants = false;
+    };
+
+    class Equalizer final : public EqualizerNode {
+    public:
+        void setGain(int band, float gainDb) override { m_gainsDb.at(static_cast<std::size_t>(band)) = gainDb; }
+        [[nodiscard]] float gain(int band) const override { return m_gainsDb.at(static_cast<std::size_t>(band)); }
+        void setBypass(bool bypassed) override { m_bypassed = bypassed; }
+        [[nodiscard]] bool bypass() const override { return m_bypassed; }
+
+    private:
+        std::array<float, bandCount> m_gainsDb{};
+        bool m_bypassed = false;
+    };
+
+    template <typename Kind> std::unique_ptr<Kind> make(std::vector<std::shared_ptr<Node>>& nodes)
+    {
+        nodes.push_back(std::make_shared<Node>(static_cast<int>(nodes.size())));
+        return std::make_unique<Kind>(*this, nodes.back());
+    }
+    void command(const std::string& what, const Node& player)
+    {
+        const GraphChange change(*this);
+        m_change.push_back(what + ' ' + std::to_string(player.index));
+    }
+    void remove(AudioNode& node)
+    {
+        m_inputs.erase(&node);
+        for (auto& [destination, inputs] : m_inputs)
+            std::erase(inputs, &node);
+    }
+    void collectPlayers(const AudioNode& destination, std::vector<int>& indices) const
+    {
+        const auto inputs = m_inputs.find(&destination);
+        if (inputs == m_inputs.end())
+            return;
+        for (const AudioNode* node : inputs->second) {
+            if (const auto* player = dynamic_cast<const Player*>(node))
+                indices.push_back(player->m_node->index);
+            else
+                collectPlayers(*node, indices);
+        }
+    }
+
+    TimePitch m_timePitch;
+    Equalizer m_equalizer;
     std::map<const AudioNode*, std::vector<AudioNode*>> m_inputs;
     int m_changeDepth = 0;
     std::vector<std::string> m_change;

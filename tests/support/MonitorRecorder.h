@@ -1,6 +1,5 @@
 // Records everything that the test sound server's sink plays, silence included, and when. The recording has begun when the
-// constructor returns and ends with the recorder or the server. It is bit-exact, as sink and recording have one format; only
-// where the sink rewinds, the first few milliseconds of a stream may be missing.
+// constructor returns and ends with the recorder or the server. It is bit-exact, as sink and recording have one format.
 // Threads: main thread; a thread of its own reads from the server.
 #pragma once
 

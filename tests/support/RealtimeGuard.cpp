@@ -50,10 +50,6 @@ void check(const char* function) noexcept
     realtimeDepth = 0;
     const std::int64_t index = violationCount.fetch_add(1);
     records[static_cast<std::size_t>(index) % maximumRecords].store(function);
-    if (std::getenv("QUILLET_REALTIME_ABORT") != nullptr) {
-        printViolation(function);
-        std::abort();
-    }
     if (index - takenCount.load() < maximumTraces)
         printViolation(function);
     realtimeDepth = depth;

@@ -2,7 +2,6 @@
 // touches a file is caught, with a stack trace on standard error. A GoogleTest case in which that happens fails; whatever is
 // caught outside a case turns the program's exit status into 70. It sees calls of library functions, not system calls
 // made by other means. Waking is allowed: sem_post, condition-variable notification, a write to an eventfd.
-// Set QUILLET_REALTIME_ABORT in the environment to stop in a debugger at the first violation.
 // Threads: violations are recorded on every thread without locks; the function below is for the main thread.
 #pragma once
 

@@ -1,14 +1,17 @@
 // The state over an engine whose graph sounds nothing, in virtual time: with a file of 8000 Hz, whole as the region, nothing
-// playing and nothing to save.
+// playing and nothing to save. What loads other files works in the background when it is told to.
 // Threads: one.
 #pragma once
 
-#include "app/core/AppState.h"
+#include "app/core/FileLoader.h"
 #include "platform/defaults/MemoryDefaultsDomain.h"
+#include "platform/files/SystemFileAttributes.h"
 #include "platform/schedule/VirtualScheduler.h"
+#include "tests/support/FakeAudioFileOpener.h"
 #include "tests/support/FakeAudioGraph.h"
-#include "tests/support/MemoryAudioFile.h"
+#include "tests/support/ManualRunner.h"
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +19,33 @@
 #include <vector>
 
 namespace quillet {
+
+/// The amplitude 0.5, as long as the file that the opener has under the name; none where the disk has no such file.
+struct EvenAmplitudes final : AmplitudeReaderOpener {
+    struct Reader final : AmplitudeReader {
+        std::int64_t frames = 0;
+        [[nodiscard]] std::int64_t length() const override { return frames; }
+        [[nodiscard]] bool entersAnywhere() const override { return false; }
+        void enter(std::int64_t) override { }
+        [[nodiscard]] double sum(std::int64_t count) override { return 0.5 * static_cast<double>(count); }
+    };
+
+    explicit EvenAmplitudes(AudioFileOpener& files)
+        : opener(files)
+    {
+    }
+    [[nodiscard]] std::expected<std::unique_ptr<AmplitudeReader>, AudioFileError> open(const FilePath& path) override
+    {
+        const auto file = opener.open(path);
+        if (!file || !std::filesystem::exists(path))
+            return std::unexpected(AudioFileError::notFound);
+        auto reader = std::make_unique<Reader>();
+        reader->frames = (*file)->length();
+        return reader;
+    }
+
+    AudioFileOpener& opener;
+};
 
 struct StateRig {
     static constexpr const char* song = "/music/song.flac";
@@ -27,6 +57,16 @@ struct StateRig {
     FakeAudioGraph graph;
     AudioEngine engine{ graph, scheduler };
     std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);
+    ManualRunner background;
+    SystemFileAttributes attributes;
+    WaveformCache cache{ defaults, attributes };
+    StemSessionStore stemSessions{ defaults };
+    RecentFilesStore recentFiles{ defaults };
+    FakeAudioFileOpener opener;
+    EvenAmplitudes readers{ opener };
+    FileLoader loader{
+        { *state, scheduler, background, opener, { readers, 1, {} }, cache, settings, stemSessions, recentFiles }
+    };
 
     explicit StateRig(double durationSeconds = 10)
     {
@@ -43,6 +83,14 @@ struct StateRig {
         state->resetToDefaults(durationSeconds);
         scheduler.advance(1);
         defaults.remove(std::string("settings.") + song);
+    }
+
+    void finishWork()
+    {
+        while (background.waiting() > 0) {
+            background.finish();
+            scheduler.advance(0);
+        }
     }
 
     /// What sounds, in seconds; nothing when the player rests.

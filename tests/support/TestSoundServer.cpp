@@ -16,14 +16,13 @@
 
 namespace quillet {
 
-TestSoundServer::TestSoundServer(Options options)
-    : m_options(options)
+TestSoundServer::TestSoundServer(int sinkRate)
+    : m_sinkRate(sinkRate)
 {
     // With a cookie of its own, libpulse leaves the home folder alone.
     std::ofstream(m_folder / "cookie") << std::string(256, 'q');
     std::ofstream(m_folder / "script") << "load-module module-null-sink sink_name=" << sinkName
-                                       << " format=float32le rate=" << m_options.sinkRate
-                                       << (m_options.rewinds == NullSinkRewinds::off ? " norewinds=1" : "")
+                                       << " format=float32le norewinds=1 rate=" << m_sinkRate
                                        << "\nload-module module-native-protocol-unix auth-anonymous=1 socket="
                                        << (m_folder / "native").native() << '\n';
     for (const auto& [name, value] :
@@ -71,7 +70,5 @@ void TestSoundServer::kill()
     while (waitpid(m_process, nullptr, 0) < 0 && errno == EINTR) { }
     m_process = 0;
 }
-
-void TestSoundServer::restart() { start(); }
 
 }  // namespace quillet

@@ -12,42 +12,26 @@
 
 namespace quillet {
 
-enum class NullSinkRewinds {
-    off,  // a stream is heard a few milliseconds after its callback
-    on  // PulseAudio's default: a fresh stream on the null sink may stall for a second or two
-};
-
 class TestSoundServer {
 public:
-    struct Options {
-        int sinkRate = 44100;
-        NullSinkRewinds rewinds = NullSinkRewinds::off;
-    };
-
     /// Starts the server and waits until it answers; stops the program if it cannot (PulseAudio is not installed).
-    explicit TestSoundServer(Options options);
-    TestSoundServer()
-        : TestSoundServer(Options{})
-    {
-    }
+    explicit TestSoundServer(int sinkRate = 44100);
     ~TestSoundServer();
     TestSoundServer(const TestSoundServer&) = delete;
     TestSoundServer& operator=(const TestSoundServer&) = delete;
 
     /// Ends the server without a word to its clients (SIGKILL).
     void kill();
-    /// Starts it again under the same address, after `kill`.
-    void restart();
+    /// After `kill`, under the same address.
+    void start();
 
-    [[nodiscard]] int sinkRate() const { return m_options.sinkRate; }
+    [[nodiscard]] int sinkRate() const { return m_sinkRate; }
     [[nodiscard]] std::string address() const { return "unix:" + (m_folder / "native").native(); }
     static constexpr const char* sinkName = "test";
     static constexpr const char* monitorName = "test.monitor";
 
 private:
-    void start();
-
-    const Options m_options;
+    const int m_sinkRate;
     const TemporaryFolder m_folder;
     pid_t m_process = 0;
 };

@@ -10,14 +10,14 @@ from pathlib import Path
 SKIPPED = 77
 
 
-def environment(tools):
-    """The environment in which the tools in that folder run, or None where they cannot, with the reason on standard output.
+def environment_or_skip(tools):
+    """The environment in which the tools in that folder run; where they cannot, the end of the program, with the reason said.
 
     They run on a Python 3.12 that uv finds, or fetches where there is a network."""
     missing = [name for name in ("uv", "yt-dlp", "ffmpeg") if not (tools / name).exists()]
     if missing:
         print(f"skipped: there is no {', '.join(missing)} beside the program (tools/fetch-tools could not get it)")
-        return None
+        sys.exit(SKIPPED)
     home = Path.home()
     # What uv keeps stays where it is for tests with a home of their own.
     variables = dict(os.environ, UV_CACHE_DIR=os.environ.get("UV_CACHE_DIR", str(home / ".cache/uv")),
@@ -34,7 +34,7 @@ def environment(tools):
         return variables
     reason = (attempt.stderr.strip().splitlines() or ["no reason given"])[0]
     print(f"skipped: there is no Python 3.12 for yt-dlp, and uv could not fetch one ({reason})")
-    return None
+    sys.exit(SKIPPED)
 
 
 def processes():
@@ -58,10 +58,3 @@ def ends(group, seconds=5):
             return True
         time.sleep(0.05)
     return False
-
-
-def environment_or_skip(tools):
-    found = environment(tools)
-    if found is None:
-        sys.exit(SKIPPED)
-    return found

@@ -7,60 +7,48 @@ Usage: download_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]. Exit
 import os
 import sys
 import time
-import unittest
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 from desktop import frequency, loudness, wait_for
 from fetched_tools import ends, environment_or_skip, processes
 from song_server import SongServer, make_songs
-from window import Watchdog, Window, run_tests
+from window import ProgramTest, run_tests
 
-PROGRAM, PICTURES = sys.argv[1], Path(sys.argv[2])
 DESKTOP = None
 SONGS = {}
 
 
-class DownloadTest(unittest.TestCase):
+class DownloadTest(ProgramTest):
     def setUp(self):
+        super().setUp()
         self.server = SongServer(SONGS)
         self.downloads = DESKTOP.folder / "Downloads"
-        self.window = None
 
     def tearDown(self):
-        if self.window is not None and self.window.process.poll() is None:
-            self.window.process.kill()
-            self.window.process.wait()
+        super().tearDown()
         self.server.close()
 
     def open(self, *arguments):
-        self.window = Window(DESKTOP, PROGRAM, *arguments)
-        self.window.find("push button", "Open File...")
+        super().open(*arguments).find("push button", "Open File...")
         return self.window
-
-    def shot(self, name):
-        time.sleep(0.4)
-        DESKTOP.shot(PICTURES / f"{name}.png")
 
     def expect(self, what, condition, seconds=30):
         wait_for(what, condition, seconds)
 
     def ask_for(self, path):
-        """Types the address into the sheet, which may be open already."""
-        if not self.window.has("text", "Web address"):
-            DESKTOP.key("ctrl+shift+o")
+        DESKTOP.key("ctrl+shift+o")
         self.window.find("text", "Web address")
         time.sleep(0.3)
-        DESKTOP.key("ctrl+a")
         DESKTOP.type(self.server.address(path))
-        self.expect("the button", lambda: self.can_submit(), 5)
+        self.expect("the button", self.can_submit, 5)
         DESKTOP.key("Return")
+
+    def expect_download(self):
+        self.expect("the download", lambda: any("received" in node.name for node in self.window.all("label")))
 
     def can_submit(self):
         return self.window.find("push button", "Download & Open").getState().contains(self.window.pyatspi.STATE_ENABLED)
-
-    def has_song(self, name):
-        return self.window.has("label", name) and self.window.has("push button", "Play")
 
     def own_session(self):
         """The process group of what the program has started."""
@@ -71,15 +59,13 @@ class DownloadTest(unittest.TestCase):
         mine.write_bytes(SONGS["mp3"])
         window = self.open(mine)
         window.wait_until_loaded()
-        with Watchdog(window) as watchdog:
-            self.ask_for("/slow/Slow.mp3")
-            self.expect("the percentage", lambda: any(" % of " in node.name for node in window.all("label")))
-            self.shot("downloading")
-            window.click("label", "mine.mp3")
-            DESKTOP.key("space")
-            window.find("push button", "Pause")
-            self.assertGreater(loudness(DESKTOP.record(0.5)), 0.05)
-        print(f"slowest answer {1000 * watchdog.slowest:.0f} ms")
+        self.ask_for("/slow/Slow.mp3")
+        self.expect("the percentage", lambda: any(" % of " in node.name for node in window.all("label")))
+        self.shot("downloading")
+        window.click("label", "mine.mp3")
+        DESKTOP.key("space")
+        window.find("push button", "Pause")
+        self.assertGreater(loudness(DESKTOP.record(0.5)), 0.05)
         # Cancel closes the sheet; what plays is not interrupted by the song that comes.
         window.click("push button", "Cancel")
         self.expect("the notice", lambda: window.has("label", "The download goes on"))
@@ -90,7 +76,7 @@ class DownloadTest(unittest.TestCase):
         notice = window.find("label", "“Slow.m4a”").parent
         box = next(node for node in notice if node.name == "Open").queryComponent().getExtents(window.pyatspi.DESKTOP_COORDS)
         DESKTOP.click((box.x + box.width // 2, box.y + box.height // 2))
-        self.expect("Slow.m4a", lambda: self.has_song("Slow.m4a"))
+        self.expect("Slow.m4a", lambda: window.has("label", "Slow.m4a") and window.has("push button", "Play"))
         self.assertTrue((self.downloads / "Slow.m4a").is_file())
         DESKTOP.key("space")
         window.find("push button", "Pause")
@@ -104,13 +90,12 @@ class DownloadTest(unittest.TestCase):
         window = self.open()
         self.expect("the sweep", lambda: not forgotten.exists())
         self.ask_for("/endless/Endless.mp3")
-        self.stop("sheet")
-        # The sheet asks again, with the address in it.
-        DESKTOP.key("Return")
-        self.expect("the progress", lambda: window.has("progress bar"))
+        self.expect_download()
         DESKTOP.key("Escape")
         self.expect("the notice", lambda: window.has("label", "The download goes on"), 5)
-        self.stop("notice")
+        group = self.own_session()
+        window.click("push button", "Stop")
+        self.assertTrue(ends(group), "something of it still runs")
         self.shot("stopped")
         self.assertTrue(any(self.downloads.glob(".quillet-*")))
         window.click("push button", "Discard")
@@ -118,18 +103,11 @@ class DownloadTest(unittest.TestCase):
         self.assertFalse(window.has("label", "The download was stopped."))
         self.assertEqual(window.close(), 0)
 
-    def stop(self, name):
-        self.expect("the download", lambda: any("received" in node.name for node in self.window.all("label")))
-        self.shot(f"stoppable-{name}")
-        group = self.own_session()
-        self.window.click("push button", "Stop")
-        self.assertTrue(ends(group), "something of it still runs")
-
     def test_nothing_writes_on_when_the_program_ends(self):
         for end in (lambda: self.window.close(), lambda: self.window.process.terminate(), lambda: self.window.process.kill()):
             self.open()
             self.ask_for("/endless/Endless.mp3")
-            self.expect("the download", lambda: any("received" in node.name for node in self.window.all("label")))
+            self.expect_download()
             group = self.own_session()
             self.assertIsNotNone(group)
             end()
@@ -145,5 +123,5 @@ def begin(desktop):
 
 
 if __name__ == "__main__":
-    ENVIRONMENT = environment_or_skip(Path(PROGRAM).resolve().parent)
+    ENVIRONMENT = environment_or_skip(Path(sys.argv[1]).resolve().parent)
     sys.exit(run_tests(begin))

@@ -11,38 +11,28 @@ import random
 import shutil
 import sys
 import time
-import unittest
-from pathlib import Path
 
 from desktop import loudness, wait_for
-from window import SLOWED, Watchdog, Window, run_tests, write_song
+from window import SLOWED, ProgramTest, Watchdog, run_tests, write_song
 
-PROGRAM, PICTURES = sys.argv[1], Path(sys.argv[2])
 SONG_SECONDS = 12
 GESTURES = int(os.environ.get("QUILLET_GESTURES", "300"))
 SEED = int(os.environ.get("QUILLET_SEED", "1"))
 DESKTOP = None
 
 
-class HandsTest(unittest.TestCase):
+class HandsTest(ProgramTest):
     def setUp(self):
+        super().setUp()
         self.song = DESKTOP.folder / "song.wav"
         if not self.song.exists():
             write_song(self.song, SONG_SECONDS)
             shutil.copy(self.song, DESKTOP.folder / "other.wav")
-        self.window = None
 
     def tearDown(self):
-        if self.window is not None:
-            # For whoever wants to see what went wrong.
-            DESKTOP.shot(PICTURES / f"{self.id().split('.')[-1]}.png")
-        if self.window is not None and self.window.process.poll() is None:
-            self.window.process.kill()
-            self.window.process.wait()
-
-    def open(self, *arguments):
-        self.window = Window(DESKTOP, PROGRAM, *map(str, arguments))
-        return self.window
+        # For whoever wants to see what went wrong.
+        self.shot(self.id().split(".")[-1])
+        super().tearDown()
 
     def wait_until_loaded(self):
         self.window.wait_until_loaded()

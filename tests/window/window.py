@@ -156,6 +156,33 @@ class Watchdog:
         self._thread.join()
 
 
+class ProgramTest(unittest.TestCase):
+    """Tests that open the program's window; nothing of it is left after them."""
+
+    # As run_tests was told.
+    desktop = None
+
+    def setUp(self):
+        self.window = None
+
+    def tearDown(self):
+        if self.window is not None and self.window.process.poll() is None:
+            self.window.process.kill()
+            self.window.process.wait()
+
+    def open(self, *arguments):
+        self.window = Window(self.desktop, sys.argv[1], *arguments)
+        return self.window
+
+    def shot(self, name):
+        """Where its name ends with an appearance, that is what it shows."""
+        time.sleep(0.4)
+        picture = Path(sys.argv[2]) / f"{name}.png"
+        self.desktop.shot(picture)
+        if name.endswith(("-dark", "-light")):
+            self.assertEqual(self.desktop.brightness(picture) < 0.5, name.endswith("-dark"), name)
+
+
 def run_tests(begin):
     """Runs the tests of the calling program on a desktop of their own; `begin` is given that desktop first. The exit status.
 
@@ -167,6 +194,7 @@ def run_tests(begin):
         # The accessibility bus answers from its second client on.
         subprocess.run(["/usr/bin/python3", "-c", "import pyatspi; pyatspi.Registry.getDesktop(0).childCount"], check=False,
                        env=desktop.environment)
+        ProgramTest.desktop = desktop
         begin(desktop)
         outcome = unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2, exit=False).result
     finally:

@@ -7,44 +7,23 @@ Usage: window_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]
 
 import json
 import sqlite3
-import struct
 import subprocess
 import sys
 import time
-import unittest
-import wave
-from pathlib import Path
 
 from desktop import frequency, loudness, wait_for
-from window import RATE, SLOWED, Watchdog, Window, run_tests, write_song
+from window import SLOWED, ProgramTest, Watchdog, run_tests, write_song
 
-PROGRAM, PICTURES = sys.argv[1], Path(sys.argv[2])
 SONG_SECONDS = 12
 DESKTOP = None
 
 
-class WindowTest(unittest.TestCase):
+class WindowTest(ProgramTest):
     def setUp(self):
+        super().setUp()
         self.song = DESKTOP.folder / "Autumn étude (take 3).wav"
         if not self.song.exists():
             write_song(self.song, SONG_SECONDS)
-        self.window = None
-
-    def tearDown(self):
-        if self.window is not None and self.window.process.poll() is None:
-            self.window.process.kill()
-            self.window.process.wait()
-
-    def open(self, *arguments):
-        self.window = Window(DESKTOP, PROGRAM, *arguments)
-        return self.window
-
-    def shot(self, name):
-        """Its name ends with the appearance that it shows."""
-        time.sleep(0.4)
-        picture = PICTURES / f"{name}.png"
-        DESKTOP.shot(picture)
-        self.assertEqual(DESKTOP.brightness(picture) < 0.5, name.endswith("-dark"), name)
 
     def stored(self):
         """The settings that are kept for the song."""
@@ -82,22 +61,9 @@ class WindowTest(unittest.TestCase):
         sound = DESKTOP.record(1)
         if not SLOWED:
             self.assertAlmostEqual(frequency(sound), 882, delta=4)
-        window.click("text", "Speed in percent")
-        DESKTOP.type("rubbish")
-        DESKTOP.key("Return")
-        self.expect("the speed again", lambda: window.text("Speed in percent") == "50%")
         DESKTOP.key("ctrl+Up", "ctrl+Up", "ctrl+Down")
         self.expect("+1 cent", lambda: window.text("Pitch in cents") == "+1")
         self.shot("player-light")
-
-        # The letter goes into the field, the shortcut does not.
-        window.click("text", "Pitch in cents")
-        DESKTOP.type("h")
-        self.assertFalse(window.is_on("Hold"))
-        DESKTOP.key("ctrl+l")
-        self.expect("the loop off", lambda: not window.is_on("Loop"))
-        DESKTOP.key("Escape", "ctrl+l")
-        self.expect("the loop on", lambda: window.is_on("Loop"))
 
         # Hold, and steps through it.
         DESKTOP.key("h")
@@ -165,14 +131,6 @@ class WindowTest(unittest.TestCase):
         window.process.wait(10)
         self.assertEqual(self.stored()["speed"], 105)
 
-    def test_what_cannot_be_opened_is_said(self):
-        window = self.open(DESKTOP.folder / "gone.wav")
-        self.expect("the sentence", lambda: window.has("label", "Could not read audio file duration."))
-        self.shot("error-light")
-        DESKTOP.key("Return")
-        self.expect("no alert", lambda: not window.has("label", "Could not read audio file duration."))
-        self.assertTrue(window.has("push button", "Open File..."))
-
     def test_floods_of_keys_leave_it_well_and_never_block_it(self):
         window = self.open(self.song)
         window.wait_until_loaded()
@@ -189,24 +147,6 @@ class WindowTest(unittest.TestCase):
         print(f"slowest answer {1000 * watchdog.slowest:.0f} ms (the machine's own delay {1000 * watchdog.machine:.0f} ms)")
         if not SLOWED:
             self.assertLess(watchdog.slowest, 0.05 + 2 * watchdog.machine)
-        self.assertEqual(window.close(), 0)
-
-    def test_a_song_shorter_than_what_is_held(self):
-        brief = DESKTOP.folder / "brief.wav"
-        with wave.open(str(brief), "wb") as song:
-            song.setnchannels(1)
-            song.setsampwidth(2)
-            song.setframerate(RATE)
-            song.writeframes(struct.pack("<h", 12000) * 1000)
-        window = self.open(brief)
-        window.wait_until_loaded()
-        DESKTOP.key("space", "h", "Right", "Left", "h", "space")
-        # Far beyond both ends.
-        across, height = window.at(0.9, 1)
-        DESKTOP.drag((across, height), (1278, height))
-        DESKTOP.drag((across, height), (1, height))
-        self.expect("the whole song", lambda: window.text("Region end, milliseconds") == "022")
-        self.assertEqual(window.text("Region start, milliseconds"), "000")
         self.assertEqual(window.close(), 0)
 
     def test_without_a_sound_device_it_says_so(self):

@@ -1,18 +1,12 @@
 #include "app/core/FileLoader.h"
 
-#include "platform/defaults/MemoryDefaultsDomain.h"
-#include "platform/files/SystemFileAttributes.h"
-#include "platform/schedule/VirtualScheduler.h"
-#include "tests/support/FakeAudioFileOpener.h"
-#include "tests/support/FakeAudioGraph.h"
-#include "tests/support/ManualRunner.h"
+#include "tests/support/StateRig.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -23,65 +17,13 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Files of so many frames, of the amplitude 0.5.
-class FakeAmplitudeReaderOpener final : public AmplitudeReaderOpener {
-public:
-    void add(const FilePath& path, std::int64_t frames) { m_files[path] = frames; }
-
-    [[nodiscard]] std::expected<std::unique_ptr<AmplitudeReader>, AudioFileError> open(const FilePath& path) override
-    {
-        const auto file = m_files.find(path);
-        if (file == m_files.end())
-            return std::unexpected(AudioFileError::notFound);
-        return std::make_unique<Reader>(file->second);
-    }
-
-private:
-    class Reader final : public AmplitudeReader {
-    public:
-        explicit Reader(std::int64_t length)
-            : m_length(length)
-        {
-        }
-        [[nodiscard]] std::int64_t length() const override { return m_length; }
-        [[nodiscard]] bool entersAnywhere() const override { return false; }
-        void enter(std::int64_t) override { }
-        [[nodiscard]] double sum(std::int64_t frames) override { return 0.5 * static_cast<double>(frames); }
-
-    private:
-        std::int64_t m_length;
-    };
-
-    std::map<FilePath, std::int64_t> m_files;
-};
-
-/// Songs at 8000 Hz; the background works when it is told to.
-struct FileLoaderTest : testing::Test {
-    static constexpr int sampleRate = 8000;
-
+struct FileLoaderTest : testing::Test, StateRig {
     TemporaryFolder folder;
-    VirtualScheduler scheduler;
-    ManualRunner background;
-    MemoryDefaultsDomain defaults;
-    SettingsStore settings{ defaults };
-    SystemFileAttributes attributes;
-    WaveformCache cache{ defaults, attributes };
-    StemSessionStore stemSessions{ defaults };
-    RecentFilesStore recentFiles{ defaults };
-    FakeAudioFileOpener opener;
-    FakeAmplitudeReaderOpener readers;
-    FakeAudioGraph graph;
-    AudioEngine engine{ graph, scheduler };
-    std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);
-    FileLoader loader{
-        { *state, scheduler, background, opener, { readers, 1, {} }, cache, settings, stemSessions, recentFiles }
-    };
     std::vector<std::string> messages;
     std::vector<std::string> errors;
 
     FileLoaderTest()
     {
-        engine.setAppState(state);
         QObject::connect(state.get(), &AppState::loadingStateChanged, [this] {
             if (state->loadingState().stage == LoadingState::Stage::loading)
                 messages.push_back(state->loadingState().message);
@@ -95,7 +37,6 @@ struct FileLoaderTest : testing::Test {
         const FilePath path = folder / name;
         std::ofstream(path) << name;
         opener.add(path, sampleRate, static_cast<std::int64_t>(seconds * sampleRate));
-        readers.add(path, static_cast<std::int64_t>(seconds * sampleRate));
         return path;
     }
 
@@ -105,10 +46,7 @@ struct FileLoaderTest : testing::Test {
     {
         messages.clear();
         loader.loadFile(path, restoreSettings);
-        while (background.waiting() > 0) {
-            background.finish();
-            deliver();
-        }
+        finishWork();
     }
 
     [[nodiscard]] LoadingState::Stage stage() const { return state->loadingState().stage; }
@@ -275,6 +213,16 @@ TEST_F(FileLoaderTest, WhatCannotBeOpenedLeavesNoFileAndSaysWhy)
     open(vanishing);
     EXPECT_EQ(errors.size(), 1);
     EXPECT_EQ(stage(), LoadingState::Stage::idle);
+
+    // The fields for times can show no more than 999 minutes.
+    errors.clear();
+    const FilePath longest = song("longest.wav");
+    for (const bool isTooLong : { false, true }) {
+        opener.add(longest, 10, isTooLong ? 600'000 : 599'999);
+        open(longest);
+        EXPECT_EQ(stage(), isTooLong ? LoadingState::Stage::idle : LoadingState::Stage::loaded);
+    }
+    EXPECT_THAT(errors, ElementsAre("File duration exceeds the maximum supported length (999:59.999)."));
 }
 
 TEST_F(FileLoaderTest, WhatPlaysStopsAtOnceAndNothingIsSavedUnderTheNewName)

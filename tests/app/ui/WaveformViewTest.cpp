@@ -78,23 +78,19 @@ TEST_F(WaveformViewTest, DragsDrawRegionsAndMoveHandles)
              Case{ "beyond the right edge", 700, 1100, { 70, 100 } },
              Case{ "the start handle", 205, 305, { 30.5, 60 } },
              Case{ "past the end", 200, 800, { 59.99, 60 } },
-             Case{ "the end handle", 596, 700, { 20, 70 } },
              Case{ "past the start", 600, 100, { 20, 20.01 } },
-             Case{ "a click changes nothing", 400, 400, { 40, 40 } },
+             Case{ "the end handle", 596, 700, { 20, 70 } },
          }) {
         region = { 20, 60 };
         view.setRegion(region);
         dragsEnded = 0;
-        if (test.from == test.to) {
-            QTest::mouseClick(&view, Qt::LeftButton, {}, { inset + test.from, 150 });
-            EXPECT_EQ(region.start, 20) << test.what;
-        } else {
-            drag(test.from, test.to);
-            EXPECT_NEAR(region.start, test.region.start, 1e-9) << test.what;
-            EXPECT_NEAR(region.end, test.region.end, 1e-9) << test.what;
-        }
+        drag(test.from, test.to);
+        EXPECT_NEAR(region.start, test.region.start, 1e-9) << test.what;
+        EXPECT_NEAR(region.end, test.region.end, 1e-9) << test.what;
         EXPECT_EQ(dragsEnded, 1);
     }
+    QTest::mouseClick(&view, Qt::LeftButton, {}, { inset + 400, 150 });
+    EXPECT_EQ(region, (TimeRange{ 20, 70 })) << "a click changes nothing";
     // The nearer handle wins, and of two equally near the start's.
     region = { 50, 51 };
     view.setRegion(region);
@@ -120,9 +116,6 @@ TEST_F(WaveformViewTest, WheelsPanAndZoom)
     wheel({ 0, 2 }, Qt::ControlModifier, 250);
     EXPECT_DOUBLE_EQ(zoom, 2.8);
     EXPECT_NEAR(view.xToTime(250), time, 1e-6);
-    for (int i = 0; i < 50; ++i)
-        wheel({ 0, 3 }, Qt::ControlModifier);
-    EXPECT_EQ(zoom, 50);
 }
 
 TEST_F(WaveformViewTest, AnotherWidthKeepsTheSamePlaceInView)
@@ -140,24 +133,14 @@ TEST_F(WaveformViewTest, AnotherWidthKeepsTheSamePlaceInView)
 
 TEST_F(WaveformViewTest, APinchKeepsTheMiddleInPlace)
 {
-    const auto pinch = [&](double magnification) {
-        const QPointF place(900, 100);
-        QNativeGestureEvent event(Qt::ZoomNativeGesture, QPointingDevice::primaryPointingDevice(), 2, place, place, place,
-                                  magnification, {});
-        QApplication::sendEvent(&view, &event);
-    };
     setZoom(4, 1500);
     const double middle = view.xToTime(500);
-    pinch(0.25);
+    const QPointF place(900, 100);
+    QNativeGestureEvent event(Qt::ZoomNativeGesture, QPointingDevice::primaryPointingDevice(), 2, place, place, place, 0.25,
+                              {});
+    QApplication::sendEvent(&view, &event);
     EXPECT_DOUBLE_EQ(zoom, 5);
     EXPECT_NEAR(view.xToTime(500), middle, 1e-9);
-    setZoom(40, 0);
-    pinch(0.5);
-    EXPECT_EQ(zoom, 50);
-    setZoom(1.5, 200);
-    pinch(-0.9);
-    EXPECT_EQ(zoom, 1);
-    EXPECT_EQ(pan, 0);
 }
 
 TEST_F(WaveformViewTest, HandlesMoveByKeys)

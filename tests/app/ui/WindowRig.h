@@ -1,11 +1,19 @@
-// What the tests of views share: a state with a loaded file of ten seconds, and a theme.
+// What the tests of views share: a state with a loaded file of ten seconds, a theme, and scripted tools that fetch songs.
 // Threads: one.
 #pragma once
 
 #include "app/core/CommandCenter.h"
+#include "app/download/DownloadSettingsStore.h"
+#include "app/download/URLDownloader.h"
 #include "app/ui/ThemeSource.h"
+#include "tests/support/FakeProcessRunner.h"
 #include "tests/support/StateRig.h"
+#include "tests/support/TemporaryFolder.h"
 
+#include <QAbstractButton>
+#include <QLabel>
+
+#include <stdexcept>
 #include <vector>
 
 namespace quillet {
@@ -14,13 +22,36 @@ struct WindowRig : StateRig {
     Notifications notifications;
     CommandCenter commands{ *state, notifications };
     ThemeSource theme;
+    FakeProcessRunner processes;
+    TemporaryFolder tools;
+    URLDownloader downloader{ processes, background, tools.path() };
+    DownloadSettingsStore downloadSettings{ defaults };
 
     explicit WindowRig(double durationSeconds = 10)
         : StateRig(durationSeconds)
     {
         state->setWaveformSamples(std::vector<float>(2000, 0.5F));
         state->setLoadingState(LoadingState::loaded());
+        for (const char* name : { "uv", "yt-dlp", "ffmpeg" })
+            std::filesystem::create_symlink("/bin/sh", tools / name);
+        defaults.setString("QLT.downloadDirectory", tools.path().native());
     }
 };
+
+inline bool isShown(const QWidget& within, const char* text)
+{
+    for (const auto* label : within.findChildren<QLabel*>())
+        if (label->isVisible() && label->text() == QString::fromUtf8(text))
+            return true;
+    return false;
+}
+
+inline QAbstractButton& buttonIn(const QWidget& within, const char* text)
+{
+    for (auto* candidate : within.findChildren<QAbstractButton*>())
+        if (candidate->text() == QLatin1String(text))
+            return *candidate;
+    throw std::runtime_error(text);
+}
 
 }  // namespace quillet

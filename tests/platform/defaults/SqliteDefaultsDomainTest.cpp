@@ -1,5 +1,5 @@
-// What becomes of the file: kept between runs, for its owner alone, moved aside when it is damaged, and waited for while it
-// cannot be written.
+// What becomes of the file: kept between runs, for its owner alone, shared by processes, moved aside when it is damaged, and
+// waited for while it cannot be written.
 #include "platform/defaults/SqliteDefaultsDomain.h"
 
 #include "tests/support/TemporaryFolder.h"
@@ -11,6 +11,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -125,6 +126,44 @@ TEST(SqliteDefaultsDomain, KeepsItsValuesForWhoeverOpensItNextAndForTheOwnerAlon
     umask(before);
     EXPECT_EQ(modeOf(file.parent_path()), 0700U);
     EXPECT_EQ(SqliteDefaultsDomain(file).stringArray("list"), (std::vector<std::string>{ "a", "b" }));
+}
+
+/// A process that writes numbered values under the name, and ends well.
+pid_t startWriter(const FilePath& file, const std::string& name, int count)
+{
+    const pid_t process = fork();
+    if (process == 0) {
+        auto domain = std::make_unique<SqliteDefaultsDomain>(file);
+        for (int i = 0; i < count; ++i)
+            domain->setInteger(name + std::to_string(i), i);
+        domain.reset();
+        _exit(0);
+    }
+    return process;
+}
+
+TEST(SqliteDefaultsDomain, SeveralProcessesWriteAtOnceFromTheFirstMomentOn)
+{
+    constexpr int count = 300;
+    for (int round = 0; round < 20; ++round) {
+        SCOPED_TRACE(round);
+        const TemporaryFolder folder;
+        const FilePath file = folder / "defaults.sqlite";
+        if (round % 2 != 0)
+            std::ofstream(file) << "no database at all";
+        const pid_t writers[] = { startWriter(file, "first", count), startWriter(file, "second", count) };
+        SqliteDefaultsDomain domain(file);
+        domain.setInteger("third", 3);
+        for (const pid_t writer : writers) {
+            int status = -1;
+            EXPECT_EQ(waitpid(writer, &status, 0), writer);
+            EXPECT_EQ(status, 0);
+        }
+        for (int i = 0; i < count; ++i)
+            for (const char* name : { "first", "second" })
+                ASSERT_EQ(domain.integer(name + std::to_string(i)), i) << name;
+        EXPECT_EQ(domain.integer("third"), 3);
+    }
 }
 
 TEST(SqliteDefaultsDomain, MovesAFileThatIsNoSoundDatabaseAsideAndStartsEmpty)

@@ -1,11 +1,13 @@
 #include "platform/files/FileExists.h"
 #include "platform/files/SystemFileAttributes.h"
+#include "platform/files/UserDirectories.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cstdlib>
 #include <fstream>
 
 namespace quillet {
@@ -45,6 +47,23 @@ TEST(Files, AreWhatThePathLeadsTo)
     for (const char* name : { "missing", "broken", "circle", "song/x" })
         EXPECT_FALSE(files.attributes(folder / name) || fileExists(folder / name)) << name;
     EXPECT_FALSE(fileExists(FilePath()));
+}
+
+TEST(UserDirectories, SettingsLieWhereTheEnvironmentSays)
+{
+    const char* cases[][3] = {
+        { "/conf", "/home/ann", "/conf/quillet" },
+        { "", "/home/ann", "/home/ann/.config/quillet" },
+        { "conf", "/home/\xE9", "/home/\xE9/.config/quillet" },
+    };
+    for (const auto& [configHome, home, expected] : cases) {
+        setenv("XDG_CONFIG_HOME", configHome, 1);
+        setenv("HOME", home, 1);
+        EXPECT_EQ(configDirectory(), expected);
+    }
+    unsetenv("XDG_CONFIG_HOME");
+    unsetenv("HOME");
+    EXPECT_TRUE(configDirectory().is_absolute());
 }
 
 }  // namespace
