@@ -97,23 +97,22 @@ protected:
 
 private:
     /// What players and mixers share: their node, which they leave at their end.
-    template <typename Interface> class Part : public Interface {
-    public:
-        Part(FakeAudioGraph& graph, std::shared_ptr<Node> node)
-            : m_graph(graph),
-              m_node(std::move(node))
+    template <typename Interface> struct Part : Interface {
+        Part(FakeAudioGraph& owner, std::shared_ptr<Node> itsNode)
+            : graph(owner),
+              node(std::move(itsNode))
         {
         }
         ~Part() override
         {
-            m_node->isInGraph = false;
-            m_graph.remove(*this);
+            node->isInGraph = false;
+            graph.remove(*this);
         }
         Part(const Part&) = delete;
         Part& operator=(const Part&) = delete;
 
-        FakeAudioGraph& m_graph;
-        std::shared_ptr<Node> m_node;
+        FakeAudioGraph& graph;
+        std::shared_ptr<Node> node;
     };
 
     class Player final : public Part<PlayerNode> {
@@ -127,45 +126,45 @@ private:
         {
             take(std::move(file), window, true, std::move(playedBack));
         }
-        void setPlan(PassPlan plan) override { m_node->plan = std::move(plan); }
+        void setPlan(PassPlan plan) override { node->plan = std::move(plan); }
         void play() override
         {
-            m_node->isSounding = m_node->segment.has_value();
-            m_graph.command("play", *m_node);
+            node->isSounding = node->segment.has_value();
+            graph.command("play", *node);
         }
         void pause() override
         {
-            m_node->isSounding = false;
-            m_graph.command("pause", *m_node);
+            node->isSounding = false;
+            graph.command("pause", *node);
         }
         void stop() override
         {
-            m_node->isSounding = false;
-            m_node->segment.reset();
-            m_graph.command("stop", *m_node);
+            node->isSounding = false;
+            node->segment.reset();
+            graph.command("stop", *node);
         }
-        [[nodiscard]] std::optional<double> sampleTime() const override { return m_node->sampleTime; }
-        [[nodiscard]] std::int64_t passesEnded() const override { return m_node->passesEnded; }
+        [[nodiscard]] std::optional<double> sampleTime() const override { return node->sampleTime; }
+        [[nodiscard]] std::int64_t passesEnded() const override { return node->passesEnded; }
 
     private:
         void take(std::shared_ptr<AudioFile> file, FrameRange segment, bool held, CompletionHandler playedBack)
         {
             REQUIRE(file && segment.count > 0 && segment.start >= 0);
-            m_node->file = std::move(file);
-            m_node->segment = segment;
-            m_node->isHeld = held;
-            m_node->plan = {};
-            ++m_node->scheduleCount;
-            m_node->completions.push_back(std::move(playedBack));
-            m_graph.command("schedule", *m_node);
+            node->file = std::move(file);
+            node->segment = segment;
+            node->isHeld = held;
+            node->plan = {};
+            ++node->scheduleCount;
+            node->completions.push_back(std::move(playedBack));
+            graph.command("schedule", *node);
         }
     };
 
     class Mixer final : public Part<MixerNode> {
     public:
         using Part::Part;
-        void setOutputVolume(double factor) override { m_node->volume = factor; }
-        [[nodiscard]] double outputVolume() const override { return m_node->volume; }
+        void setOutputVolume(double factor) override { node->volume = factor; }
+        [[nodiscard]] double outputVolume() const override { return node->volume; }
     };
 
     class TimePitch final : public TimePitchNode {
@@ -218,7 +217,7 @@ private:
             return;
         for (const AudioNode* node : inputs->second) {
             if (const auto* player = dynamic_cast<const Player*>(node))
-                indices.push_back(player->m_node->index);
+                indices.push_back(player->node->index);
             else
                 collectPlayers(*node, indices);
         }
