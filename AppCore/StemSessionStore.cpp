@@ -13,7 +13,8 @@ namespace quillet {
 namespace {
 
 using nlohmann::json;
-using Stem = StemSession::Stem;
+/// The stored form of a stem has the same three members.
+using PersistedStem = StemSession::Stem;
 
 constexpr std::string_view keyPrefix = "stemSession.";
 
@@ -44,10 +45,10 @@ std::optional<FilePath> decodePath(const json& value)
     return FilePath(std::string(bytes.begin(), bytes.end()));
 }
 
-std::optional<std::string> encode(const std::vector<Stem>& stems)
+std::optional<std::string> encode(const std::vector<PersistedStem>& stems)
 {
     json array = json::array();
-    for (const Stem& stem : stems) {
+    for (const PersistedStem& stem : stems) {
         if (!isUtf8(stem.key))
             return std::nullopt;
         array.push_back({ { "key", stem.key }, { "filePath", encodePath(stem.fileURL) }, { "isMuted", stem.isMuted } });
@@ -55,7 +56,7 @@ std::optional<std::string> encode(const std::vector<Stem>& stems)
     return array.dump();
 }
 
-std::optional<Stem> decodeStem(const json& object)
+std::optional<PersistedStem> decodeStem(const json& object)
 {
     const auto member = [&](const char* name) { return object.is_object() && object.contains(name) ? object[name] : json(); };
     const json key = member("key");
@@ -63,17 +64,17 @@ std::optional<Stem> decodeStem(const json& object)
     std::optional<FilePath> file = decodePath(member("filePath"));
     if (!key.is_string() || !isMuted.is_boolean() || !file)
         return std::nullopt;
-    return Stem{ key.get<std::string>(), *std::move(file), isMuted.get<bool>() };
+    return PersistedStem{ key.get<std::string>(), *std::move(file), isMuted.get<bool>() };
 }
 
-std::optional<std::vector<Stem>> decode(std::string_view text)
+std::optional<std::vector<PersistedStem>> decode(std::string_view text)
 {
     const json array = json::parse(text, nullptr, false);
     if (!array.is_array())
         return std::nullopt;
-    std::vector<Stem> stems;
+    std::vector<PersistedStem> stems;
     for (const json& object : array) {
-        std::optional<Stem> stem = decodeStem(object);
+        std::optional<PersistedStem> stem = decodeStem(object);
         if (!stem)
             return std::nullopt;
         stems.push_back(*std::move(stem));
@@ -91,7 +92,7 @@ void StemSessionStore::save(const StemSession& session, const FilePath& track)
         m_defaults.setData(keyOf(track), *text);
 }
 
-std::optional<std::vector<Stem>> StemSessionStore::load(const FilePath& track) const
+std::optional<std::vector<PersistedStem>> StemSessionStore::load(const FilePath& track) const
 {
     const auto text = m_defaults.data(keyOf(track));
     return text ? decode(*text) : std::nullopt;

@@ -119,8 +119,8 @@ HelpSheet::HelpSheet(const ThemeSource& source, QWidget* parent)
     auto* column = new QVBoxLayout(texts);
     column->setContentsMargins(0, 0, AppTheme::windowMargin, 0);
     column->setSpacing(6);
-    for (const Section& section : sections)
-        addSection(*column, tr(section.title), tr(section.content), source);
+    for (const Section& text : sections)
+        section(*column, tr(text.title), tr(text.content), source);
     addShortcuts(*column, source);
     column->addStretch();
     auto* scroll = new QScrollArea;
@@ -139,7 +139,7 @@ HelpSheet::HelpSheet(const ThemeSource& source, QWidget* parent)
     resize(scaled(usualSize.width()), scaled(usualSize.height()));
 }
 
-void HelpSheet::addSection(QVBoxLayout& column, const QString& title, const QString& content, const ThemeSource& source)
+void HelpSheet::section(QVBoxLayout& column, const QString& title, const QString& content, const ThemeSource& source)
 {
     column.addWidget(new Label(source, Label::Role::title, title));
     if (!content.isEmpty()) {
@@ -153,20 +153,23 @@ void HelpSheet::addSection(QVBoxLayout& column, const QString& title, const QStr
 
 void HelpSheet::addShortcuts(QVBoxLayout& column, const ThemeSource& source)
 {
-    addSection(column, tr("Keyboard Shortcuts"), {}, source);
+    section(column, tr("Keyboard Shortcuts"), {}, source);
     auto* table = new QGridLayout;
     table->setColumnMinimumWidth(0, scaled(keyColumnWidth));
     table->setColumnStretch(1, 1);
     table->setVerticalSpacing(4);
-    int row = 0;
-    for (const Shortcut& shortcut : shortcuts) {
-        auto* key = new Label(source, Label::Role::text, withPlatformKeys(tr(shortcut.key)));
-        key->setFont(numberFont(AppTheme::controlPixels));
-        table->addWidget(key, row, 0);
-        table->addWidget(new Label(source, Label::Role::text, tr(shortcut.description)), row, 1);
-        ++row;
-    }
+    for (const Shortcut& shortcut : shortcuts)
+        shortcutRow(*table, tr(shortcut.key), tr(shortcut.description), source);
     column.addLayout(table);
+}
+
+void HelpSheet::shortcutRow(QGridLayout& table, const QString& key, const QString& description, const ThemeSource& source)
+{
+    const int row = table.rowCount();
+    auto* label = new Label(source, Label::Role::text, withPlatformKeys(key));
+    label->setFont(numberFont(AppTheme::controlPixels));
+    table.addWidget(label, row, 0);
+    table.addWidget(new Label(source, Label::Role::text, description), row, 1);
 }
 
 }  // namespace quillet

@@ -6,6 +6,7 @@
 
 #include <QDialog>
 
+class QGridLayout;
 class QVBoxLayout;
 
 namespace quillet {
@@ -17,7 +18,8 @@ public:
     HelpSheet(const ThemeSource& source, QWidget* parent);
 
 private:
-    void addSection(QVBoxLayout& column, const QString& title, const QString& content, const ThemeSource& source);
+    void section(QVBoxLayout& column, const QString& title, const QString& content, const ThemeSource& source);
+    static void shortcutRow(QGridLayout& table, const QString& key, const QString& description, const ThemeSource& source);
     void addShortcuts(QVBoxLayout& column, const ThemeSource& source);
 };
 

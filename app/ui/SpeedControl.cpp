@@ -14,7 +14,6 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <iterator>
 
 namespace quillet {
 namespace {
@@ -26,16 +25,30 @@ constexpr int segmentWidth = 46;
 constexpr int segmentPadding = 7;
 constexpr double maxStep = 100;
 
-struct StepPreset {
+/// The choices of the step picker, as they are shown from left to right.
+enum class StepPreset { one, two, five, ten, twentyFive, custom };
+
+struct StepChoice {
+    StepPreset preset;
     const char* label;
+    /// 0: whatever the field says.
     double percent;
 };
-constexpr std::array presets{
-    StepPreset{ QT_TRANSLATE_NOOP("SpeedControl", "1%"), 1 },   StepPreset{ QT_TRANSLATE_NOOP("SpeedControl", "2%"), 2 },
-    StepPreset{ QT_TRANSLATE_NOOP("SpeedControl", "5%"), 5 },   StepPreset{ QT_TRANSLATE_NOOP("SpeedControl", "10%"), 10 },
-    StepPreset{ QT_TRANSLATE_NOOP("SpeedControl", "25%"), 25 },
+constexpr std::array stepChoices{
+    StepChoice{ StepPreset::one, QT_TRANSLATE_NOOP("SpeedControl", "1%"), 1 },
+    StepChoice{ StepPreset::two, QT_TRANSLATE_NOOP("SpeedControl", "2%"), 2 },
+    StepChoice{ StepPreset::five, QT_TRANSLATE_NOOP("SpeedControl", "5%"), 5 },
+    StepChoice{ StepPreset::ten, QT_TRANSLATE_NOOP("SpeedControl", "10%"), 10 },
+    StepChoice{ StepPreset::twentyFive, QT_TRANSLATE_NOOP("SpeedControl", "25%"), 25 },
+    StepChoice{ StepPreset::custom, QT_TRANSLATE_NOOP("SpeedControl", "Custom"), 0 },
 };
-constexpr int customId = static_cast<int>(presets.size());
+
+/// The preset of that step, or `custom`.
+StepPreset presetOf(double percent)
+{
+    const auto* const found = std::ranges::find(stepChoices, percent, &StepChoice::percent);
+    return found == stepChoices.end() ? StepPreset::custom : found->preset;
+}
 
 /// As few digits as name it: "5", "7.5".
 QString shortNumber(double value) { return QString::number(value, 'g', 6); }
@@ -78,23 +91,23 @@ void SpeedControl::buildSteps(const ThemeSource& source)
     caption->setFixedWidth(scaled(ValueRow::titleWidth));
     row->addWidget(caption);
     row->addSpacing(2);
-    const auto add = [&](const QString& label, int id) {
+    const auto add = [&](const StepChoice& choice) {
+        const QString label = tr(choice.label);
         auto* button = new QPushButton(label);
         button->setCheckable(true);
         button->setAccessibleName(tr("Speed step %1").arg(label));
         button->setFocusPolicy(Qt::TabFocus);
         setButtonKind(*button, ButtonKind::segment);
-        if (id != customId) {
+        if (choice.preset != StepPreset::custom) {
             button->setMinimumWidth(fontMetrics().horizontalAdvance(label) + 2 * segmentPadding);
             button->setMaximumWidth(scaled(segmentWidth));
             button->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
         }
-        m_steps->addButton(button, id);
+        m_steps->addButton(button, static_cast<int>(choice.preset));
         row->addWidget(button);
     };
-    for (std::size_t i = 0; i < presets.size(); ++i)
-        add(tr(presets[i].label), static_cast<int>(i));
-    add(tr("Custom"), customId);
+    for (const StepChoice& choice : stepChoices)
+        add(choice);
     row->addWidget(m_customStep);
     row->addStretch();
     // The row keeps its height while the field is hidden.
@@ -102,9 +115,10 @@ void SpeedControl::buildSteps(const ThemeSource& source)
     static_cast<QVBoxLayout*>(layout())->addLayout(row);
 
     connect(m_steps, &QButtonGroup::idClicked, this, [this](int id) {
-        m_wantsCustomStep = id == customId;
-        if (id != customId)
-            m_state.setSpeedStep(presets[static_cast<std::size_t>(id)].percent);
+        const StepChoice& choice = stepChoices[static_cast<std::size_t>(id)];
+        m_wantsCustomStep = choice.preset == StepPreset::custom;
+        if (!m_wantsCustomStep)
+            m_state.setSpeedStep(choice.percent);
         showStep();
         if (m_wantsCustomStep)
             m_customStep->setFocus(Qt::OtherFocusReason);
@@ -122,11 +136,10 @@ void SpeedControl::showSpeed()
 void SpeedControl::showStep()
 {
     const double step = m_state.speedStep();
-    const auto preset = std::ranges::find(presets, step, &StepPreset::percent);
-    const bool isCustom = m_wantsCustomStep || preset == presets.end();
-    m_steps->button(isCustom ? customId : static_cast<int>(std::distance(presets.begin(), preset)))->setChecked(true);
+    const StepPreset preset = m_wantsCustomStep ? StepPreset::custom : presetOf(step);
+    m_steps->button(static_cast<int>(preset))->setChecked(true);
     m_customStep->showValue(shortNumber(step));
-    m_customStep->setVisible(isCustom);
+    m_customStep->setVisible(preset == StepPreset::custom);
 }
 
 void SpeedControl::commitSpeedInput(const QString& text)

@@ -145,6 +145,7 @@ private:
     SettingsStore m_settings{ m_defaults };
     RecentFilesStore m_recentFiles{ m_cacheDefaults };
     StemSessionStore m_stemSessions{ m_cacheDefaults };
+    StemSettingsStore m_stemSettings{ m_defaults };
     SystemFileAttributes m_attributes;
     WaveformCache m_waveformCache{ m_cacheDefaults, m_attributes };
     MediaModule m_media;
@@ -156,6 +157,7 @@ private:
     const SharedInstance<SettingsStore> m_sharedSettings{ m_settings };
     const SharedInstance<RecentFilesStore> m_sharedRecentFiles{ m_recentFiles };
     const SharedInstance<StemSessionStore> m_sharedStemSessions{ m_stemSessions };
+    const SharedInstance<StemSettingsStore> m_sharedStemSettings{ m_stemSettings };
     const SharedInstance<WaveformCache> m_sharedWaveformCache{ m_waveformCache };
     std::shared_ptr<AppState> m_state;
     // Its jobs use what is above.

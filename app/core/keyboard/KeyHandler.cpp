@@ -79,11 +79,17 @@ bool KeyHandler::eventFilter(QObject* watched, QEvent* event)
         // Accepted, the press comes as a press: no menu takes it, and no field keeps it.
         return true;
     }
-    m_scheduler.post([weak = m_state, center = m_center, command = *command] {
+    perform(*command);
+    return true;
+}
+
+/// Once the handler has returned, if the state still exists.
+void KeyHandler::perform(CommandId command)
+{
+    m_scheduler.post([weak = m_state, center = m_center, command] {
         if (const auto current = weak.lock())
             center->execute(command);
     });
-    return true;
 }
 
 std::optional<CommandId> KeyHandler::commandFor(const QKeyEvent& event, const AppState& state)

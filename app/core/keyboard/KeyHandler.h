@@ -34,6 +34,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void perform(CommandId command);
     [[nodiscard]] static std::optional<CommandId> commandFor(const QKeyEvent& event, const AppState& state);
 
     Scheduler& m_scheduler;

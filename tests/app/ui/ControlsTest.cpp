@@ -214,6 +214,18 @@ TEST_F(ControlsTest, EqualizerSnapsToHalfDecibels)
     EXPECT_EQ(gain * 2, std::round(gain * 2));
     EXPECT_EQ(rig.engine.eq().gain(2), static_cast<float>(gain));
 
+    // A knob is grabbed where it is, off its centre too; beside it each click counts, and only one on it resets.
+    constexpr QPoint onTrack(12, 100);
+    const QPoint onKnob(12, 40 + 5);
+    QTest::mousePress(slider, Qt::LeftButton, {}, onKnob);
+    QTest::mouseRelease(slider, Qt::LeftButton, {}, onKnob);
+    QTest::mouseDClick(slider, Qt::RightButton, {}, onKnob);
+    EXPECT_EQ(state.eqGains()[2], gain);
+    QTest::mouseDClick(slider, Qt::LeftButton, {}, onTrack);
+    EXPECT_LT(state.eqGains()[2], -3);
+    QTest::mouseDClick(slider, Qt::LeftButton, {}, onTrack);
+    EXPECT_EQ(state.eqGains()[2], 0);
+
     // What was stored is shown snapped and stays as it is.
     state.setEqGains({ 1.1, 0, -0.25, 0, 0 });
     EXPECT_EQ(named<VerticalSlider>("EQ gain at 60Hz")->gain(), 1);
@@ -242,6 +254,26 @@ TEST_F(ControlsTest, TransportShowsWhatAClickWillDo)
 }
 
 // ---- Colours ----
+
+TEST(ThemeSourceTest, NoPreferenceIsLightUnlessTheDesktopIsDarkWithoutOne)
+{
+    const QPalette before = QGuiApplication::palette();
+    QGuiApplication::setPalette(QPalette(Qt::black));
+    const auto appearanceAfter = [](std::initializer_list<uint> preferences) {
+        ThemeSource source;
+        for (const uint preference : preferences)
+            QMetaObject::invokeMethod(&source, "settingChanged", Q_ARG(QString, QStringLiteral("org.freedesktop.appearance")),
+                                      Q_ARG(QString, QStringLiteral("color-scheme")),
+                                      Q_ARG(QDBusVariant, QDBusVariant(preference)));
+        return source.theme().appearance;
+    };
+    EXPECT_EQ(appearanceAfter({}), Appearance::dark);
+    EXPECT_EQ(appearanceAfter({ 0 }), Appearance::dark);
+    EXPECT_EQ(appearanceAfter({ 1 }), Appearance::dark);
+    EXPECT_EQ(appearanceAfter({ 1, 0 }), Appearance::light);
+    EXPECT_EQ(appearanceAfter({ 2, 1, 2 }), Appearance::light);
+    QGuiApplication::setPalette(before);
+}
 
 double luminance(const QColor& color)
 {
