@@ -113,9 +113,8 @@ ContentView::~ContentView()
 {
     m_services.loader.onError(nullptr);
     // The sheets end with the view, and have nobody to tell.
-    for (const QPointer<QDialog>& sheet : m_sheets)
-        if (sheet)
-            sheet->disconnect(this);
+    for (QDialog* sheet : m_sheets)
+        sheet->disconnect(this);
 }
 
 void ContentView::subscribe()
@@ -244,27 +243,27 @@ void ContentView::setSettingsHealth(const DefaultsHealth& health) { m_settingsNo
 
 void ContentView::openSheet(QDialog& sheet)
 {
-    m_sheets.emplace_back(&sheet);
+    m_sheets.push_back(&sheet);
     const auto close = [this] {
         syncShade();
         m_keys->takeFocus();
     };
-    // However it ends.
     connect(&sheet, &QDialog::finished, this, close);
-    connect(&sheet, &QObject::destroyed, this, close);
+    // Some end without a word.
+    connect(&sheet, &QObject::destroyed, this, [this, close](const QObject* gone) {
+        std::erase_if(m_sheets, [gone](const QDialog* open) { return open == gone; });
+        close();
+    });
     sheet.open();
     syncShade();
 }
 
 /// The one that stands before the window, the last that was opened; null if none does.
-QDialog* ContentView::frontSheet()
+QDialog* ContentView::frontSheet() const
 {
-    std::erase_if(m_sheets, [](const QPointer<QDialog>& sheet) { return sheet.isNull(); });
-    const auto isInFront = [](const QPointer<QDialog>& sheet) {
-        return sheet->isVisible() && sheet->windowModality() != Qt::NonModal;
-    };
+    const auto isInFront = [](const QDialog* sheet) { return sheet->isVisible() && sheet->windowModality() != Qt::NonModal; };
     const auto front = std::find_if(m_sheets.rbegin(), m_sheets.rend(), isInFront);
-    return front == m_sheets.rend() ? nullptr : front->data();
+    return front == m_sheets.rend() ? nullptr : *front;
 }
 
 void ContentView::activateSheet()

@@ -83,7 +83,7 @@ private:
     void subscribe();
     void showScreen();
     void openSheet(QDialog& sheet);
-    [[nodiscard]] QDialog* frontSheet();
+    [[nodiscard]] QDialog* frontSheet() const;
     void activateSheet();
     void syncShade();
     void closeOpenFromURL();
@@ -104,7 +104,8 @@ private:
     QPointer<HelpSheet> m_help;
     QPointer<OpenFromURLSheet> m_openFromURL;
     QPointer<QDialog> m_openPanel;
-    std::vector<QPointer<QDialog>> m_sheets;
+    /// Those that exist, in the order in which they were opened.
+    std::vector<QDialog*> m_sheets;
     std::vector<Notifications::Subscription> m_subscriptions;
 };
 

@@ -80,7 +80,8 @@ std::vector<float> decodeWithFfmpeg(const FilePath& path, const std::vector<std:
     command.insert(command.end(), { "-i", "file:" + path.native(), "-map", "0:a:0", "-f", "f32le", "-" });
     const std::string bytes = runFfmpeg(command);
     std::vector<float> samples(bytes.size() / sizeof(float));
-    std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(float));
+    if (!samples.empty())
+        std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(float));
     return samples;
 }
 
