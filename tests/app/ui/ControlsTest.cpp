@@ -301,6 +301,7 @@ TEST(AppThemeTest, EveryTextCanBeRead)
     for (const Appearance appearance : { Appearance::light, Appearance::dark }) {
         const AppTheme theme(appearance);
         SCOPED_TRACE(appearance == Appearance::dark ? "dark" : "light");
+        EXPECT_EQ(theme.window.lightness() < 128, appearance == Appearance::dark);
         for (const QColor& ground : { theme.window, theme.card, theme.field }) {
             for (const QColor& text : { theme.text, theme.secondaryText, theme.accentText, theme.redText })
                 EXPECT_GE(contrast(text, ground), 4.5) << text.name().toStdString() << " on " << ground.name().toStdString();
