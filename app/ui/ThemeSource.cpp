@@ -5,6 +5,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QGuiApplication>
+#include <QMetaType>
 #include <QPalette>
 
 namespace quillet {
@@ -57,6 +58,8 @@ void ThemeSource::followDesktop()
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
+    // The bus looks the slot's types up by name, and knows this one only once somebody has used it.
+    qRegisterMetaType<QDBusVariant>();
     bus.connect(portalService(), portalPath(), portalSettings(), QStringLiteral("SettingChanged"), this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
     QDBusMessage question =
