@@ -116,6 +116,11 @@ class Desktop:
     def shot(self, path):
         self.run("import", "-window", "root", str(path))
 
+    def brightness(self, path):
+        """Of the middle of a picture, 0 to 1."""
+        return float(self.run("convert", str(path), "-gravity", "center", "-crop", "400x400+0+100", "-colorspace", "Gray", "-format",
+                              "%[fx:mean]", "info:").stdout)
+
     def record(self, seconds):
         """What the sink plays in the next `seconds`: the left channel, as floats."""
         frames = int(seconds * SINK_RATE)

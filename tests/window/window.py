@@ -177,8 +177,15 @@ class ProgramTest(unittest.TestCase):
         return self.window
 
     def shot(self, name):
+        """Where its name ends with an appearance, that is what it shows."""
         time.sleep(0.4)
-        self.desktop.shot(Path(sys.argv[2]) / f"{name}.png")
+        picture = Path(sys.argv[2]) / f"{name}.png"
+
+        def shows_it():
+            self.desktop.shot(picture)
+            return not name.endswith(("-dark", "-light")) or (self.desktop.brightness(picture) < 0.5) == name.endswith("-dark")
+
+        wait_for(f"the appearance of {name}", shows_it)
 
 
 def run_tests(begin):
