@@ -30,6 +30,7 @@ void AppState::beginOpening(FilePath url)
     exitStemMode();
     setOfferedSettings(std::nullopt);
     setAudioFileURL(std::move(url));
+    assign(m_sampleLevel, SampleLevel::usual, &AppState::sampleLevelChanged);
     setLoadingState(LoadingState::loading(""));
     // Nothing of the file before can be played under the new name.
     m_transport.stop();
@@ -39,6 +40,7 @@ void AppState::beginOpening(FilePath url)
 void AppState::finishOpening(OpenedFile file)
 {
     const double duration = static_cast<double>(file.audio->length()) / file.audio->sampleRate();
+    assign(m_sampleLevel, file.audio->level(), &AppState::sampleLevelChanged);
     m_engine.setAudioFile(std::move(file.audio));
     setAudioDuration(duration);
     resetToDefaults(duration);

@@ -9,6 +9,7 @@
 #include "app/core/LoadingState.h"
 #include "app/playback/PlaybackState.h"
 #include "platform/base/FilePath.h"
+#include "platform/media/AudioFile.h"
 
 #include <QObject>
 
@@ -32,6 +33,7 @@ public:
     [[nodiscard]] const std::optional<FilePath>& audioFileURL() const { return m_audioFileURL; }
     /// Seconds.
     [[nodiscard]] double audioDuration() const { return m_audioDuration; }
+    [[nodiscard]] SampleLevel sampleLevel() const { return m_sampleLevel; }
     /// Peaks for drawing, 0 to 1.
     [[nodiscard]] const std::vector<float>& waveformSamples() const { return m_waveformSamples; }
 
@@ -75,6 +77,7 @@ Q_SIGNALS:
     void loadingStateChanged();
     void audioFileURLChanged();
     void audioDurationChanged();
+    void sampleLevelChanged();
     void waveformSamplesChanged();
     void regionChanged();
     void isPlayingChanged();
@@ -119,6 +122,7 @@ protected:
     LoadingState m_loadingState;
     std::optional<FilePath> m_audioFileURL;
     double m_audioDuration = 0;
+    SampleLevel m_sampleLevel = SampleLevel::usual;
     std::vector<float> m_waveformSamples;
     TimeRange m_region;
     bool m_isPlaying = false;

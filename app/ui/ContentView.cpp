@@ -7,6 +7,7 @@
 #include "app/ui/EmptyScreen.h"
 #include "app/ui/FileNames.h"
 #include "app/ui/HelpSheet.h"
+#include "app/ui/LevelNotice.h"
 #include "app/ui/LoadingScreen.h"
 #include "app/ui/OfferNotice.h"
 #include "app/ui/OpenFromURLSheet.h"
@@ -92,6 +93,7 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     m_notices->addWidget(m_settingsNotice);
     m_notices->addWidget(m_silenceNotice);
     m_silenceNotice->hide();
+    m_notices->addWidget(new LevelNotice(services.state, services.theme));
     m_notices->addWidget(new OfferNotice(services.state, services.theme));
     m_keys->setGeometry(0, 0, 0, 0);
     column->addLayout(m_screens, 1);

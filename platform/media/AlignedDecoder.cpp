@@ -139,4 +139,17 @@ std::optional<std::int64_t> AlignedDecoder::claimedLength() const
     return ticks ? std::optional(av_rescale_q(*ticks, m_track->timeBase(), { 1, m_sampleRate })) : std::nullopt;
 }
 
+bool AlignedDecoder::isUncompressedFloat() const
+{
+    switch (m_track->codec()) {
+    case AV_CODEC_ID_PCM_F32LE:
+    case AV_CODEC_ID_PCM_F32BE:
+    case AV_CODEC_ID_PCM_F64LE:
+    case AV_CODEC_ID_PCM_F64BE:
+        return true;
+    default:
+        return false;
+    }
+}
+
 }  // namespace quillet

@@ -41,6 +41,8 @@ public:
 
     [[nodiscard]] int sampleRate() const { return m_sampleRate; }
     [[nodiscard]] int channelCount() const { return m_channelCount; }
+    /// Whether the file holds floating-point numbers as they are.
+    [[nodiscard]] bool isUncompressedFloat() const;
     /// Frames that `enter` decodes before the wanted one.
     [[nodiscard]] std::int64_t prerollFrames() const { return m_recipe.prerollFrames; }
     /// Whether `enter` has to decode all that comes before.

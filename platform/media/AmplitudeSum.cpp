@@ -39,13 +39,14 @@ struct Signed32 {
     static std::int64_t value(std::int32_t sample) { return sample; }
 };
 struct Float {
-    static constexpr double fullScale = 0x1p23;
+    /// Fine enough for what is far below what can be heard: it is drawn as loud as all else.
+    static constexpr double fullScale = 0x1p36;
     /// 36 dB above full scale: no recording.
     static constexpr float loudest = 64.0F;
-    static int value(float sample)
+    static std::int64_t value(float sample)
     {
         const float sane = std::abs(sample) <= loudest ? sample : 0.0F;
-        return static_cast<int>(sane * 0x1p23F);
+        return static_cast<std::int64_t>(sane * 0x1p36F);
     }
 };
 

@@ -1,5 +1,5 @@
 // Sums of the absolute values of decoded sound, mixed to one channel, taken from the decoder's own sample format. All are sums
-// of integers (floats are cut to 1/2^23 of full scale first), so that they do not depend on where the sound is cut.
+// of integers (floats are cut to 1/2^36 of full scale first), so that they do not depend on where the sound is cut.
 // Threads: pure functions.
 #pragma once
 

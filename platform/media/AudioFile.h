@@ -1,7 +1,7 @@
 // An audio file opened for reading: stereo frames at the file's own sample rate, from any position, exact to the sample.
 // Mono is doubled, more than two channels are mixed down to stereo. It holds no more of the file in memory than a decoder
 // needs; it does not resample, and it knows nothing of playback.
-// Threads: `length`, `sampleRate` and `channelCount` never change and may be read anywhere, as may `readErrors`; `read` is
+// Threads: `length`, `sampleRate`, `channelCount` and `level` never change and may be read anywhere, as may `readErrors`; `read` is
 // confined to one thread at a time.
 #pragma once
 
@@ -15,6 +15,10 @@
 
 namespace quillet {
 
+/// How loud the numbers of a file are beside full scale. `farAbove`: whole numbers that were written as floats, which are read
+/// as what they were meant to be; `farBelow`: so soft that nothing is heard.
+enum class SampleLevel { usual, farAbove, farBelow };
+
 class AudioFile {
 public:
     virtual ~AudioFile() = default;
@@ -25,6 +29,7 @@ public:
     [[nodiscard]] virtual int sampleRate() const = 0;
     /// Channels stored in the file, before they become two.
     [[nodiscard]] virtual int channelCount() const = 0;
+    [[nodiscard]] virtual SampleLevel level() const { return SampleLevel::usual; }
 
     /// Reads frames [firstFrame, firstFrame + stereo.size() / 2) into `stereo` (left, right, left, …; full scale is ±1).
     /// The same frame reads the same value however it was reached. Returns the frames read: fewer than asked only where the

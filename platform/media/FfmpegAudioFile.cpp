@@ -32,6 +32,7 @@ public:
     [[nodiscard]] std::int64_t length() const override { return m_decoder.length(); }
     [[nodiscard]] int sampleRate() const override { return m_decoder.sampleRate(); }
     [[nodiscard]] int channelCount() const override { return m_decoder.channelCount(); }
+    [[nodiscard]] SampleLevel level() const override { return m_decoder.level(); }
     [[nodiscard]] std::int64_t read(std::int64_t firstFrame, std::span<float> stereo) override;
     [[nodiscard]] std::int64_t readErrors() const override { return m_decoder.readErrors(); }
 

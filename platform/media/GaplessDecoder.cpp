@@ -26,12 +26,14 @@ std::expected<GaplessDecoder, AudioFileError> GaplessDecoder::open(const FilePat
         return std::unexpected(AudioFileError::unreadable);
     if (length <= 0)
         return std::unexpected(AudioFileError::empty);
-    return GaplessDecoder(std::move(*decoder), length);
+    const FloatScale scale = floatScaleOf(*decoder, length);
+    return GaplessDecoder(std::move(*decoder), length, scale);
 }
 
-GaplessDecoder::GaplessDecoder(AlignedDecoder decoder, std::int64_t length)
+GaplessDecoder::GaplessDecoder(AlignedDecoder decoder, std::int64_t length, const FloatScale& scale)
     : m_decoder(std::move(decoder)),
-      m_length(length)
+      m_length(length),
+      m_scale(scale)
 {
 }
 
@@ -78,11 +80,18 @@ SoundPiece GaplessDecoder::refusedPiece()
     return piece;
 }
 
+void GaplessDecoder::decodeBlock()
+{
+    m_block = m_decoder.next();
+    if (m_scale.factor != 1.0F && m_block && m_block->sound != nullptr)
+        scaleSamples(*m_block->sound, m_scale.factor);
+}
+
 /// Leaves a block that ends after the present position, if there is one and the disk can be read.
 void GaplessDecoder::findBlock()
 {
     while (!m_silentFromHere && (!m_block || m_block->position + m_block->frames <= m_position)) {
-        m_block = m_decoder.next();
+        decodeBlock();
         if (!m_block && m_decoder.hasDiskFailed())
             return;
         if (!m_block)
@@ -95,7 +104,7 @@ void GaplessDecoder::skipUndecodable()
 {
     for (std::int64_t step = sampleRate() / 4; m_position + step < m_length; step *= 2) {
         m_decoder.enter(m_position + step);
-        while ((m_block = m_decoder.next()))
+        for (decodeBlock(); m_block; decodeBlock())
             if (m_block->position + m_block->frames > m_position)
                 return;
         if (m_decoder.hasDiskFailed())

@@ -1,10 +1,11 @@
 // Decodes every frame of a file exactly once and in order, from any frame on: what is missing between blocks comes as silence
 // of the same length, what comes twice is left out. Where the disk refuses to be read it goes on a little later. Pieces keep
-// the decoder's own sample format. It remembers nothing that it gave.
+// the decoder's own sample format; floats that are far out of range are brought into it. It remembers nothing that it gave.
 // Threads: confined to one thread at a time, except `readErrors`.
 #pragma once
 
 #include "platform/media/AlignedDecoder.h"
+#include "platform/media/FloatScale.h"
 
 #include <cstdint>
 #include <expected>
@@ -33,6 +34,7 @@ public:
     [[nodiscard]] std::int64_t length() const { return m_length; }
     [[nodiscard]] int sampleRate() const { return m_decoder.sampleRate(); }
     [[nodiscard]] int channelCount() const { return m_decoder.channelCount(); }
+    [[nodiscard]] SampleLevel level() const { return m_scale.level; }
     /// Frames that `enter` decodes before the wanted one.
     [[nodiscard]] std::int64_t prerollFrames() const { return m_decoder.prerollFrames(); }
     /// Whether `enter` has to decode all that comes before.
@@ -48,13 +50,15 @@ public:
     [[nodiscard]] std::optional<SoundPiece> next();
 
 private:
-    GaplessDecoder(AlignedDecoder decoder, std::int64_t length);
+    GaplessDecoder(AlignedDecoder decoder, std::int64_t length, const FloatScale& scale);
+    void decodeBlock();
     void findBlock();
     [[nodiscard]] SoundPiece refusedPiece();
     void skipUndecodable();
 
     AlignedDecoder m_decoder;
     std::int64_t m_length;
+    FloatScale m_scale;
     std::int64_t m_position = 0;
     /// Decoded, and not yet (all) given.
     std::optional<AlignedBlock> m_block;

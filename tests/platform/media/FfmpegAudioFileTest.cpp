@@ -126,7 +126,7 @@ double amplitudeSum(const std::vector<float>& stereo, std::int64_t first, std::i
         sum += std::abs(stereo[i] + stereo[i + 1]) / 2;
     return sum;
 }
-double amplitudeTolerance(std::int64_t count) { return static_cast<double>(count) * 0x1p-23 + 1e-9; }
+double amplitudeTolerance(std::int64_t count) { return static_cast<double>(count) * 0x1p-36 + 1e-9; }
 
 /// The name of a case by its file's name.
 std::string caseName(std::string fileName)
@@ -300,6 +300,37 @@ TEST(DamageTest, TruncatedFileIsAsLongAsWhatDecodes)
     encodeAudio(livelySignal(8000, 1, 150), path, { "-c:a", "aac", "-aac_pns", "0", "-movflags", "+faststart" });
     cut(path, 1.0 / 3);
     EXPECT_EQ(opened(path)->length(), std::ssize(decodeWithFfmpeg(path)));
+}
+
+TEST(LevelTest, FloatsFarOutOfRangeArePlayedAndDrawnAlike)
+{
+    struct Case {
+        const char* level;
+        const char* codec;
+        double read;
+        SampleLevel judged;
+    };
+    const TemporaryFolder folder;
+    for (const auto& [level, codec, read, judged] : {
+             Case{ "32000", "pcm_f32le", 32000 * 0x1p-15, SampleLevel::farAbove },
+             Case{ "6000000", "pcm_f64le", 6e6 * 0x1p-23, SampleLevel::farAbove },
+             Case{ "3", "pcm_f32le", 3, SampleLevel::usual },
+             Case{ "0.0000001", "pcm_f32le", 1e-7, SampleLevel::farBelow },
+         }) {
+        const FilePath song = folder / "song.wav";
+        runFfmpeg({ "-y", "-f", "lavfi", "-i", std::string("aevalsrc=") + level + "*sin(1000*t)*mod(t*10\\,2)/2:d=2:s=44100",
+                    "-c:a", codec, song });
+        const auto file = FfmpegAudioFileOpener().open(song);
+        ASSERT_TRUE(file);
+        EXPECT_EQ((*file)->level(), judged) << level;
+        const auto sound = readInOrder(**file);
+        EXPECT_NEAR(std::ranges::max(sound), read, read * 0.01) << level;
+        const auto reader = FfmpegAmplitudeReaderOpener().open(song);
+        ASSERT_TRUE(reader);
+        (*reader)->enter(0);
+        const double sum = amplitudeSum(sound, 0, (*file)->length());
+        EXPECT_NEAR((*reader)->sum((*file)->length()), sum, sum * 1e-3) << level;
+    }
 }
 
 TEST(DamageTest, SamplesThatAreNoNumbersReadAsSilence)
