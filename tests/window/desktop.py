@@ -15,7 +15,7 @@ HERE = Path(__file__).parent
 SINK_RATE = 44100
 
 
-def wait_for(what, condition, seconds=20):
+def wait_for(what, condition, seconds=60):
     """Waits until `condition()` is truthy and returns that; fails loudly otherwise."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
