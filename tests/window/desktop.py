@@ -142,6 +142,8 @@ def loudness(samples):
 
 
 def frequency(samples):
-    """Of a steady tone, by its rising zero crossings."""
-    crossings = [i for i in range(1, len(samples)) if samples[i - 1] < 0 <= samples[i]]
-    return (len(crossings) - 1) * SINK_RATE / (crossings[-1] - crossings[0]) if len(crossings) > 1 else 0.0
+    """Of a steady tone, by the usual distance of its rising zero crossings: holes that a busy machine tears do not count."""
+    crossings = [i - samples[i] / (samples[i] - samples[i - 1]) for i in range(1, len(samples)) if samples[i - 1] < 0 <= samples[i]]
+    distances = sorted(b - a for a, b in zip(crossings, crossings[1:]))
+    usual = distances[len(distances) // 4:-len(distances) // 4]
+    return SINK_RATE * len(usual) / sum(usual) if usual else 0.0

@@ -111,7 +111,7 @@ class DownloadTest(ProgramTest):
             group = self.own_session()
             self.assertIsNotNone(group)
             end()
-            self.window.process.wait(10)
+            self.window.process.wait(60)
             self.assertTrue(ends(group), "something of it still runs")
 
 

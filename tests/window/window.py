@@ -64,7 +64,9 @@ class Window:
         for node in self._walk(self.application):
             try:
                 if node.getState().contains(self.pyatspi.STATE_SHOWING):
-                    yield node.getRoleName(), node
+                    role = node.getRoleName()
+                    # Newer versions of the bus call it that.
+                    yield "push button" if role == "button" else role, node
             except Exception:  # what has just gone
                 continue
 
@@ -119,7 +121,7 @@ class Window:
     def close(self):
         if self.process.poll() is None:
             self.desktop.key("ctrl+q")
-        return self.process.wait(10)
+        return self.process.wait(60)
 
 
 class Watchdog:

@@ -160,7 +160,7 @@ TEST_F(KeysTest, ADialogKeepsItsKeysButTheCommandsWhereNothingCanBeTyped)
         entry->setReadOnly(modality == Qt::NonModal);
         dialog.setWindowModality(modality);
         dialog.show();
-        QApplication::setActiveWindow(&dialog);
+        activate(dialog);
         for (const auto& [key, modifiers] :
              { std::pair(Qt::Key_Up, Qt::ControlModifier), std::pair(Qt::Key_H, Qt::NoModifier) }) {
             QTest::keyClick(entry, key, modifiers);

@@ -94,9 +94,9 @@ TEST_F(OpenFromURLSheetTest, AFailureIsShownAndAnotherAttemptClearsIt)
 {
     for (const bool plays : { false, true }) {
         type("https://example.com/a.mp4");
-        QApplication::setActiveWindow(&sheet);
+        activate(sheet);
         press(Qt::Key_Return);
-        QApplication::setActiveWindow(plays ? &window : &sheet);
+        activate(plays ? window : static_cast<QWidget&>(sheet));
         processes.last().say("ERROR: <b>not found</b>\n");
         processes.last().end(1, {});
         EXPECT_TRUE(isShown(sheet, "Download failed: ERROR: <b>not found</b>"));

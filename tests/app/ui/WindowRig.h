@@ -11,6 +11,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QLabel>
 
 #include <stdexcept>
@@ -37,6 +38,15 @@ struct WindowRig : StateRig {
         defaults.setString("QLT.downloadDirectory", tools.path().native());
     }
 };
+
+/// Makes a window that is shown the one that has the keys, at once: what replaces the deprecated call asks a window system.
+inline void activate(QWidget& window)
+{
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    QApplication::setActiveWindow(&window);
+    QT_WARNING_POP
+}
 
 inline bool isShown(const QWidget& within, const char* text)
 {
