@@ -42,7 +42,7 @@ class Desktop:
             XDG_DATA_HOME=str(self.folder / "data"), HOME=str(self.folder), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
             QT_ACCESSIBILITY="1", LC_ALL="C.UTF-8")
         (run / "cookie").write_bytes(b"q" * 256)
-        self._start_screen(width, height)
+        self.start_screen(width, height)
         self._start_bus()
         if window_manager:
             self.start("openbox")
@@ -64,13 +64,15 @@ class Desktop:
     def run(self, *command, check=True):
         return subprocess.run(command, env=self.environment, check=check, capture_output=True, timeout=60)
 
-    def _start_screen(self, width, height):
+    def start_screen(self, width, height):
+        """What starts from now on shows itself there."""
         # The server chooses a free number and tells it.
         read, write = os.pipe()
-        self.start("Xvfb", "-displayfd", str(write), "-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp", "-noreset", pass_fds=(write,))
+        screen = self.start("Xvfb", "-displayfd", str(write), "-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp", "-noreset", pass_fds=(write,))
         os.close(write)
         with os.fdopen(read) as told:
             self.environment["DISPLAY"] = ":" + told.readline().strip()
+        return screen
 
     def _start_bus(self):
         bus = self.start("dbus-daemon", "--session", "--nofork", "--print-address=1", stdout=subprocess.PIPE)

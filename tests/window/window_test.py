@@ -7,6 +7,7 @@ Usage: window_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]
 
 import json
 import sqlite3
+import signal
 import subprocess
 import sys
 import time
@@ -32,7 +33,7 @@ class WindowTest(ProgramTest):
         return json.loads(value)
 
     def expect(self, what, condition):
-        wait_for(what, condition, 5)
+        wait_for(what, condition)
 
     def test_a_practice_session(self):
         window = self.open(self.song)
@@ -136,6 +137,22 @@ class WindowTest(ProgramTest):
         window.process.terminate()
         window.process.wait(60)
         self.assertEqual(self.stored()["speed"], 105)
+
+    def test_what_was_changed_outlives_the_terminal_and_the_display(self):
+        display = DESKTOP.environment["DISPLAY"]
+        screen = DESKTOP.start_screen(1280, 1000)
+        DESKTOP.start("openbox")
+        try:
+            for percent, end in ((95, lambda: self.window.process.send_signal(signal.SIGHUP)), (105, screen.kill)):
+                window = self.open(self.song)
+                window.wait_until_loaded()
+                DESKTOP.key("ctrl+Left" if percent < 100 else "ctrl+Right")
+                self.expect("the speed", lambda: window.text("Speed in percent") == f"{percent}%")
+                end()
+                window.process.wait(60)
+                self.assertEqual(self.stored()["speed"], percent)
+        finally:
+            DESKTOP.environment["DISPLAY"] = display
 
     def test_floods_of_keys_leave_it_well_and_never_block_it(self):
         window = self.open(self.song)
