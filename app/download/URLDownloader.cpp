@@ -107,6 +107,8 @@ public:
     RunningTool(const RunningTool&) = delete;
     RunningTool& operator=(const RunningTool&) = delete;
 
+    void terminate() override { m_process->terminate(); }
+
 private:
     std::shared_ptr<Listener> m_listener;
     std::unique_ptr<RunningProcess> m_process;

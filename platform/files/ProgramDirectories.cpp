@@ -11,4 +11,10 @@ FilePath executableDirectory()
     return unknown ? FilePath() : executable.parent_path();
 }
 
+FilePath resourcesDirectory()
+{
+    const FilePath executables = executableDirectory();
+    return executables.empty() ? FilePath() : executables.parent_path().parent_path() / "share" / "quillet";
+}
+
 }  // namespace quillet

@@ -10,4 +10,8 @@ namespace quillet {
 /// be found out.
 [[nodiscard]] FilePath executableDirectory();
 
+/// The directory of what belongs to the program and is no program: the same in the build tree and where it is installed. Empty
+/// like that of the executable.
+[[nodiscard]] FilePath resourcesDirectory();
+
 }  // namespace quillet

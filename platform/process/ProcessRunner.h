@@ -1,5 +1,5 @@
 // Child processes: a program with a list of arguments, never a shell. Both pipes are drained while the child runs. It inherits
-// standard input and the environment; whatever it starts in its turn belongs to it and ends with it.
+// the environment; whatever it starts in its turn belongs to it and ends with it.
 // Threads: main thread; handlers run there, never inside `run`.
 #pragma once
 
@@ -14,11 +14,19 @@
 
 namespace quillet {
 
+enum class ProcessInput {
+    /// This program's own standard input.
+    inherited,
+    /// It is at its end from the start.
+    none,
+};
+
 struct ProcessRequest {
     FilePath executable;
     /// Without the program's own name.
     std::vector<std::string> arguments;
     FilePath workingDirectory;
+    ProcessInput input = ProcessInput::inherited;
 };
 
 struct ProcessEnd {
@@ -43,6 +51,9 @@ public:
     virtual ~RunningProcess() = default;
     RunningProcess(const RunningProcess&) = delete;
     RunningProcess& operator=(const RunningProcess&) = delete;
+
+    /// Asks the child to end (SIGTERM), which it may take its time for, or not do. Harmless if it has ended.
+    virtual void terminate() = 0;
 };
 
 class ProcessRunner {

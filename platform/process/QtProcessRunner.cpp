@@ -39,7 +39,6 @@ public:
         : m_handlers(std::make_shared<const Handlers>(std::move(handlers)))
     {
         QProcess* process = m_process.get();
-        process->setInputChannelMode(QProcess::ForwardedInputChannel);
         process->setChildProcessModifier(becomeLeader);
         QObject::connect(process, &QProcess::readyReadStandardOutput, process, [this] { drainOutput(); });
         QObject::connect(process, &QProcess::readyReadStandardError, process, [this] { drainErrors(); });
@@ -76,9 +75,19 @@ public:
         QStringList arguments;
         for (const std::string& argument : request.arguments)
             arguments.append(toQt(argument));
+        if (request.input == ProcessInput::inherited)
+            m_process->setInputChannelMode(QProcess::ForwardedInputChannel);
+        else
+            m_process->setStandardInputFile(QProcess::nullDevice());
         m_process->setWorkingDirectory(toQt(request.workingDirectory.native()));
         m_process->start(toQt(request.executable.native()), arguments);
         m_leader = static_cast<pid_t>(m_process->processId());
+    }
+
+    void terminate() const
+    {
+        if (m_process->state() != QProcess::NotRunning)
+            m_process->terminate();
     }
 
     void end()
@@ -147,6 +156,12 @@ public:
     }
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
+
+    void terminate() override
+    {
+        if (const auto child = m_child.lock())
+            child->terminate();
+    }
 
 private:
     std::weak_ptr<Child> m_child;

@@ -18,16 +18,17 @@ public:
         /// None when it has ended or somebody has ended it before its time.
         std::shared_ptr<const Handlers> handlers;
         bool wasEnded = false;
+        bool wasAskedToEnd = false;
 
         void say(std::string_view onStandardError) const
         {
             if (const auto kept = handlers)
                 kept->standardError(onStandardError);
         }
-        void end(int status, std::string output)
+        void end(int status, std::string output, std::string errors = {})
         {
             if (const auto kept = std::exchange(handlers, nullptr))
-                kept->ended(ProcessEnd{ status, std::move(output), {} });
+                kept->ended(ProcessEnd{ status, std::move(output), std::move(errors) });
         }
     };
 
@@ -39,6 +40,8 @@ public:
             ~Handle() override { child->wasEnded = std::exchange(child->handlers, nullptr) != nullptr; }
             Handle(const Handle&) = delete;
             Handle& operator=(const Handle&) = delete;
+
+            void terminate() override { child->wasAskedToEnd = true; }
 
             std::shared_ptr<Child> child;
         };
