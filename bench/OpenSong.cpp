@@ -41,16 +41,26 @@ struct Program {
     SystemFileAttributes attributes;
     WaveformCache cache{ defaults, attributes };
     StemSessionStore stemSessions{ defaults };
+    StemMixStore stemMixes{ defaults };
     RecentFilesStore recentFiles{ defaults };
     FfmpegAudioFileOpener opener;
     FfmpegAmplitudeReaderOpener readers;
     OfflineOutput output;
     PlaybackGraph graph{ output, scheduler };
     AudioEngine engine{ graph, scheduler };
-    std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);
-    FileLoader loader{
-        { *state, scheduler, background, opener, { readers, 2, {} }, cache, settings, stemSessions, recentFiles }
-    };
+    std::shared_ptr<AppState> state =
+        std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ settings, stemSessions, stemMixes }, engine);
+    FileLoader loader{ { *state,
+                         scheduler,
+                         background,
+                         opener,
+                         { readers, 2, {} },
+                         cache,
+                         settings,
+                         stemSessions,
+                         recentFiles,
+                         stemMixes,
+                         attributes } };
 
     Program() { engine.setAppState(state); }
 

@@ -8,9 +8,9 @@
 
 namespace quillet {
 
-AppState::AppState(Scheduler& scheduler, SettingsStore& settingsStore, AudioEngine& engine)
+AppState::AppState(Scheduler& scheduler, const SettingsSaver::Stores& stores, AudioEngine& engine)
     : m_engine(engine),
-      m_saver(scheduler, settingsStore, *this)
+      m_saver(scheduler, stores, *this)
 {
 }
 
@@ -47,7 +47,7 @@ void AppState::finishOpening(OpenedFile file)
     if (file.settings)
         applySettings(*file.settings);
     if (!file.stemFiles.empty())
-        enterStemMode(std::move(file.stems), std::move(file.stemFiles));
+        enterStemMode(std::move(file.stems), std::move(file.stemFiles), std::move(file.stemMix));
     setWaveformSamples(std::move(file.peaks));
     setLoadingState(LoadingState::loaded());
     if (file.offeredSettings) {
@@ -180,11 +180,14 @@ void AppState::setHoldPosition(double seconds)
 
 // ---- Stems ----
 
-void AppState::enterStemMode(StemSession session, std::vector<StemFile> files)
+void AppState::enterStemMode(StemSession session, std::vector<StemFile> files, StemMix mix)
 {
     m_transport.stopReset();
     m_engine.enterStemMode(std::move(files));
+    assign(m_stemMix, std::move(mix), &AppState::stemMixChanged);
     setStemSession(std::move(session));
+    for (const StemSession::Stem& stem : m_stemSession->stems)
+        tellStemGain(stem);
 }
 
 void AppState::exitStemMode()
@@ -199,6 +202,58 @@ void AppState::exitStemMode()
 void AppState::setStemSession(std::optional<StemSession> session)
 {
     assign(m_stemSession, std::move(session), &AppState::stemSessionChanged);
+}
+
+const StemSession::Stem* AppState::stem(std::string_view key) const
+{
+    if (!m_stemSession)
+        return nullptr;
+    const auto found = std::ranges::find(m_stemSession->stems, key, &StemSession::Stem::key);
+    return found != m_stemSession->stems.end() ? &*found : nullptr;
+}
+
+void AppState::tellStemGain(const StemSession::Stem& stem)
+{
+    const StemMix::Channel channel = m_stemMix.channel(stem.key);
+    m_engine.setStemGain(stem.key, { channel.volume, stem.isMuted, channel.isSoloed });
+}
+
+void AppState::setStemMuted(std::string_view key, bool isMuted)
+{
+    if (stem(key) == nullptr)
+        return;
+    StemSession session = *m_stemSession;
+    session.setMuted(isMuted, key);
+    setStemSession(std::move(session));
+    tellStemGain(*stem(key));
+    m_saver.saveStemSession();
+}
+
+void AppState::setStemVolume(std::string_view key, double volume)
+{
+    StemMix::Channel channel = m_stemMix.channel(key);
+    channel.volume = std::clamp(volume, 0.0, StemMix::maxVolume);
+    setStemChannel(key, channel);
+}
+
+void AppState::setStemSoloed(std::string_view key, bool isSoloed)
+{
+    StemMix::Channel channel = m_stemMix.channel(key);
+    channel.isSoloed = isSoloed;
+    setStemChannel(key, channel);
+}
+
+void AppState::setStemChannel(std::string_view key, StemMix::Channel channel)
+{
+    const StemSession::Stem* changed = stem(key);
+    if (changed == nullptr)
+        return;
+    StemMix mix = m_stemMix;
+    mix.channels[std::string(key)] = channel;
+    if (!assign(m_stemMix, std::move(mix), &AppState::stemMixChanged))
+        return;
+    tellStemGain(*changed);
+    m_saver.saveStemMixSoon();
 }
 
 // ---- Settings ----

@@ -34,10 +34,11 @@ public:
         /// Empty where the file has no stems.
         StemSession stems = {};
         std::vector<StemFile> stemFiles = {};
+        StemMix stemMix = {};
     };
 
     /// All outlive the state. It lives in a shared_ptr, which the engine holds weakly.
-    AppState(Scheduler& scheduler, SettingsStore& settingsStore, AudioEngine& engine);
+    AppState(Scheduler& scheduler, const SettingsSaver::Stores& stores, AudioEngine& engine);
 
     // ---- The open file ----
 
@@ -105,10 +106,17 @@ public:
     // ---- Stems ----
 
     /// Stops, and plays the stems instead of the file from then on.
-    void enterStemMode(StemSession session, std::vector<StemFile> files);
+    void enterStemMode(StemSession session, std::vector<StemFile> files, StemMix mix = {});
     /// Stops, and plays the file again.
     void exitStemMode();
     void setStemSession(std::optional<StemSession> session);
+    /// Keeps the stems that are active with the song.
+    void saveStemSession() { m_saver.saveStemSession(); }
+    // They do nothing for a key that no stem has.
+    void setStemMuted(std::string_view key, bool isMuted);
+    /// A linear factor, taken into 0 to `StemMix::maxVolume`.
+    void setStemVolume(std::string_view key, double volume);
+    void setStemSoloed(std::string_view key, bool isSoloed);
 
     // ---- Settings ----
 
@@ -130,6 +138,9 @@ private:
     /// Of what follows without a gap.
     void tellWhatFollows() { m_engine.nextSegmentDidChange(); }
     void setOfferedSettings(std::optional<FileSettings> settings);
+    [[nodiscard]] const StemSession::Stem* stem(std::string_view key) const;
+    void setStemChannel(std::string_view key, StemMix::Channel channel);
+    void tellStemGain(const StemSession::Stem& stem);
 
     AudioEngine& m_engine;
     Transport m_transport{ *this, m_engine };

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "AppCore/FileSettings.h"
+#include "AppCore/StemMix.h"
 #include "AppCore/StemSession.h"
 #include "AppCore/TimeRange.h"
 #include "app/core/LoadingState.h"
@@ -67,6 +68,7 @@ public:
     [[nodiscard]] const std::vector<FilePath>& recentFiles() const { return m_recentFiles; }
     [[nodiscard]] bool isShowingHelp() const { return m_isShowingHelp; }
     [[nodiscard]] const std::optional<StemSession>& stemSession() const { return m_stemSession; }
+    [[nodiscard]] const StemMix& stemMix() const { return m_stemMix; }
     /// What the song was practised with before, while the user may still go back to it.
     [[nodiscard]] const std::optional<FileSettings>& offeredSettings() const { return m_offeredSettings; }
 
@@ -97,6 +99,7 @@ Q_SIGNALS:
     void recentFilesChanged();
     void isShowingHelpChanged();
     void stemSessionChanged();
+    void stemMixChanged();
     void offeredSettingsChanged();
     /// The last segment has been handed to the device to its last frame, and nothing follows it.
     void playbackEnded();
@@ -143,6 +146,7 @@ protected:
     std::vector<FilePath> m_recentFiles;
     bool m_isShowingHelp = false;
     std::optional<StemSession> m_stemSession;
+    StemMix m_stemMix;
     std::optional<FileSettings> m_offeredSettings;
 };
 

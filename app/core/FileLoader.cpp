@@ -3,6 +3,7 @@
 #include "AppCore/PitchInputParser.h"
 #include "AppCore/SpeedInputParser.h"
 #include "app/playback/StemFiles.h"
+#include "app/stems/StemFolder.h"
 #include "platform/files/FileExists.h"
 #include "platform/files/NormalPath.h"
 
@@ -144,8 +145,11 @@ private:
         if (!stems)
             return;
         loaded.stems.stems = std::move(*stems);
-        if (loaded.stems.isRestorable(fileExists))
-            loaded.stemFiles = openStemFiles(m_services.opener, loaded.stems.stems);
+        if (!loaded.stems.isRestorable(fileExists)
+            || StemFolder::containing(loaded.stems.stems.front().fileURL, m_request.url).isOutdated(m_services.attributes))
+            return;
+        loaded.stemFiles = openStemFiles(m_services.opener, loaded.stems.stems);
+        loaded.stemMix = m_services.stemMixes.load(m_request.url);
     }
 
     Services m_services;
@@ -170,6 +174,23 @@ void FileLoader::loadFile(const FilePath& url, RestoreSettings restoreSettings)
     const Request request{ normalPath(url), restoreSettings, ++*m_currentLoadID };
     m_services.state.beginOpening(request.url);
     m_services.background.run(Job(m_services, request, m_currentLoadID, delivery(request.loadID)));
+}
+
+void FileLoader::activateStemMode(const std::map<std::string, FilePath>& stems)
+{
+    const auto& url = m_services.state.audioFileURL();
+    if (!url || !m_services.state.isLoaded())
+        return;
+    m_services.background.run([services = m_services, url = *url, session = StemSession::fromSeparation(stems),
+                               deliver = delivery(*m_currentLoadID)] {
+        auto files = openStemFiles(services.opener, session.stems);
+        if (files.empty())
+            return;
+        deliver([session, files, mix = services.stemMixes.load(url)](FileLoader& loader) {
+            loader.m_services.state.enterStemMode(session, files, mix);
+            loader.m_services.state.saveStemSession();
+        });
+    });
 }
 
 FileLoader::Deliver FileLoader::delivery(std::int64_t loadID) const

@@ -6,6 +6,7 @@
 
 #include "AppCore/RecentFilesStore.h"
 #include "AppCore/SettingsStore.h"
+#include "AppCore/StemMixStore.h"
 #include "AppCore/StemSessionStore.h"
 #include "AppCore/WaveformCache.h"
 #include "app/core/AppState.h"
@@ -18,6 +19,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -40,6 +42,8 @@ public:
         SettingsStore& settings;
         StemSessionStore& stemSessions;
         RecentFilesStore& recentFiles;
+        StemMixStore& stemMixes;
+        const FileAttributesReader& attributes;
     };
 
     explicit FileLoader(Services services);
@@ -51,6 +55,10 @@ public:
     /// cannot be opened leaves none open. One that starts with the defaults and was practised before has its settings of then
     /// on offer in the state.
     void loadFile(const FilePath& url, RestoreSettings restoreSettings);
+
+    /// Plays the open file's stems, a file under each key, from now on, and remembers them for it. Nothing happens if another
+    /// file is opened meanwhile, or none of them can be.
+    void activateStemMode(const std::map<std::string, FilePath>& stems);
 
     /// Puts the list of recent files into the state, a moment later; those that are gone leave it when the disks have answered.
     void refreshRecentFiles();

@@ -4,6 +4,8 @@
 #pragma once
 
 #include "AppCore/SettingsStore.h"
+#include "AppCore/StemMixStore.h"
+#include "AppCore/StemSessionStore.h"
 #include "app/core/AppValues.h"
 #include "platform/base/FilePath.h"
 #include "platform/schedule/Scheduler.h"
@@ -16,10 +18,18 @@ class SettingsSaver {
 public:
     static constexpr double delaySeconds = 0.3;
 
+    struct Stores {
+        SettingsStore& settings;
+        StemSessionStore& stemSessions;
+        StemMixStore& stemMixes;
+    };
+
     /// All outlive the saver.
-    SettingsSaver(Scheduler& scheduler, SettingsStore& store, const AppValues& values)
+    SettingsSaver(Scheduler& scheduler, const Stores& stores, const AppValues& values)
         : m_scheduler(scheduler),
-          m_store(store),
+          m_store(stores.settings),
+          m_stemSessions(stores.stemSessions),
+          m_stemMixes(stores.stemMixes),
           m_values(values)
     {
     }
@@ -34,17 +44,28 @@ public:
     /// Saves at once, if a file is loaded.
     void saveNow();
 
+    /// Saves the stems of the loaded file at once; does nothing without both.
+    void saveStemSession();
+    /// Saves their mix after the last of several changes, or with the settings if that is earlier.
+    void saveStemMixSoon();
+
     /// What the song was practised with before, for a song that starts with the defaults: it is kept beside the settings, so
     /// that it is not lost if the program ends before the user has answered.
     void keepAside(const FileSettings& settings) { m_store.keepAside(settings, *m_values.audioFileURL()); }
     void forgetAside() { m_store.forgetAside(*m_values.audioFileURL()); }
 
 private:
+    void saveStemMix();
+
     Scheduler& m_scheduler;
     SettingsStore& m_store;
+    StemSessionStore& m_stemSessions;
+    StemMixStore& m_stemMixes;
     const AppValues& m_values;
     std::optional<FilePath> m_file;
     ScheduledTask m_settingsSaveTask;
+    ScheduledTask m_stemMixSaveTask;
+    bool m_isStemMixSaved = true;
 };
 
 }  // namespace quillet

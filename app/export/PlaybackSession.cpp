@@ -20,7 +20,7 @@ std::string seconds(double value)
 PlaybackSession::PlaybackSession(AudioGraph& graph, AudioFileOpener& opener, Scheduler& scheduler)
     : m_opener(opener),
       m_engine(graph, scheduler),
-      m_state(std::make_shared<AppState>(scheduler, m_settings, m_engine))
+      m_state(std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ m_settings, m_stemSessions, m_stemMixes }, m_engine))
 {
     m_engine.setAppState(m_state);
 }

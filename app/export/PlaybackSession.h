@@ -4,6 +4,8 @@
 #pragma once
 
 #include "AppCore/SettingsStore.h"
+#include "AppCore/StemMixStore.h"
+#include "AppCore/StemSessionStore.h"
 #include "app/core/AppState.h"
 #include "app/export/PlaybackOptions.h"
 #include "app/playback/AudioEngine.h"
@@ -42,6 +44,8 @@ private:
     AudioFileOpener& m_opener;
     MemoryDefaultsDomain m_defaults;
     SettingsStore m_settings{ m_defaults };
+    StemSessionStore m_stemSessions{ m_defaults };
+    StemMixStore m_stemMixes{ m_defaults };
     AudioEngine m_engine;
     std::shared_ptr<AppState> m_state;
     std::shared_ptr<AudioFile> m_file;

@@ -23,7 +23,7 @@ namespace quillet {
 
 /// How a stem is mixed. Where any is soloed only those are heard, unless they are muted.
 struct StemGain {
-    /// A linear factor, 0 to 1.
+    /// A linear factor, 0 to 1.5.
     double volume = 1;
     bool isMuted = false;
     bool isSoloed = false;

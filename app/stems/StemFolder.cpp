@@ -37,6 +37,14 @@ StemFolder::StemFolder(const FilePath& stemsDirectory, FilePath song)
 {
 }
 
+StemFolder StemFolder::containing(const FilePath& stem, FilePath song)
+{
+    StemFolder folder;
+    folder.m_song = std::move(song);
+    folder.m_path = stem.parent_path().parent_path().parent_path();
+    return folder;
+}
+
 std::optional<StemFolder::Stems> StemFolder::detectCachedStems() const
 {
     const FilePath directory = m_path / modelFolder / m_song.stem();

@@ -19,6 +19,9 @@ public:
     /// The folder of `song` in `stemsDirectory`. Nothing is looked at before a member function is called.
     StemFolder(const FilePath& stemsDirectory, FilePath song);
 
+    /// The one in which a stem of `song` lies, wherever stems were kept when it was made.
+    [[nodiscard]] static StemFolder containing(const FilePath& stem, FilePath song);
+
     /// Twelve hexadecimal digits for the song's path: the first six bytes of its SHA-256.
     [[nodiscard]] static std::string pathHash(const FilePath& song);
 
@@ -35,6 +38,8 @@ public:
     void remove() const;
 
 private:
+    StemFolder() = default;
+
     FilePath m_song;
     FilePath m_path;
 };

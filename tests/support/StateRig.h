@@ -54,19 +54,29 @@ struct StateRig {
     VirtualScheduler scheduler;
     MemoryDefaultsDomain defaults;
     SettingsStore settings{ defaults };
+    StemSessionStore stemSessions{ defaults };
+    StemMixStore stemMixes{ defaults };
     FakeAudioGraph graph;
     AudioEngine engine{ graph, scheduler };
-    std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, settings, engine);
+    std::shared_ptr<AppState> state =
+        std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ settings, stemSessions, stemMixes }, engine);
     ManualRunner background;
     SystemFileAttributes attributes;
     WaveformCache cache{ defaults, attributes };
-    StemSessionStore stemSessions{ defaults };
     RecentFilesStore recentFiles{ defaults };
     FakeAudioFileOpener opener;
     EvenAmplitudes readers{ opener };
-    FileLoader loader{
-        { *state, scheduler, background, opener, { readers, 1, {} }, cache, settings, stemSessions, recentFiles }
-    };
+    FileLoader loader{ { *state,
+                         scheduler,
+                         background,
+                         opener,
+                         { readers, 1, {} },
+                         cache,
+                         settings,
+                         stemSessions,
+                         recentFiles,
+                         stemMixes,
+                         attributes } };
 
     explicit StateRig(double durationSeconds = 10)
     {

@@ -55,7 +55,8 @@ void saveAtExit()
 class QuilletApp {
 public:
     QuilletApp()
-        : m_state(std::make_shared<AppState>(m_scheduler, m_settings, m_engine))
+        : m_state(std::make_shared<AppState>(m_scheduler,
+                                             SettingsSaver::Stores{ m_settings, m_ownStemSessions, m_ownStemMixes }, m_engine))
     {
         m_engine.setAppState(m_state);
         const auto applyTheme = [this] {
@@ -145,6 +146,10 @@ private:
     SettingsStore m_settings{ m_defaults };
     RecentFilesStore m_recentFiles{ m_cacheDefaults };
     StemSessionStore m_stemSessions{ m_cacheDefaults };
+    StemMixStore m_stemMixes{ m_cacheDefaults };
+    // The main thread's.
+    StemSessionStore m_ownStemSessions{ m_defaults };
+    StemMixStore m_ownStemMixes{ m_defaults };
     StemSettingsStore m_stemSettings{ m_defaults };
     SystemFileAttributes m_attributes;
     WaveformCache m_waveformCache{ m_cacheDefaults, m_attributes };
@@ -170,7 +175,9 @@ private:
                            m_waveformCache,
                            m_settings,
                            m_stemSessions,
-                           m_recentFiles } };
+                           m_recentFiles,
+                           m_stemMixes,
+                           m_attributes } };
     QtProcessRunner m_processes;
     URLDownloader m_downloader{ m_processes, m_background, executableDirectory() };
     DownloadSettingsStore m_downloadSettings{ m_defaults };
