@@ -112,7 +112,9 @@ public:
     void setStemSession(std::optional<StemSession> session);
     /// Keeps the stems that are active with the song.
     void saveStemSession() { m_saver.saveStemSession(); }
-    // They do nothing for a key that no stem has.
+    /// Null where there is none.
+    [[nodiscard]] const StemSession::Stem* stem(std::string_view key) const;
+    // These do nothing for a key that no stem has.
     void setStemMuted(std::string_view key, bool isMuted);
     /// A linear factor, taken into 0 to `StemMix::maxVolume`.
     void setStemVolume(std::string_view key, double volume);
@@ -138,7 +140,6 @@ private:
     /// Of what follows without a gap.
     void tellWhatFollows() { m_engine.nextSegmentDidChange(); }
     void setOfferedSettings(std::optional<FileSettings> settings);
-    [[nodiscard]] const StemSession::Stem* stem(std::string_view key) const;
     void setStemChannel(std::string_view key, StemMix::Channel channel);
     void tellStemGain(const StemSession::Stem& stem);
 

@@ -15,6 +15,20 @@ struct PlaybackCommand {
     void (*carryOut)(AppState& state);
 };
 
+/// Mutes the stem at that place of the six, or lets it be heard again.
+template <std::size_t place> void toggleMute(AppState& state)
+{
+    constexpr std::string_view key = StemSession::keys[place];
+    if (const StemSession::Stem* stem = state.stem(key))
+        state.setStemMuted(key, !stem->isMuted);
+}
+
+template <std::size_t place> void toggleSolo(AppState& state)
+{
+    constexpr std::string_view key = StemSession::keys[place];
+    state.setStemSoloed(key, !state.stemMix().channel(key).isSoloed);
+}
+
 constexpr std::array playbackCommands{
     PlaybackCommand{ CommandId::playPause, [](AppState& state) { state.togglePlayPause(); } },
     PlaybackCommand{ CommandId::stopReset, [](AppState& state) { state.stopReset(); } },
@@ -25,6 +39,18 @@ constexpr std::array playbackCommands{
     PlaybackCommand{ CommandId::decreaseSpeed, [](AppState& state) { state.adjustSpeed(-state.speedStep()); } },
     PlaybackCommand{ CommandId::increaseSpeed, [](AppState& state) { state.adjustSpeed(state.speedStep()); } },
     PlaybackCommand{ CommandId::pitchUp, [](AppState& state) { state.adjustPitch(1); } },
+    PlaybackCommand{ CommandId::muteVocals, &toggleMute<0> },
+    PlaybackCommand{ CommandId::muteDrums, &toggleMute<1> },
+    PlaybackCommand{ CommandId::muteBass, &toggleMute<2> },
+    PlaybackCommand{ CommandId::muteGuitar, &toggleMute<3> },
+    PlaybackCommand{ CommandId::mutePiano, &toggleMute<4> },
+    PlaybackCommand{ CommandId::muteOther, &toggleMute<5> },
+    PlaybackCommand{ CommandId::soloVocals, &toggleSolo<0> },
+    PlaybackCommand{ CommandId::soloDrums, &toggleSolo<1> },
+    PlaybackCommand{ CommandId::soloBass, &toggleSolo<2> },
+    PlaybackCommand{ CommandId::soloGuitar, &toggleSolo<3> },
+    PlaybackCommand{ CommandId::soloPiano, &toggleSolo<4> },
+    PlaybackCommand{ CommandId::soloOther, &toggleSolo<5> },
     PlaybackCommand{ CommandId::pitchDown, [](AppState& state) { state.adjustPitch(-1); } },
 };
 

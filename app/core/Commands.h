@@ -17,6 +17,8 @@ enum class CommandId {
     /// With the file as its object.
     openRecent,
     clearRecents,
+    separateStems,
+    cleanupStems,
     playPause,
     stopReset,
     toggleLoop,
@@ -27,6 +29,18 @@ enum class CommandId {
     increaseSpeed,
     pitchUp,
     pitchDown,
+    muteVocals,
+    muteDrums,
+    muteBass,
+    muteGuitar,
+    mutePiano,
+    muteOther,
+    soloVocals,
+    soloDrums,
+    soloBass,
+    soloGuitar,
+    soloPiano,
+    soloOther,
     showHelp,
 };
 
@@ -45,7 +59,10 @@ enum class KeyUse {
     withCommandKey,
     /// Without Ctrl, Alt and Meta, unless a text is being edited.
     plain,
-    /// The same, without Shift and while an instant is held.
+    /// The same, with Shift or without it.
+    plainWithShift,
+    plainWithoutShift,
+    /// The latter, and only while an instant is held.
     plainWhileHeld,
     /// Where the player has the focus.
     inPlayer,
@@ -72,6 +89,9 @@ inline constexpr std::array commands{
              QT_TRANSLATE_NOOP("Commands", "File"), withCommandKey(Qt::Key_O) },
     Command{ CommandId::openFromURL, "QLT.openFromURL", QT_TRANSLATE_NOOP("Commands", "Open from URL..."), "File",
              withCommandKey(Qt::Key_O) | static_cast<int>(Qt::ShiftModifier) },
+    // Of these two the menu shows the one that makes sense.
+    Command{ CommandId::separateStems, "QLT.separateStems", QT_TRANSLATE_NOOP("Commands", "Separate Stems…"), "File" },
+    Command{ CommandId::cleanupStems, "QLT.cleanupStems", QT_TRANSLATE_NOOP("Commands", "Cleanup Stems"), "File" },
     Command{ CommandId::openRecent, "QLT.openRecent" },
     Command{ CommandId::clearRecents, "QLT.clearRecents" },
     Command{ CommandId::playPause, "QLT.playPause", nullptr, nullptr, 0, { 65, Qt::Key_Space }, KeyUse::inPlayer },
@@ -138,6 +158,18 @@ inline constexpr std::array commands{
              withCommandKey(Qt::Key_Down),
              { 116, Qt::Key_Down },
              KeyUse::withCommandKey },
+    Command{ CommandId::muteVocals, "QLT.muteVocals", nullptr, nullptr, 0, { 11, Qt::Key_1 }, KeyUse::plainWithoutShift },
+    Command{ CommandId::muteDrums, "QLT.muteDrums", nullptr, nullptr, 0, { 12, Qt::Key_2 }, KeyUse::plainWithoutShift },
+    Command{ CommandId::muteBass, "QLT.muteBass", nullptr, nullptr, 0, { 13, Qt::Key_3 }, KeyUse::plainWithoutShift },
+    Command{ CommandId::muteGuitar, "QLT.muteGuitar", nullptr, nullptr, 0, { 14, Qt::Key_4 }, KeyUse::plainWithoutShift },
+    Command{ CommandId::mutePiano, "QLT.mutePiano", nullptr, nullptr, 0, { 15, Qt::Key_5 }, KeyUse::plainWithoutShift },
+    Command{ CommandId::muteOther, "QLT.muteOther", nullptr, nullptr, 0, { 16, Qt::Key_6 }, KeyUse::plainWithoutShift },
+    Command{ CommandId::soloVocals, "QLT.soloVocals", nullptr, nullptr, 0, { 11, Qt::Key_1 }, KeyUse::plainWithShift },
+    Command{ CommandId::soloDrums, "QLT.soloDrums", nullptr, nullptr, 0, { 12, Qt::Key_2 }, KeyUse::plainWithShift },
+    Command{ CommandId::soloBass, "QLT.soloBass", nullptr, nullptr, 0, { 13, Qt::Key_3 }, KeyUse::plainWithShift },
+    Command{ CommandId::soloGuitar, "QLT.soloGuitar", nullptr, nullptr, 0, { 14, Qt::Key_4 }, KeyUse::plainWithShift },
+    Command{ CommandId::soloPiano, "QLT.soloPiano", nullptr, nullptr, 0, { 15, Qt::Key_5 }, KeyUse::plainWithShift },
+    Command{ CommandId::soloOther, "QLT.soloOther", nullptr, nullptr, 0, { 16, Qt::Key_6 }, KeyUse::plainWithShift },
     Command{ CommandId::showHelp, "QLT.showHelp", QT_TRANSLATE_NOOP("Commands", "Quillet Help"),
              QT_TRANSLATE_NOOP("Commands", "Help") },
 };

@@ -5,6 +5,8 @@
 
 #include <QColor>
 
+#include <array>
+
 namespace quillet {
 
 enum class Appearance { light, dark };
@@ -23,6 +25,10 @@ struct AppTheme {
     /// On `accentPurple` and `navy`.
     static constexpr QColor onAccent{ 255, 255, 255 };
     static constexpr QColor onToolbar{ cream };
+
+    /// Of vocals, drums, bass, guitar, piano and the others; they are told apart on both cards.
+    static constexpr std::array<QColor, 6> stemColors{ QColor(217, 70, 160), QColor(217, 119, 6),  QColor(37, 99, 235),
+                                                       QColor(5, 150, 105),  QColor(124, 58, 237), QColor(100, 116, 139) };
 
     /// How much of the accent such a ground has, over a card.
     static constexpr double tintOpacity = 0.2;

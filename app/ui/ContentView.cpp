@@ -13,6 +13,7 @@
 #include "app/ui/OpenFromURLSheet.h"
 #include "app/ui/PlayerScreen.h"
 #include "app/ui/SettingsNotice.h"
+#include "app/ui/StemSeparationFlow.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/ToolBar.h"
 
@@ -81,8 +82,13 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_settingsNotice(new SettingsNotice(services.theme)),
       m_overlay(new DropOverlay(services.theme, this)),
       m_shade(new Shade(this)),
-      m_keys(new KeyResponderView(services.state, services.commands, this))
+      m_keys(new KeyResponderView(services.state, services.commands, this)),
+      m_stems(new StemSeparationFlow({ services.state, services.loader, services.separator, services.stemSessions,
+                                       services.stemMixes, services.background, services.scheduler, services.theme },
+                                     *this, [this](QDialog& sheet) { openSheet(sheet); }))
 {
+    m_stems->setParent(this);
+    connect(m_stems, &StemSeparationFlow::isInFrontChanged, this, &ContentView::syncShade);
     setAcceptDrops(true);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -95,6 +101,7 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     m_silenceNotice->hide();
     m_notices->addWidget(new LevelNotice(services.state, services.theme));
     m_notices->addWidget(new OfferNotice(services.state, services.theme));
+    m_notices->addWidget(&m_stems->notice());
     m_keys->setGeometry(0, 0, 0, 0);
     column->addLayout(m_screens, 1);
     m_screens->addWidget(new EmptyScreen(services.state, services.commands, services.theme));
@@ -133,6 +140,11 @@ void ContentView::subscribe()
     on(CommandId::clearRecents, [this](const auto&) {
         m_services.recentFiles.clear();
         m_services.loader.refreshRecentFiles();
+    });
+    on(CommandId::separateStems, [this](const auto&) { m_stems->showSheet(); });
+    on(CommandId::cleanupStems, [this](const auto&) {
+        if (m_services.state.stemSession())
+            m_stems->confirmCleanup();
     });
     on(CommandId::showHelp, [this](const auto&) { m_services.state.setIsShowingHelp(true); });
 }

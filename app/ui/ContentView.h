@@ -9,6 +9,7 @@
 #include "app/core/FileLoader.h"
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
+#include "app/stems/StemSeparator.h"
 #include "app/ui/DropOverlay.h"
 #include "app/ui/ThemeSource.h"
 #include "platform/defaults/DefaultsDomain.h"
@@ -33,6 +34,7 @@ class Notice;
 class OpenFromURLSheet;
 class PlayerScreen;
 class SettingsNotice;
+class StemSeparationFlow;
 class ToolBar;
 
 class ContentView final : public QWidget {
@@ -46,6 +48,11 @@ public:
         CommandCenter& commands;
         RecentFilesStore& recentFiles;
         URLDownloader& downloader;
+        StemSeparator& separator;
+        StemSessionStore& stemSessions;
+        StemMixStore& stemMixes;
+        BackgroundRunner& background;
+        Scheduler& scheduler;
         DownloadSettingsStore& downloadSettings;
         const ThemeSource& theme;
         /// Keeps what the window remembers.
@@ -101,6 +108,7 @@ private:
     /// Dims the window under a sheet.
     QWidget* m_shade;
     KeyResponderView* m_keys;
+    StemSeparationFlow* m_stems;
     QPointer<HelpSheet> m_help;
     QPointer<OpenFromURLSheet> m_openFromURL;
     QPointer<QDialog> m_openPanel;

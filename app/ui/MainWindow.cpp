@@ -55,9 +55,23 @@ void MainWindow::buildMenus()
             action->setShortcut(QKeySequence(command.shortcut));
         action->setShortcutContext(Qt::ApplicationShortcut);
         connect(action, &QAction::triggered, this, [this, id = command.id] { m_services.commands.execute(id); });
-        if (command.id == CommandId::openFromURL)
+        if (command.id == CommandId::separateStems || command.id == CommandId::cleanupStems)
+            followStems(*action, command.id == CommandId::cleanupStems);
+        if (command.id == CommandId::cleanupStems)
             addRecentFilesAndQuit(*menu);
     }
+}
+
+void MainWindow::followStems(QAction& action, bool isForStems)
+{
+    const AppState& state = m_services.state;
+    const auto sync = [&action, &state, isForStems] {
+        action.setVisible(state.stemSession().has_value() == isForStems);
+        action.setEnabled(state.isLoaded());
+    };
+    connect(&state, &AppState::stemSessionChanged, &action, sync);
+    connect(&state, &AppState::loadingStateChanged, &action, sync);
+    sync();
 }
 
 void MainWindow::addRecentFilesAndQuit(QMenu& menu)

@@ -30,6 +30,8 @@ protected:
 private:
     void buildMenus();
     void addRecentFilesAndQuit(QMenu& menu);
+    /// Shows the action while there are stems, or while there are none.
+    void followStems(QAction& action, bool isForStems);
     void restorePlace();
 
     ContentView::Services m_services;

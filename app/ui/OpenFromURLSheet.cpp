@@ -4,6 +4,7 @@
 #include "app/ui/BusyIndicator.h"
 #include "app/ui/FileNames.h"
 #include "app/ui/QuilletStyle.h"
+#include "app/ui/SheetModality.h"
 #include "app/ui/controls/Card.h"
 #include "app/ui/controls/ElidedLabel.h"
 #include "app/ui/controls/Fonts.h"
@@ -158,7 +159,7 @@ void OpenFromURLSheet::startDownload()
     m_download = std::move(*download);
     m_errorMessage.reset();
     sync();
-    setInFront(false);
+    stand(false);
 }
 
 void OpenFromURLSheet::stopDownload()
@@ -193,7 +194,7 @@ void OpenFromURLSheet::showFailure(const DownloadError& error)
 
 void OpenFromURLSheet::askAgain()
 {
-    setInFront(true);
+    stand(true);
     m_urlField->setFocus();
 }
 
@@ -256,18 +257,10 @@ void OpenFromURLSheet::showDirectory()
     m_directory->setWholeText(folder, tr("Download folder %1").arg(folder));
 }
 
-void OpenFromURLSheet::setInFront(bool isInFront)
+void OpenFromURLSheet::stand(bool inFront)
 {
-    const Qt::WindowModality modality = isInFront ? Qt::WindowModal : Qt::NonModal;
-    if (!isVisible() || windowModality() == modality)
-        return;
-    // A window in view keeps its modality until it is shown again.
-    const QPoint place = pos();
-    hide();
-    setWindowModality(modality);
-    move(place);
-    show();
-    Q_EMIT isInFrontChanged(isInFront);
+    if (setInFront(*this, inFront))
+        Q_EMIT isInFrontChanged(inFront);
 }
 
 }  // namespace quillet

@@ -75,7 +75,7 @@ private:
     void showDirectory();
     /// What is shown and enabled, by the state.
     void sync();
-    void setInFront(bool isInFront);
+    void stand(bool inFront);
 
     Services m_services;
     Handlers m_handlers;

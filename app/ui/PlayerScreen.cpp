@@ -5,6 +5,7 @@
 #include "app/ui/PitchControl.h"
 #include "app/ui/RegionControls.h"
 #include "app/ui/SpeedControl.h"
+#include "app/ui/StemControlsView.h"
 #include "app/ui/TransportView.h"
 #include "app/ui/WaveformPanel.h"
 #include "app/ui/controls/Card.h"
@@ -53,7 +54,9 @@ void clear(QVBoxLayout& column)
 
 PlayerScreen::PlayerScreen(AppState& state, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
+      m_state(state),
       m_waveform(cardAround(new WaveformPanel(state, source), source)),
+      m_stems(cardAround(new StemControlsView(state, source), source)),
       m_region(cardAround(new RegionControls(state, source), source)),
       m_transport(cardAround(new TransportView(state, source), source)),
       m_speed(cardAround(new SpeedControl(state, source), source)),
@@ -88,7 +91,12 @@ PlayerScreen::PlayerScreen(AppState& state, const ThemeSource& source, QWidget* 
     m_controls->setAutoFillBackground(false);
     // What opens and closes among the controls changes what is left for the waveform.
     m_controls->installEventFilter(this);
+    m_below->installEventFilter(this);
+    connect(&state, &AppState::stemSessionChanged, this, &PlayerScreen::syncStems);
+    syncStems();
 }
+
+void PlayerScreen::syncStems() { m_stems->setVisible(m_state.stemSession().has_value()); }
 
 Card* PlayerScreen::cardAround(QWidget* content, const ThemeSource& source)
 {
@@ -108,7 +116,7 @@ void PlayerScreen::resizeEvent(QResizeEvent* event)
 
 bool PlayerScreen::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_controls && event->type() == QEvent::LayoutRequest)
+    if ((watched == m_controls || watched == m_below) && event->type() == QEvent::LayoutRequest)
         QMetaObject::invokeMethod(this, &PlayerScreen::arrange, Qt::QueuedConnection);
     return QWidget::eventFilter(watched, event);
 }
@@ -154,18 +162,20 @@ void PlayerScreen::placeCards()
         card->setSizePolicy(QSizePolicy::Preferred, height);
     switch (m_page) {
     case Page::wide:
+        m_belowColumn->addWidget(m_stems);
         m_belowColumn->addLayout(rowOf({ m_region, m_transport }));
         for (Card* card : { m_speed, m_pitch, m_loop, m_equalizer })
             m_column->addWidget(card);
         break;
     case Page::usual:
+        m_column->addWidget(m_stems);
         m_column->addLayout(rowOf({ m_region, m_transport }));
         m_column->addLayout(rowOf({ m_speed, m_pitch }));
         m_column->addLayout(rowOf({ m_loop, m_equalizer }));
         break;
     case Page::narrow:
     case Page::unknown:
-        for (Card* card : { m_region, m_transport, m_speed, m_pitch, m_loop, m_equalizer })
+        for (Card* card : { m_stems, m_region, m_transport, m_speed, m_pitch, m_loop, m_equalizer })
             m_column->addWidget(card);
     }
     m_column->addStretch();

@@ -33,8 +33,12 @@ private:
     [[nodiscard]] static Card* cardAround(QWidget* content, const ThemeSource& source);
     void arrange();
     void placeCards();
+    void syncStems();
 
+    AppState& m_state;
     Card* m_waveform;
+    /// In view only while there are stems.
+    Card* m_stems;
     Card* m_region;
     Card* m_transport;
     Card* m_speed;

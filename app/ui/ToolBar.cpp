@@ -77,6 +77,7 @@ ToolBar::ToolBar(AppState& state, CommandCenter& center, const ThemeSource& sour
     : QWidget(parent),
       m_state(state),
       m_open(new QPushButton(tr("Open File..."))),
+      m_stems(new QPushButton),
       m_recent(new MenuButton(tr("Recent"))),
       m_busy(new BusyIndicator(source, AppTheme::onToolbar, busySize)),
       m_title(new ElidedLabel(source, Label::Role::toolbarTitle))
@@ -90,13 +91,14 @@ ToolBar::ToolBar(AppState& state, CommandCenter& center, const ThemeSource& sour
     auto* help = new SymbolButton(source, QStringLiteral("questionmark.circle"), tr("Help"), ButtonKind::toolbar, symbolSize);
     help->setToolTip(tr("Help"));
     m_title->setAlignment(Qt::AlignCenter);
-    for (QPushButton* button : { m_open, m_recent })
+    for (QPushButton* button : { m_open, m_stems, m_recent })
         button->setFocusPolicy(Qt::TabFocus);
 
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(16, 0, 16, 0);
     row->setSpacing(8);
     row->addWidget(m_open);
+    row->addWidget(m_stems);
     row->addWidget(m_recent);
     row->addSpacing(8);
     row->addWidget(m_busy);
@@ -105,10 +107,24 @@ ToolBar::ToolBar(AppState& state, CommandCenter& center, const ThemeSource& sour
     row->addWidget(help);
 
     connect(m_open, &QAbstractButton::clicked, this, [&center] { center.execute(CommandId::openFile); });
+    connect(m_stems, &QAbstractButton::clicked, this,
+            [this, &center] { center.execute(m_state.stemSession() ? CommandId::cleanupStems : CommandId::separateStems); });
     connect(help, &QAbstractButton::clicked, this, [&center] { center.execute(CommandId::showHelp); });
     connect(&state, &AppState::loadingStateChanged, this, &ToolBar::syncLoading);
     connect(&state, &AppState::audioFileURLChanged, this, &ToolBar::syncLoading);
+    connect(&state, &AppState::loadingStateChanged, this, &ToolBar::syncStems);
+    connect(&state, &AppState::stemSessionChanged, this, &ToolBar::syncStems);
     syncLoading();
+    syncStems();
+}
+
+void ToolBar::syncStems()
+{
+    m_stems->setVisible(m_state.isLoaded());
+    const bool hasStems = m_state.stemSession().has_value();
+    m_stems->setText(hasStems ? tr("Cleanup Stems") : tr("Separate Stems…"));
+    setButtonKind(*m_stems, hasStems ? ButtonKind::toolbarDanger : ButtonKind::toolbar);
+    m_stems->update();
 }
 
 void ToolBar::syncLoading()

@@ -30,9 +30,12 @@ protected:
 
 private:
     void syncLoading();
+    void syncStems();
 
     AppState& m_state;
     QPushButton* m_open;
+    /// Makes stems, or removes them.
+    QPushButton* m_stems;
     QPushButton* m_recent;
     BusyIndicator* m_busy;
     ElidedLabel* m_title;

@@ -181,6 +181,9 @@ private:
     QtProcessRunner m_processes;
     URLDownloader m_downloader{ m_processes, m_background, executableDirectory() };
     DownloadSettingsStore m_downloadSettings{ m_defaults };
+    StemSeparator m_separator{ { m_processes, m_background, m_scheduler, m_stemSettings, m_attributes, executableDirectory(),
+                                 resourcesDirectory() } };
+    const SharedInstance<StemSeparator> m_sharedSeparator{ m_separator };
     ScheduledTask m_sweep;
     const SharedInstance<URLDownloader> m_sharedDownloader{ m_downloader };
     const SharedInstance<DownloadSettingsStore> m_sharedDownloadSettings{ m_downloadSettings };
@@ -190,8 +193,8 @@ private:
     ThemeSource m_theme;
     /// The application's.
     QuilletStyle* m_style = new QuilletStyle(m_theme);
-    MainWindow m_window{ { *m_state, m_loader, m_commands, m_recentFiles, m_downloader, m_downloadSettings, m_theme,
-                           m_defaults } };
+    MainWindow m_window{ { *m_state, m_loader, m_commands, m_recentFiles, m_downloader, m_separator, m_stemSessions,
+                           m_stemMixes, m_background, m_scheduler, m_downloadSettings, m_theme, m_defaults } };
 };
 
 }  // namespace

@@ -103,6 +103,10 @@ std::optional<CommandId> KeyHandler::commandFor(const QKeyEvent& event, const Ap
             return (modifiers & Qt::ControlModifier) != 0;
         case KeyUse::plain:
             return acts;
+        case KeyUse::plainWithShift:
+            return acts && (modifiers & Qt::ShiftModifier) != 0;
+        case KeyUse::plainWithoutShift:
+            return acts && (modifiers & Qt::ShiftModifier) == 0;
         case KeyUse::plainWhileHeld:
             return acts && state.holdEnabled() && (modifiers & Qt::ShiftModifier) == 0;
         case KeyUse::never:

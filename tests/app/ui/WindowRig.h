@@ -5,6 +5,7 @@
 #include "app/core/CommandCenter.h"
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
+#include "app/stems/StemSeparator.h"
 #include "app/ui/ThemeSource.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/StateRig.h"
@@ -27,6 +28,8 @@ struct WindowRig : StateRig {
     TemporaryFolder tools;
     URLDownloader downloader{ processes, background, tools.path() };
     DownloadSettingsStore downloadSettings{ defaults };
+    StemSettingsStore stemSettings{ defaults };
+    StemSeparator separator{ { processes, background, scheduler, stemSettings, attributes, tools.path(), tools.path() } };
 
     explicit WindowRig(double durationSeconds = 10)
         : StateRig(durationSeconds)

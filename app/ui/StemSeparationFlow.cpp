@@ -1,0 +1,108 @@
+#include "app/ui/StemSeparationFlow.h"
+
+#include "app/ui/QuilletStyle.h"
+
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <utility>
+
+namespace quillet {
+
+StemSeparationFlow::StemSeparationFlow(const Services& services, QWidget& window, std::function<void(QDialog& sheet)> openSheet)
+    : m_services(services),
+      m_window(window),
+      m_openSheet(std::move(openSheet)),
+      m_notice(new SeparationNotice(services.theme, services.separator,
+                                    { [this] { showSheet(); },
+                                      [this](const StemFolder::Stems& stems) { m_services.loader.activateStemMode(stems); },
+                                      [this] { return isSongOpen(); } }))
+{
+    connect(&services.separator, &StemSeparator::phaseChanged, this, &StemSeparationFlow::takePhase);
+    connect(&services.state, &AppState::loadingStateChanged, m_notice, &SeparationNotice::sync);
+}
+
+bool StemSeparationFlow::isSongOpen() const
+{
+    return m_services.state.isLoaded() && m_services.state.audioFileURL() == m_services.separator.fileURL();
+}
+
+void StemSeparationFlow::showSheet()
+{
+    const auto& song = m_services.state.audioFileURL();
+    if (m_sheet) {
+        m_sheet->raise();
+        m_sheet->activateWindow();
+        return;
+    }
+    // The one that runs may be that of another song.
+    const bool isRunning = m_services.separator.isRunning();
+    if (!isRunning && (!song || !m_services.state.isLoaded()))
+        return;
+    m_sheet = new StemSeparationSheet(isRunning ? m_services.separator.fileURL() : *song,
+                                      { m_services.separator, m_services.background, m_services.scheduler, m_services.theme },
+                                      { [this](const StemFolder::Stems& stems) {
+                                           closeSheet();
+                                           if (isSongOpen())
+                                               m_services.loader.activateStemMode(stems);
+                                       },
+                                        [this] { closeSheet(); } },
+                                      &m_window);
+    connect(m_sheet, &StemSeparationSheet::isInFrontChanged, this, &StemSeparationFlow::isInFrontChanged);
+    m_notice->setSheetOpen(true);
+    if (isRunning)
+        m_sheet->setWindowModality(Qt::NonModal);
+    m_openSheet(*m_sheet);
+}
+
+void StemSeparationFlow::closeSheet()
+{
+    if (!m_sheet)
+        return;
+    m_sheet->hide();
+    m_sheet->deleteLater();
+    m_sheet = nullptr;
+    m_notice->setSheetOpen(false);
+    Q_EMIT isInFrontChanged(false);
+}
+
+/// The stems of a song that is not open are kept for when it is.
+void StemSeparationFlow::takePhase()
+{
+    const StemSeparationPhase& phase = m_services.separator.phase();
+    if (phase.kind == StemSeparationPhase::Kind::complete && !isSongOpen())
+        m_services.background.run([&sessions = m_services.sessions, session = StemSession::fromSeparation(phase.stems),
+                                   song = m_services.separator.fileURL()] { sessions.save(session, song); });
+}
+
+void StemSeparationFlow::confirmCleanup()
+{
+    auto* question = new QMessageBox(QMessageBox::NoIcon, tr("Delete Stems"), tr("Delete separated stem files for this track?"),
+                                     QMessageBox::Cancel, &m_window);
+    question->setInformativeText(tr("They can be recreated by running separation again."));
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    question->setWindowModality(Qt::WindowModal);
+    question->setDefaultButton(QMessageBox::Cancel);
+    const auto* destroy = question->addButton(tr("Delete Stems"), QMessageBox::DestructiveRole);
+    connect(question, &QMessageBox::buttonClicked, this, [this, destroy](const QAbstractButton* button) {
+        if (button == destroy)
+            cleanupCurrentTrackStems();
+    });
+    m_openSheet(*question);
+}
+
+void StemSeparationFlow::cleanupCurrentTrackStems()
+{
+    const auto song = m_services.state.audioFileURL();
+    if (!song)
+        return;
+    m_services.state.exitStemMode();
+    m_services.background.run([folder = m_services.separator.folderOf(*song), &sessions = m_services.sessions,
+                               &mixes = m_services.mixes, song = *song] {
+        folder.remove();
+        sessions.remove(song);
+        mixes.remove(song);
+    });
+}
+
+}  // namespace quillet
