@@ -59,6 +59,8 @@ void StemSeparationFlow::closeSheet()
 {
     if (!m_sheet)
         return;
+    // It lives on for a moment, and must not act any more.
+    m_services.separator.disconnect(m_sheet);
     m_sheet->hide();
     m_sheet->deleteLater();
     m_sheet = nullptr;

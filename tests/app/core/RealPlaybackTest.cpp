@@ -58,7 +58,8 @@ struct Program {
     LiveOutput output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler };
     PlaybackGraph graph{ output, scheduler };
     AudioEngine engine{ graph, scheduler };
-    std::shared_ptr<AppState> state = std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ settings, stemSessions, stemMixes }, engine);
+    std::shared_ptr<AppState> state =
+        std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ settings, stemSessions, stemMixes }, engine);
     std::vector<State> told;
 
     explicit Program(const std::shared_ptr<AudioFile>& file)

@@ -1,0 +1,172 @@
+#include "app/ui/ContentView.h"
+#include "app/ui/SeparationNotice.h"
+#include "app/ui/StemControlsView.h"
+#include "app/ui/StemSeparationSheet.h"
+#include "tests/app/ui/WindowRig.h"
+
+#include <QLabel>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+namespace quillet {
+namespace {
+
+struct StemsTest : testing::Test, WindowRig {
+    AppState& state = *WindowRig::state;
+    ContentView view{ { state, loader, commands, recentFiles, downloader, separator, stemSessions, stemMixes, background,
+                        scheduler, downloadSettings, theme, defaults } };
+    FilePath stems = tools / "stems" / StemFolder::pathHash(song) / "htdemucs_6s" / "song";
+
+    StemsTest()
+    {
+        defaults.setString("QLT.stemsDirectory", (tools / "stems").native());
+        defaults.setString("QLT.dependenciesDirectory", (tools / "venv").native());
+        std::filesystem::create_directories(tools / "backend");
+        for (const char* file : { "backend/separate.py", "backend/requirements.txt" })
+            std::ofstream(tools / file) << "x";
+        view.resize(1000, 900);
+        view.show();
+        state.setLoadingState(LoadingState::idle());
+        state.setLoadingState(LoadingState::loaded());
+    }
+
+    [[nodiscard]] StemSeparationSheet* sheet() const
+    {
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return view.findChild<StemSeparationSheet*>();
+    }
+    [[nodiscard]] SeparationNotice& notice() const { return *view.findChild<SeparationNotice*>(); }
+    void openSheet()
+    {
+        commands.execute(CommandId::separateStems);
+        finishWork();
+    }
+    void click(const QWidget& within, const char* text)
+    {
+        buttonIn(within, text).click();
+        finishWork();
+    }
+    void endChild(int status, const std::string& output = {})
+    {
+        processes.last().end(status, output);
+        finishWork();
+    }
+    void endSeparation()
+    {
+        std::filesystem::create_directories(stems);
+        for (const auto key : StemSession::keys) {
+            const FilePath file = stems / (std::string(key) + ".wav");
+            std::ofstream(file) << "x";
+            opener.add(file, sampleRate, 10 * sampleRate);
+        }
+        endChild(0, R"({"success": true, "stems": {}})");
+    }
+};
+
+TEST_F(StemsTest, TheSheetFollowsTheSeparationAndItsStemsPlay)
+{
+    openSheet();
+    EXPECT_TRUE(sheet()->isModal());
+    EXPECT_TRUE(isShown(*sheet(),
+                        "The first separation requires a one-time setup that may take several minutes. Subsequent runs will "
+                        "be faster."));
+    click(*sheet(), "Separate");
+    EXPECT_TRUE(isShown(*sheet(), "Creating Python environment…"));
+    EXPECT_FALSE(sheet()->isModal()) << "the window can be used";
+    endChild(1);
+    EXPECT_TRUE(isShown(*sheet(), "Process exited with code 1."));
+    click(*sheet(), "Try Again");
+    click(*sheet(), "Separate");
+    endChild(0);
+    endChild(0);
+    processes.last().say("99.5%\n37%\n");
+    EXPECT_TRUE(isShown(*sheet(), "37%"));
+
+    click(*sheet(), "Continue in Background");
+    EXPECT_EQ(sheet(), nullptr);
+    EXPECT_TRUE(notice().isVisible());
+    EXPECT_EQ(notice().sentence().toStdString(), "Separating “song.flac”: 37%");
+    click(notice(), "Show");
+    EXPECT_FALSE(notice().isVisible());
+    sheet()->reject();
+    EXPECT_TRUE(isShown(*sheet(), "Cancelling…"));
+    endChild(0);
+    EXPECT_TRUE(sheet()->isModal());
+    EXPECT_TRUE(buttonIn(*sheet(), "Separate").isEnabled());
+
+    click(*sheet(), "Separate");
+    endChild(0);
+    endChild(0);
+    endSeparation();
+    EXPECT_EQ(sheet(), nullptr);
+    ASSERT_TRUE(state.stemSession());
+    EXPECT_EQ(state.stemSession()->stems.size(), StemSession::keys.size());
+    EXPECT_EQ(stemSessions.load(song)->size(), StemSession::keys.size());
+    EXPECT_TRUE(engine.isInStemMode());
+    EXPECT_FALSE(notice().isVisible());
+
+    // Deleted, and there when they are asked for again.
+    state.exitStemMode();
+    const auto children = processes.children.size();
+    openSheet();
+    EXPECT_TRUE(state.stemSession());
+    EXPECT_EQ(processes.children.size(), children);
+    commands.execute(CommandId::cleanupStems);
+    click(view, "Delete Stems");
+    EXPECT_FALSE(state.stemSession() || stemSessions.load(song) || std::filesystem::exists(stems));
+}
+
+TEST_F(StemsTest, WhatEndsInTheBackgroundWaitsForTheUser)
+{
+    for (const bool isSongOpen : { true, false }) {
+        openSheet();
+        click(*sheet(), "Separate");
+        endChild(0);
+        endChild(0);
+        sheet()->close();
+        if (!isSongOpen)
+            state.setAudioFileURL("/music/another.flac");
+        endSeparation();
+        EXPECT_FALSE(state.stemSession());
+        EXPECT_TRUE(notice().isVisible());
+        EXPECT_EQ(buttonIn(notice(), "Use the Stems").isVisible(), isSongOpen);
+        EXPECT_EQ(stemSessions.load(song).has_value(), !isSongOpen);
+        click(notice(), isSongOpen ? "Use the Stems" : "Close");
+        EXPECT_FALSE(notice().isVisible());
+        EXPECT_EQ(state.stemSession().has_value(), isSongOpen);
+        state.exitStemMode();
+        separator.folderOf(song).remove();
+        stemSessions.remove(song);
+        std::filesystem::remove_all(tools / "venv");
+    }
+}
+
+TEST_F(StemsTest, ChannelsSoundAsTheyAreSetAndAreRemembered)
+{
+    const StemSession session{ { { "vocals", "/vocals.wav" }, { "bass", "/bass.wav" } } };
+    for (const StemSession::Stem& stem : session.stems)
+        opener.add(stem.fileURL, sampleRate, 10 * sampleRate);
+    state.enterStemMode(session, openStemFiles(opener, session.stems));
+    const auto* controls = view.findChild<StemControlsView*>();
+    ASSERT_NE(controls, nullptr);
+    buttonIn(*controls, "Mute").click();
+    EXPECT_TRUE(engine.stemGain("vocals")->isMuted);
+    EXPECT_TRUE(stemSessions.load(song)->front().isMuted) << "at once";
+    commands.execute(CommandId::soloBass);
+    commands.execute(CommandId::muteVocals);
+    state.setStemVolume("bass", 2);
+    EXPECT_EQ(*engine.stemGain("vocals"), (StemGain{ 1, false, false }));
+    EXPECT_EQ(*engine.stemGain("bass"), (StemGain{ StemMix::maxVolume, false, true }));
+    scheduler.advance(1);
+    EXPECT_EQ(stemMixes.load(song), state.stemMix());
+    commands.execute(CommandId::mutePiano);
+    defaults.setData(std::string("stemMix.") + song,
+                     R"({"bass": {"volume": 9, "soloed": true}, "piano": 3, "drums": {"volume": "x"}})");
+    EXPECT_EQ(stemMixes.load(song), (StemMix{ { { "bass", { StemMix::maxVolume, true } } } }));
+}
+
+}  // namespace
+}  // namespace quillet
