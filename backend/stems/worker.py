@@ -14,7 +14,7 @@ BLOCK_FRAMES = 1 << 17
 # Beyond the stems, for what else grows on that disk meanwhile.
 SPARE_BYTES = 64 << 20
 NO_ROOM = (errno.ENOSPC, errno.EDQUOT, errno.EFBIG)
-OUT_OF_MEMORY_WORDS = ("allocate memory", "out of memory", "bad_alloc")
+OUT_OF_MEMORY_WORDS = ("allocate memory", "out of memory", "bad_alloc", "failed to map")
 # Where the separation stands when the song is decoded, and when its segments are done; they are nearly all of the work.
 DECODED, SEPARATED = 0.01, 0.98
 
@@ -108,8 +108,8 @@ class _Separation:
         # Only now: it takes seconds and much memory, and whatever is missing is to be said before.
         from . import model as networks
         model = networks.load(weights)
-        self._report.message("Separating…")
         outputs = {key: ResampledOutput(self._path(key), networks.MODEL_RATE, self._song.sample_rate) for key in KEYS if key != "other"}
+        self._report.message("Separating…")
 
         def write(made, done):
             self._song.check_unchanged()
