@@ -57,7 +57,7 @@ def _separate(script, song, model, output_folder):
 
 def _say(text):
     with contextlib.suppress(OSError):  # nobody listens any more
-        sys.stdout.buffer.write((text + "\n").encode())
+        sys.stdout.buffer.write((text + "\n").encode("utf-8", "replace"))
         sys.stdout.buffer.flush()
 
 

@@ -21,9 +21,11 @@ DECODED, SEPARATED = 0.01, 0.98
 
 def work(song, folder):
     """Makes the six files in that folder. The exit status; a failure is said on standard output."""
-    report = Report(os.dup(2))
+    answer, report = os.dup(1), Report(os.dup(2))
     # What libraries have to say is not for the user.
-    os.dup2(os.open(os.devnull, os.O_WRONLY), 2)
+    nobody = os.open(os.devnull, os.O_WRONLY)
+    for descriptor in (1, 2):
+        os.dup2(nobody, descriptor)
     for number in (signal.SIGTERM, signal.SIGINT):
         signal.signal(number, signal.SIG_IGN)  # the supervisor ends this
     _step_back()
@@ -31,7 +33,7 @@ def work(song, folder):
         _Separation(Song(song), folder, report).run()
         return 0
     except Exception as reason:  # noqa: BLE001 (all of them are said)
-        print(_sentence(reason), flush=True)
+        os.write(answer, _sentence(reason).encode("utf-8", "replace"))
         return 1
 
 

@@ -4,6 +4,7 @@ measurements. Importing this does not need that environment."""
 import hashlib
 import json
 import os
+import shutil
 import subprocess
 import sys
 from fractions import Fraction
@@ -33,6 +34,9 @@ def enter_or_skip(build):
 
 def _install(tools, folder, requirements):
     variables = environment_or_skip(tools)
+    # Those of earlier requirements are large.
+    shutil.rmtree(folder.parent, ignore_errors=True)
+    folder.parent.mkdir()
     override = folder.with_suffix(".override")
     create = [tools / "uv", "venv", "--python", "3.12", "--clear", folder]
     install = [tools / "uv", "pip", "install", "-r", requirements, "--python", folder]
