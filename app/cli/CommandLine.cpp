@@ -151,6 +151,12 @@ std::expected<Invocation, UsageError> parseCommandLine(const std::vector<std::st
     CLI::Option* png = waveformCommand->add_option("--png", picture, "Draw it into this PNG file");
     waveformCommand->add_flag("--json", json, "Print the amplitudes as JSON (what happens without options)")->excludes(png);
 
+    std::string infoInput;
+    bool infoAsJson = false;
+    CLI::App* infoCommand = program.add_subcommand("info", "Print how long an audio file is and what it is made of");
+    infoCommand->add_option("IN", infoInput, "The audio file")->required();
+    infoCommand->add_flag("--json", infoAsJson, "Print it as JSON");
+
     // CLI11 wants the arguments in reverse.
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     try {
@@ -174,6 +180,8 @@ std::expected<Invocation, UsageError> parseCommandLine(const std::vector<std::st
     if (waveformCommand->parsed()) {
         return ShowWaveform{ { waveformInput, *png ? std::optional<FilePath>(picture) : std::nullopt } };
     }
+    if (infoCommand->parsed())
+        return ShowInfo{ { infoInput, infoAsJson } };
     if (playCommand->parsed()) {
         auto options = play.options();
         if (!options)

@@ -2,6 +2,7 @@
 // Threads: main thread.
 #pragma once
 
+#include "app/cli/InfoCommand.h"
 #include "app/cli/WaveformCommand.h"
 #include "app/export/PlaybackOptions.h"
 
@@ -30,12 +31,16 @@ struct ShowWaveform {
     WaveformOptions options;
 };
 
+struct ShowInfo {
+    InfoOptions options;
+};
+
 /// The window, with a file to open in it, or without.
 struct OpenWindow {
     std::optional<FilePath> file;
 };
 
-using Invocation = std::variant<PrintText, OpenWindow, PlayFile, RenderFile, ShowWaveform>;
+using Invocation = std::variant<PrintText, OpenWindow, PlayFile, RenderFile, ShowWaveform, ShowInfo>;
 
 /// One sentence that says what is wrong with the arguments.
 struct UsageError {

@@ -1,6 +1,7 @@
 // The program's entry.
 
 #include "app/cli/CommandLine.h"
+#include "app/cli/InfoCommand.h"
 #include "app/cli/PlayCommand.h"
 #include "app/cli/RenderCommand.h"
 #include "app/cli/WaveformCommand.h"
@@ -36,6 +37,8 @@ int run(const quillet::Invocation& invocation)
         return report(quillet::renderFile(render->options));
     if (const auto* waveform = std::get_if<quillet::ShowWaveform>(&invocation))
         return report(quillet::showWaveform(waveform->options));
+    if (const auto* info = std::get_if<quillet::ShowInfo>(&invocation))
+        return report(quillet::showInfo(info->options));
     return report(quillet::playFile(std::get<quillet::PlayFile>(invocation).options));
 }
 

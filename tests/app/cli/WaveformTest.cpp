@@ -1,4 +1,5 @@
-// The program itself printing and drawing waveforms of real files, and what it says of bad input.
+// The program itself printing and drawing waveforms of real files and saying what they are made of, and what it says of bad
+// input.
 
 #include "tests/support/AudioFixtures.h"
 #include "tests/support/Command.h"
@@ -59,6 +60,21 @@ TEST_F(Waveform, IsPrintedAndDrawn)
         return count;
     };
     EXPECT_GT(coloured(image.width() / 2 + 20, image.width()), 20 * coloured(0, image.width() / 2 - 20));
+}
+
+TEST_F(Waveform, InfoCountsEveryFrame)
+{
+    const FilePath path = folder / "\xE9.mp3";
+    encodeAudio(livelySignal(48'000, 1, 1.2345), path, {});
+    const CommandResult printed = runCommand({ QUILLET_PROGRAM, "info", path, "--json" });
+    ASSERT_EQ(printed.status, 0) << printed.errorOutput;
+    const auto object = nlohmann::json::parse(printed.output);
+    EXPECT_EQ(object["frames"], 59'256);
+    EXPECT_EQ(object["sampleRate"], 48'000);
+    EXPECT_EQ(object["channels"], 1);
+    EXPECT_EQ(runCommand({ QUILLET_PROGRAM, "info", path }).output,
+              "frames: 59256\nsample rate: 48000 Hz\nchannels: 1\nduration: 1.234 s\n");
+    EXPECT_EQ(runCommand({ QUILLET_PROGRAM, "info", folder / "gone.wav" }).status, 1);
 }
 
 TEST_F(Waveform, BadInputIsOneSentenceAndLeavesNoPicture)

@@ -1,0 +1,339 @@
+#!/usr/bin/env python3
+"""The stem separation's backend in the environment that the program builds for it, with a small model: what it makes, and what it says
+and leaves when it cannot.
+
+Usage: separate_test.py BUILD-TREE [unittest's arguments]. Exit status 77: that environment cannot be had here.
+"""
+
+import hashlib
+import json
+import os
+import re
+import signal
+import subprocess
+import sys
+import tempfile
+import threading
+import unittest
+from http.server import BaseHTTPRequestHandler, HTTPServer
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+from fetched_tools import ends
+from separation_environment import SMALL_SIZE, enter_or_skip, write_model
+
+BUILD = Path(sys.argv[1]).resolve()
+SCRIPT = BUILD / "share/quillet/backend/separate.py"
+SOURCE_SCRIPT = Path(__file__).resolve().parents[2] / "backend/separate.py"
+KEYS = ["vocals", "drums", "bass", "guitar", "piano", "other"]
+enter_or_skip(BUILD)
+
+import numpy
+import torch
+from demucs.apply import apply_model
+from demucs.hf import load_safetensors_model
+
+sys.path.insert(0, str(SCRIPT.parent))
+from stems import model, wav
+from stems.level import Level
+from stems.report import Failure, Report
+from stems.weights import Weights
+
+
+def decoded(path, channels):
+    raw = subprocess.run(["ffmpeg", "-v", "error", "-i", b"file:" + os.fsencode(path), "-ac", str(channels), "-f", "f32le", "-"],
+                         capture_output=True, check=True).stdout
+    return numpy.frombuffer(raw, numpy.float32).reshape(-1, channels)
+
+
+def rate_of(path):
+    return int(subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=sample_rate", "-of", "csv=p=0", path],
+                              capture_output=True, check=True).stdout)
+
+
+class Rig(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.keeper = tempfile.TemporaryDirectory(prefix="quillet-separate-")
+        cls.home = Path(cls.keeper.name)
+        (cls.home / "model").mkdir()
+        cls.model_path = cls.home / "model/small.safetensors"
+        write_model(cls.model_path, SMALL_SIZE)
+        cls.environment = dict(os.environ, QUILLET_STEM_MODEL=str(cls.home / "model"))
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.keeper.cleanup()
+
+    def setUp(self):
+        self.folder = self.home / self.id() / "stems"
+        self.folder.mkdir(parents=True)
+
+    def make_song(self, name="song.wav", rate=44100, channels=2, seconds=10):
+        path = os.path.join(os.fsencode(self.folder.parent), os.fsencode(name))
+        sound = "|".join(f"0.3*sin({300 + 77 * channel}*2*PI*t)*sin(t)+0.1*random({channel})" for channel in range(channels))
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", f"aevalsrc='{sound}':s={rate}:d={seconds}", b"file:" + path],
+                       check=True)
+        return path
+
+    def start(self, song, folder=None, prefix=(), script=SCRIPT, **environment):
+        return subprocess.Popen([*prefix, sys.executable, script, "--input-file", song, "--model", "htdemucs_6s", "--output-dir",
+                                 folder or self.folder], env=self.environment | environment, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, start_new_session=True)
+
+    def run_to_end(self, *arguments, **options):
+        process = self.start(*arguments, **options)
+        output, progress = process.communicate()
+        self.assertTrue(ends(process.pid, seconds=60), "something runs on")
+        return process.returncode, output.decode(), progress.decode()
+
+    def check_progress(self, progress):
+        """The messages."""
+        messages, percents = [], [0]
+        for line in progress.splitlines():
+            if line.startswith("{"):
+                messages.append(json.loads(line)["message"])
+            else:
+                percents.append(int(re.fullmatch(r"(\d+)%", line)[1]))
+        self.assertEqual(percents, sorted(set(percents)))
+        self.assertLessEqual(percents[-1], 100)
+        return messages, percents[-1]
+
+    def entries(self):
+        return sorted(str(path.relative_to(self.folder)) for path in self.folder.rglob("*"))
+
+    def separated(self, song, **options):
+        """The six stems' files."""
+        status, output, progress = self.run_to_end(song, **options)
+        self.assertEqual(status, 0, output)
+        messages, percent = self.check_progress(progress)
+        self.assertEqual((messages[-1], percent), ("Done.", 100))
+        result = json.loads(output)
+        self.assertTrue(result["success"])
+        self.assertEqual(list(result["stems"]), KEYS)
+        return result["stems"]
+
+    def assert_fails(self, outcome, *words):
+        status, output, progress = outcome
+        self.assertEqual(status, 1)
+        self.assertRegex(output, r"\A[A-Z“][^\n{]*\.\n\Z")
+        for word in words:
+            self.assertIn(word, output)
+        self.check_progress(progress)
+        self.assertNotIn("Done.", progress)
+
+
+class SeparationTest(Rig):
+    def test_six_stems_are_the_song(self):
+        for name, rate, channels, script in (("song.flac", 44100, 2, SCRIPT), (b"\xe9 50%.live.wav", 48000, 1, SCRIPT),
+                                             (".hidden", 22050, 2, SOURCE_SCRIPT)):
+            with self.subTest(name):
+                song = self.make_song(name if name != ".hidden" else "song.wav", rate, channels)
+                if name == ".hidden":
+                    # No extension, and no player to ask for the length.
+                    song = os.rename(song, os.path.join(os.path.dirname(song), b".hidden")) or os.path.join(os.path.dirname(song), b".hidden")
+                place = os.path.join(os.fsencode(self.folder), b"htdemucs_6s", os.path.splitext(os.path.basename(song))[0])
+                os.makedirs(place)
+                Path(os.fsdecode(place), "old.wav").write_text("of an earlier version")
+                said = self.separated(song, script=script)
+                self.assertEqual(sorted(os.listdir(place)), sorted(key.encode() + b".wav" for key in KEYS))
+                files = [os.path.join(place, key.encode() + b".wav") for key in KEYS]
+                self.assertEqual(list(said.values()), [file.decode("utf-8", "replace") for file in files])
+                self.assertEqual({rate_of(file) for file in files}, {rate})
+                stems = [decoded(file, 2) for file in files]
+                expected = numpy.broadcast_to(decoded(song, channels), (rate * 10, 2))
+                self.assertLess(numpy.abs(sum(stems) - expected).max(), 1e-6)
+                # A stem that came an odd way back to the song's rate would still leave the right rest.
+                self.assertGreater(min(numpy.abs(stem).max() for stem in stems), 1e-4)
+        self.assertEqual(self.entries()[0], "htdemucs_6s")
+
+    def test_stems_are_to_the_bit_what_the_package_makes(self):
+        network = load_safetensors_model(self.model_path).eval()
+        length = int(network.segment * network.samplerate)
+        stride = length * 3 // 4
+        torch.set_num_threads(len(os.sched_getaffinity(0)))
+        for frames in (1, 1000, length, 2 * stride + 500, 2 * stride + length // 2 + 1):
+            with self.subTest(frames):
+                song = torch.rand(frames, 2, generator=torch.manual_seed(frames)) - 0.3
+                level = Level()
+                for block in torch.split(song, 100_000):
+                    level.add(block.numpy())
+                middle = song.to(torch.float64).mean(1)
+                deviation = middle.std().item() if frames > 1 else 0
+                self.assertAlmostEqual(level.mean, middle.mean().item(), 12)
+                self.assertAlmostEqual(level.deviation, deviation + 1e-8, 12)
+                data = memoryview(song.numpy()).cast("B")
+                place, made = 0, {source: b"" for source in KEYS}
+
+                def read(wanted):
+                    nonlocal place
+                    place += wanted * 8
+                    return data[place - wanted * 8:place]
+
+                def write(stretches, _):
+                    for source, stretch in stretches.items():
+                        made[source] += stretch
+                model.separate(model.load(self.model_path), read, level, write)
+                mean, deviation = torch.tensor(level.mean, dtype=torch.float32), torch.tensor(level.deviation, dtype=torch.float32)
+                mix = ((song.T.contiguous() - mean) / deviation)[None]
+                expected = apply_model(network, mix, shifts=0, split=True, overlap=0.25)[0] * deviation + mean
+                for source, sound in zip(network.sources, expected):
+                    self.assertTrue(numpy.array_equal(numpy.frombuffer(made[source], numpy.float32).reshape(-1, 2), sound.T.numpy()), source)
+
+    def test_files_beyond_4_gib_are_rf64(self):
+        path = self.folder / "long.wav"
+        frames = 192_000 * 3600
+        file = wav.create(path)
+        wav.finish(file, 192_000, frames)
+        os.close(file)
+        facts = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=duration_ts,codec_name", "-of", "csv=p=0", path],
+                               capture_output=True, text=True).stdout
+        self.assertEqual(facts.strip(), f"pcm_f32le,{frames}")
+
+
+class FailureTest(Rig):
+    def test_each_failure_is_a_sentence_and_leaves_nothing(self):
+        song = self.make_song(seconds=1)
+        text = self.folder.parent / "text.mp3"
+        text.write_text("Buy milk.\n")
+        (self.folder.parent / "empty.mp3").touch()
+        broken, empty, foreign = (self.home / name for name in ("broken", "empty", "foreign"))
+        for folder in (broken, empty, foreign):
+            folder.mkdir()
+        (broken / "half.safetensors").write_bytes(self.model_path.read_bytes()[:-1000])
+        # One that would have the loader call something else.
+        (foreign / "a.safetensors").write_bytes(self.model_path.read_bytes().replace(b"demucs.htdemucs.HTDemucs", b"builtins.print           "[:24]))
+        (self.folder / "mine.txt").write_text("the user's own")
+        for arguments, options, words in (
+                (("/nowhere/a.mp3",), {}, ["/nowhere/a.mp3", "No such file"]),
+                ((self.folder,), {}, ["not a file"]),
+                ((text,), {}, ["text.mp3"]),
+                ((self.folder.parent / "empty.mp3",), {}, ["empty.mp3"]),
+                ((text,), {"script": SOURCE_SCRIPT}, ["no sound in"]),
+                ((song, text), {}, ["text.mp3", "Not a directory"]),
+                ((song, "/proc/nowhere"), {}, ["/proc/nowhere"]),
+                ((song,), {"QUILLET_STEM_MODEL": "/nowhere"}, ["QUILLET_STEM_MODEL", "No such file"]),
+                ((song,), {"QUILLET_STEM_MODEL": str(empty)}, ["no .safetensors file"]),
+                ((song,), {"QUILLET_STEM_MODEL": str(broken)}, ["half.safetensors", "cannot be loaded"]),
+                ((song,), {"QUILLET_STEM_MODEL": str(foreign)}, ["another kind"]),
+                ((song,), {"QUILLET_STEM_MODEL": "", "https_proxy": "http://127.0.0.1:9"}, ["could not be fetched", "refused"]),
+                ((song,), {"prefix": ["prlimit", "--fsize=200000"]}, ["no room"]),
+                ((song,), {"prefix": ["prlimit", "--as=1200000000"]}, ["memory"]),
+        ):
+            with self.subTest(words):
+                self.assert_fails(self.run_to_end(*arguments, **options), *words)
+                self.assertEqual(self.entries(), ["mine.txt"])
+        new = self.folder / "new" / "newer"
+        self.assert_fails(self.run_to_end("/nowhere/a.mp3", new))
+        self.assertEqual(self.entries(), ["mine.txt"])
+
+    def test_a_small_disk_is_refused_before_the_work(self):
+        if subprocess.run(["unshare", "--mount", "true"], capture_output=True).returncode != 0:
+            self.skipTest("mounting is not allowed here")
+        mount = f'mount -t tmpfs -o size=50m none "{self.folder}" && exec "$@"'
+        self.assert_fails(self.run_to_end(self.make_song(seconds=1), prefix=["unshare", "--mount", "sh", "-c", mount, "sh"]), "69 MB", "52 MB")
+
+    def until_it_separates(self, song):
+        process = self.start(song)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.stderr.close)
+        for line in process.stderr:
+            if b"Separating" in line:
+                return process
+        self.fail(process.stdout.read())
+
+    def children_of(self, process):
+        return [int(child) for child in Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text().split()]
+
+    def test_an_end_before_its_time_leaves_nothing(self):
+        song = self.make_song(rate=48000, seconds=120)
+        for number, status, who in ((signal.SIGTERM, 143, "supervisor"), (signal.SIGINT, 130, "group"), (signal.SIGKILL, 1, "worker"),
+                                    (signal.SIGKILL, -9, "supervisor")):
+            with self.subTest(number=number, who=who):
+                process = self.until_it_separates(song)
+                # Another one has to stay away, and to leave what is being made alone.
+                self.assert_fails(self.run_to_end(song), "already")
+                self.assertEqual(len(list(self.folder.glob(".separating-*/*.wav"))), 6)
+                {"supervisor": process.send_signal, "group": lambda sent: os.killpg(process.pid, sent),
+                 "worker": lambda sent: os.kill(self.children_of(process)[0], sent)}[who](number)
+                output = process.stdout.read().decode()
+                self.assertEqual(process.wait(), status)
+                self.assertEqual("lack of memory" in output, who == "worker", output)
+                self.assertTrue(ends(process.pid, seconds=60), "something runs on")
+                if status == -9:
+                    self.assert_fails(self.run_to_end("/nowhere/a.mp3"))
+                self.assertEqual(self.entries(), [])
+
+    def test_a_song_that_changes_meanwhile_is_not_separated(self):
+        song = self.make_song(seconds=60)
+        process = self.until_it_separates(song)
+        os.utime(song, (1, 1))
+        output, rest = (part.decode() for part in process.communicate())
+        self.assert_fails((process.returncode, output, rest), "has changed")
+        self.assertEqual(self.entries(), [])
+
+
+class FetchTest(unittest.TestCase):
+    CONTENT = os.urandom(3_000_000)
+
+    def setUp(self):
+        test = self
+        # For each request: how many bytes come, and whether the place that is asked for is heeded.
+        self.manners = []
+        self.places = []
+
+        class Handler(BaseHTTPRequestHandler):
+            def do_GET(self):
+                place = int(self.headers["Range"].removeprefix("bytes=").removesuffix("-"))
+                test.places.append(place)
+                count, heeds = test.manners.pop(0) if test.manners else (None, True)
+                self.send_response(206 if heeds else 200)
+                content = test.CONTENT[place if heeds else 0:]
+                self.send_header("Content-Length", str(len(content)))
+                self.end_headers()
+                self.wfile.write(content[:count])
+
+            def log_message(self, *_):
+                pass
+
+        server = HTTPServer(("127.0.0.1", 0), Handler)
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        self.addCleanup(server.server_close)
+        self.addCleanup(server.shutdown)
+        self.address = f"http://127.0.0.1:{server.server_address[1]}/a.safetensors"
+        keeper = tempfile.TemporaryDirectory()
+        self.addCleanup(keeper.cleanup)
+        self.folder = Path(keeper.name) / "models"
+        self.file = self.folder / "a.safetensors"
+
+    def fetch(self, content=CONTENT):
+        with open(os.devnull, "w") as nobody:
+            return Weights(self.address, len(content), hashlib.sha256(content).hexdigest()).file(str(self.folder), Report(nobody.fileno()))
+
+    def test_what_is_cut_off_goes_on_from_there(self):
+        self.manners = [(1_000_000, True), (0, True)]
+        with self.assertRaisesRegex(Failure, "connection"):
+            self.fetch()
+        self.assertFalse(self.file.exists())
+        self.manners = [(500_000, True), (2_000_000, False)]
+        self.assertEqual(self.fetch(), str(self.file))
+        # At 1.5 MB the whole came once more instead of the rest, and was cut off as well.
+        self.assertEqual(self.places, [0, 1_000_000, 1_000_000, 1_500_000, 2_000_000])
+        self.assertEqual(self.file.read_bytes(), self.CONTENT)
+        self.assertEqual(os.listdir(self.folder), ["a.safetensors"])
+        self.fetch()
+        self.assertEqual(len(self.places), 5)
+
+    def test_what_is_not_the_model_is_never_used(self):
+        with self.assertRaisesRegex(Failure, "not what it should be"):
+            self.fetch(self.CONTENT[:-1] + b"?")
+        self.assertFalse(self.file.exists())
+        self.file.write_bytes(self.CONTENT[:-1] + b"?")
+        self.fetch()
+        self.assertEqual(self.file.read_bytes(), self.CONTENT)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[2:]], verbosity=2)
