@@ -1,7 +1,11 @@
 #include "app/cli/CommandLine.h"
 
+#include "AppCore/StemMix.h"
+#include "AppCore/StemSession.h"
+
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <sstream>
@@ -62,7 +66,7 @@ CLI::Validator wholeBetween(int least, int most)
 /// What both commands take, as text until the values have been checked.
 struct PlaybackArguments {
     std::string input, from, to, speed, pitch, passes, delay, hold;
-    std::vector<std::string> gains;
+    std::vector<std::string> gains, stems;
     bool keepsFormants = false;
 
     void addTo(CLI::App& command)
@@ -82,6 +86,14 @@ struct PlaybackArguments {
             ->expected(1, -1)
             ->allow_extra_args(false)
             ->check(between(-12, 12, "dB"));
+        command
+            .add_option(
+                "--stems", stems,
+                "Play the separated stems, some of them at other volumes, 0 to 1.5: vocals=0,guitar=1.2 (vocals, drums, bass, "
+                "guitar, piano, other)")
+            ->delimiter(',')
+            ->expected(1, -1)
+            ->allow_extra_args(false);
         command.add_option("--passes", passes, "How often the region is played (1)")->check(wholeBetween(1, 10000));
         command.add_option("--delay", delay, "Pause between two passes, in seconds (0)")->check(between(0, 3600, "seconds"));
         command
@@ -108,6 +120,18 @@ struct PlaybackArguments {
             result.equalizerGainsDb.emplace();
             for (std::size_t band = 0; band < gains.size(); ++band)
                 (*result.equalizerGainsDb)[band] = number(gains[band]).value_or(0);
+        }
+        for (const std::string& stem : stems) {
+            const auto sign = stem.find('=');
+            const std::string key = stem.substr(0, sign);
+            const auto volume = number(sign == std::string::npos ? "" : stem.substr(sign + 1));
+            if (std::ranges::find(StemSession::keys, key) == StemSession::keys.end() || !volume || *volume < 0
+                || *volume > StemMix::maxVolume)
+                return std::unexpected(
+                    UsageError{ "“" + stem + "” is no stem and its volume, such as vocals=0 or guitar=1.2." });
+            if (!result.stemVolumes)
+                result.stemVolumes.emplace();
+            (*result.stemVolumes)[key] = *volume;
         }
         if (result.toSeconds && *result.toSeconds <= result.fromSeconds)
             return std::unexpected(UsageError{ "--from must be before --to." });
@@ -157,6 +181,14 @@ std::expected<Invocation, UsageError> parseCommandLine(const std::vector<std::st
     infoCommand->add_option("IN", infoInput, "The audio file")->required();
     infoCommand->add_flag("--json", infoAsJson, "Print it as JSON");
 
+    std::vector<std::string> separateInputs;
+    std::string separateOutput;
+    CLI::App* separateCommand =
+        program.add_subcommand("separate", "Make the six stems of songs; those that have them are passed over");
+    separateCommand->add_option("SONG", separateInputs, "The audio files")->required();
+    CLI::Option* copies =
+        separateCommand->add_option("-o,--output", separateOutput, "A folder that gets a copy of the stems of each song");
+
     // CLI11 wants the arguments in reverse.
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     try {
@@ -179,6 +211,10 @@ std::expected<Invocation, UsageError> parseCommandLine(const std::vector<std::st
     }
     if (waveformCommand->parsed()) {
         return ShowWaveform{ { waveformInput, *png ? std::optional<FilePath>(picture) : std::nullopt } };
+    }
+    if (separateCommand->parsed()) {
+        return SeparateSongs{ { { separateInputs.begin(), separateInputs.end() },
+                                *copies ? std::optional<FilePath>(separateOutput) : std::nullopt } };
     }
     if (infoCommand->parsed())
         return ShowInfo{ { infoInput, infoAsJson } };

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/cli/InfoCommand.h"
+#include "app/cli/SeparateCommand.h"
 #include "app/cli/WaveformCommand.h"
 #include "app/export/PlaybackOptions.h"
 
@@ -31,6 +32,10 @@ struct ShowWaveform {
     WaveformOptions options;
 };
 
+struct SeparateSongs {
+    SeparateOptions options;
+};
+
 struct ShowInfo {
     InfoOptions options;
 };
@@ -40,7 +45,7 @@ struct OpenWindow {
     std::optional<FilePath> file;
 };
 
-using Invocation = std::variant<PrintText, OpenWindow, PlayFile, RenderFile, ShowWaveform, ShowInfo>;
+using Invocation = std::variant<PrintText, OpenWindow, PlayFile, RenderFile, ShowWaveform, ShowInfo, SeparateSongs>;
 
 /// One sentence that says what is wrong with the arguments.
 struct UsageError {

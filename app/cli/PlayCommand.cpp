@@ -1,6 +1,7 @@
 #include "app/cli/PlayCommand.h"
 
 #include "app/cli/ProgressLine.h"
+#include "app/cli/StemPlaces.h"
 #include "app/export/PlaybackSession.h"
 #include "platform/audio/CubebOutputDevice.h"
 #include "platform/audio/LiveOutput.h"
@@ -34,13 +35,17 @@ std::string clockText(double seconds)
 
 std::expected<int, std::string> playFile(const PlaybackOptions& options)
 {
+    PlaybackOptions found = options;
+    if (found.stemVolumes)
+        if (auto stems = StemPlaces().findStems(found); !stems)
+            return std::unexpected(stems.error());
     MediaModule media;
     QtScheduler scheduler;
     const QtRealtimeKit realtimeKit(realtimeRequests());
     LiveOutput output(std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler);
     PlaybackGraph graph(output, scheduler);
     PlaybackSession session(graph, media.audioFiles(), scheduler);
-    if (auto opened = session.open(options); !opened)
+    if (auto opened = session.open(found); !opened)
         return std::unexpected(opened.error());
 
     Interruption interruption;

@@ -4,7 +4,9 @@
 #include "platform/base/FilePath.h"
 
 #include <array>
+#include <map>
 #include <optional>
+#include <string>
 
 namespace quillet {
 
@@ -23,6 +25,11 @@ struct PlaybackOptions {
     double delaySeconds = 0;
     /// Something: hold the short window that begins here instead of playing the region.
     std::optional<double> holdSeconds;
+    /// The volumes of some stems, linear factors, by their keys: the stems are played then, the others as they are. Nothing:
+    /// the file itself.
+    std::optional<std::map<std::string, double>> stemVolumes;
+    /// The file of each stem.
+    std::map<std::string, FilePath> stems;
 };
 
 struct RenderOptions {

@@ -44,7 +44,24 @@ std::expected<void, std::string> PlaybackSession::open(const PlaybackOptions& op
     AppState::OpenedFile opened;
     opened.audio = m_file;
     m_state->finishOpening(std::move(opened));
+    if (auto mixed = enterStemMode(options); !mixed)
+        return mixed;
     setUp(options);
+    return {};
+}
+
+std::expected<void, std::string> PlaybackSession::enterStemMode(const PlaybackOptions& options)
+{
+    if (!options.stemVolumes)
+        return {};
+    const StemSession session = StemSession::fromSeparation(options.stems);
+    auto files = openStemFiles(m_opener, session.stems);
+    if (files.size() < session.stems.size())
+        return std::unexpected("Not all stems of “" + displayText(options.input) + "” can be read; separate the song again.");
+    StemMix mix;
+    for (const auto& [key, volume] : *options.stemVolumes)
+        mix.channels[key].volume = volume;
+    m_state->enterStemMode(session, std::move(files), std::move(mix));
     return {};
 }
 

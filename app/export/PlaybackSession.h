@@ -39,6 +39,7 @@ public:
     [[nodiscard]] double playingSeconds() const;
 
 private:
+    [[nodiscard]] std::expected<void, std::string> enterStemMode(const PlaybackOptions& options);
     void setUp(const PlaybackOptions& options);
 
     AudioFileOpener& m_opener;

@@ -5,12 +5,13 @@
 
 #include <QCryptographicHash>
 
-#include <array>
 #include <fstream>
 #include <iomanip>
 #include <limits>
+#include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace quillet {
 namespace {
@@ -19,8 +20,13 @@ constexpr qsizetype hashBytes = 6;
 constexpr const char* modelFolder = "htdemucs_6s";
 /// The song's size in bytes and its time, as FileAttributes has them.
 constexpr const char* songRecord = ".song";
-/// What an unfinished separation, and the one that keeps others out, leave there.
-constexpr std::array ownNames{ modelFolder, songRecord, ".unfinished", ".replaced", ".lock" };
+/// Begins the name of the folder in which a separation keeps what is unfinished (backend/stems/output.py).
+constexpr std::string_view unfinishedPrefix = ".separating-";
+
+bool isOwn(const FilePath& name)
+{
+    return name == modelFolder || name == songRecord || name.native().starts_with(unfinishedPrefix);
+}
 
 }  // namespace
 
@@ -78,8 +84,12 @@ void StemFolder::recordSong(const FileAttributes& song) const
 void StemFolder::remove() const
 {
     std::error_code ignored;
-    for (const char* name : ownNames)
-        std::filesystem::remove_all(m_path / name, ignored);
+    std::vector<FilePath> own;
+    for (std::filesystem::directory_iterator entry(m_path, ignored), end; !ignored && entry != end; entry.increment(ignored))
+        if (isOwn(entry->path().filename()))
+            own.push_back(entry->path());
+    for (const FilePath& entry : own)
+        std::filesystem::remove_all(entry, ignored);
     // Only if it is empty now.
     std::filesystem::remove(m_path, ignored);
 }

@@ -4,6 +4,7 @@
 #include "app/cli/InfoCommand.h"
 #include "app/cli/PlayCommand.h"
 #include "app/cli/RenderCommand.h"
+#include "app/cli/SeparateCommand.h"
 #include "app/cli/WaveformCommand.h"
 #include "app/core/entry/QuilletApp.h"
 
@@ -37,6 +38,8 @@ int run(const quillet::Invocation& invocation)
         return report(quillet::renderFile(render->options));
     if (const auto* waveform = std::get_if<quillet::ShowWaveform>(&invocation))
         return report(quillet::showWaveform(waveform->options));
+    if (const auto* separate = std::get_if<quillet::SeparateSongs>(&invocation))
+        return report(quillet::separateSongs(separate->options));
     if (const auto* info = std::get_if<quillet::ShowInfo>(&invocation))
         return report(quillet::showInfo(info->options));
     return report(quillet::playFile(std::get<quillet::PlayFile>(invocation).options));

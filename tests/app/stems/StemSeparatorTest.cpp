@@ -265,7 +265,7 @@ TEST_F(StemSeparatorTest, CancelledAtAnyMomentNothingHalfIsLeft)
         work();
         if (!processes.children.empty() && processes.last().handlers) {
             EXPECT_TRUE(processes.last().wasAskedToEnd) << steps;
-            write(output / ".unfinished/vocals.wav", "");
+            write(output / ".separating-x/vocals.wav", "");
             endChild(0, makeStems());
         }
         EXPECT_EQ(phase(), Kind::idle) << steps;
