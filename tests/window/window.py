@@ -74,8 +74,8 @@ class Window:
         """Everything in view of that role, whose name begins with `name`."""
         return [node for kind, node in self.in_view() if kind == role and (name is None or node.name.startswith(name))]
 
-    def find(self, role, name=None):
-        return wait_for(f"{role} “{name}”", lambda: next(iter(self.all(role, name)), None))
+    def find(self, role, name=None, seconds=60):
+        return wait_for(f"{role} “{name}”", lambda: next(iter(self.all(role, name)), None), seconds)
 
     def has(self, role, name=None):
         return bool(self.all(role, name))
