@@ -19,6 +19,7 @@ enum class CommandId {
     clearRecents,
     separateStems,
     cleanupStems,
+    exportStems,
     playPause,
     stopReset,
     toggleLoop,
@@ -89,9 +90,10 @@ inline constexpr std::array commands{
              QT_TRANSLATE_NOOP("Commands", "File"), withCommandKey(Qt::Key_O) },
     Command{ CommandId::openFromURL, "QLT.openFromURL", QT_TRANSLATE_NOOP("Commands", "Open from URL..."), "File",
              withCommandKey(Qt::Key_O) | static_cast<int>(Qt::ShiftModifier) },
-    // Of these two the menu shows the one that makes sense.
+    // Of these the menu shows those that make sense.
     Command{ CommandId::separateStems, "QLT.separateStems", QT_TRANSLATE_NOOP("Commands", "Separate Stems…"), "File" },
     Command{ CommandId::cleanupStems, "QLT.cleanupStems", QT_TRANSLATE_NOOP("Commands", "Cleanup Stems"), "File" },
+    Command{ CommandId::exportStems, "QLT.exportStems", QT_TRANSLATE_NOOP("Commands", "Export Stems…"), "File" },
     Command{ CommandId::openRecent, "QLT.openRecent" },
     Command{ CommandId::clearRecents, "QLT.clearRecents" },
     Command{ CommandId::playPause, "QLT.playPause", nullptr, nullptr, 0, { 65, Qt::Key_Space }, KeyUse::inPlayer },

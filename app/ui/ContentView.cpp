@@ -83,9 +83,10 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_overlay(new DropOverlay(services.theme, this)),
       m_shade(new Shade(this)),
       m_keys(new KeyResponderView(services.state, services.commands, this)),
-      m_stems(new StemSeparationFlow({ services.state, services.loader, services.separator, services.stemSessions,
-                                       services.stemMixes, services.background, services.scheduler, services.theme },
-                                     *this, [this](QDialog& sheet) { openSheet(sheet); }))
+      m_stems(new StemSeparationFlow(
+          { services.state, services.loader, services.separator, services.stemSessions, services.stemMixes, services.background,
+            services.scheduler, services.theme },
+          { *this, [this](QDialog& sheet) { openSheet(sheet); }, [this](Notice& notice) { m_notices->addWidget(&notice); } }))
 {
     m_stems->setParent(this);
     connect(m_stems, &StemSeparationFlow::isInFrontChanged, this, &ContentView::syncShade);
@@ -101,7 +102,6 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     m_silenceNotice->hide();
     m_notices->addWidget(new LevelNotice(services.state, services.theme));
     m_notices->addWidget(new OfferNotice(services.state, services.theme));
-    m_notices->addWidget(&m_stems->notice());
     m_keys->setGeometry(0, 0, 0, 0);
     column->addLayout(m_screens, 1);
     m_screens->addWidget(new EmptyScreen(services.state, services.commands, services.theme));
@@ -146,6 +146,7 @@ void ContentView::subscribe()
         if (m_services.state.stemSession())
             m_stems->confirmCleanup();
     });
+    on(CommandId::exportStems, [this](const auto&) { m_stems->chooseExportFolder(); });
     on(CommandId::showHelp, [this](const auto&) { m_services.state.setIsShowingHelp(true); });
 }
 

@@ -55,9 +55,10 @@ void MainWindow::buildMenus()
             action->setShortcut(QKeySequence(command.shortcut));
         action->setShortcutContext(Qt::ApplicationShortcut);
         connect(action, &QAction::triggered, this, [this, id = command.id] { m_services.commands.execute(id); });
-        if (command.id == CommandId::separateStems || command.id == CommandId::cleanupStems)
-            followStems(*action, command.id == CommandId::cleanupStems);
-        if (command.id == CommandId::cleanupStems)
+        if (command.id == CommandId::separateStems || command.id == CommandId::cleanupStems
+            || command.id == CommandId::exportStems)
+            followStems(*action, command.id != CommandId::separateStems);
+        if (command.id == CommandId::exportStems)
             addRecentFilesAndQuit(*menu);
     }
 }

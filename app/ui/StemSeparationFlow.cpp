@@ -1,23 +1,27 @@
 #include "app/ui/StemSeparationFlow.h"
 
-#include "app/ui/QuilletStyle.h"
+#include "app/stems/StemExport.h"
+#include "app/ui/ClosableNotice.h"
+#include "app/ui/FileNames.h"
 
+#include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStandardPaths>
 
 #include <utility>
 
 namespace quillet {
 
-StemSeparationFlow::StemSeparationFlow(const Services& services, QWidget& window, std::function<void(QDialog& sheet)> openSheet)
+StemSeparationFlow::StemSeparationFlow(const Services& services, Host host)
     : m_services(services),
-      m_window(window),
-      m_openSheet(std::move(openSheet)),
+      m_host(std::move(host)),
       m_notice(new SeparationNotice(services.theme, services.separator,
                                     { [this] { showSheet(); },
                                       [this](const StemFolder::Stems& stems) { m_services.loader.activateStemMode(stems); },
                                       [this] { return isSongOpen(); } }))
 {
+    m_host.addNotice(*m_notice);
     connect(&services.separator, &StemSeparator::phaseChanged, this, &StemSeparationFlow::takePhase);
     connect(&services.state, &AppState::loadingStateChanged, m_notice, &SeparationNotice::sync);
 }
@@ -47,12 +51,12 @@ void StemSeparationFlow::showSheet()
                                                m_services.loader.activateStemMode(stems);
                                        },
                                         [this] { closeSheet(); } },
-                                      &m_window);
+                                      &m_host.window);
     connect(m_sheet, &StemSeparationSheet::isInFrontChanged, this, &StemSeparationFlow::isInFrontChanged);
     m_notice->setSheetOpen(true);
     if (isRunning)
         m_sheet->setWindowModality(Qt::NonModal);
-    m_openSheet(*m_sheet);
+    m_host.openSheet(*m_sheet);
 }
 
 void StemSeparationFlow::closeSheet()
@@ -80,7 +84,7 @@ void StemSeparationFlow::takePhase()
 void StemSeparationFlow::confirmCleanup()
 {
     auto* question = new QMessageBox(QMessageBox::NoIcon, tr("Delete Stems"), tr("Delete separated stem files for this track?"),
-                                     QMessageBox::Cancel, &m_window);
+                                     QMessageBox::Cancel, &m_host.window);
     question->setInformativeText(tr("They can be recreated by running separation again."));
     question->setAttribute(Qt::WA_DeleteOnClose);
     question->setWindowModality(Qt::WindowModal);
@@ -90,7 +94,7 @@ void StemSeparationFlow::confirmCleanup()
         if (button == destroy)
             cleanupCurrentTrackStems();
     });
-    m_openSheet(*question);
+    m_host.openSheet(*question);
 }
 
 void StemSeparationFlow::cleanupCurrentTrackStems()
@@ -104,6 +108,43 @@ void StemSeparationFlow::cleanupCurrentTrackStems()
         folder.remove();
         sessions.remove(song);
         mixes.remove(song);
+    });
+}
+
+// ---- Copies ----
+
+void StemSeparationFlow::chooseExportFolder()
+{
+    if (!m_services.state.stemSession())
+        return;
+    auto* panel =
+        new QFileDialog(&m_host.window, tr("Export Stems"), QStandardPaths::writableLocation(QStandardPaths::MusicLocation));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setWindowModality(Qt::WindowModal);
+    panel->setFileMode(QFileDialog::Directory);
+    panel->setOption(QFileDialog::ShowDirsOnly);
+    panel->setLabelText(QFileDialog::Accept, tr("Export"));
+    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& folder) { exportTo(pathOf(folder)); });
+    m_host.openSheet(*panel);
+}
+
+void StemSeparationFlow::exportTo(const FilePath& folder)
+{
+    const auto& session = m_services.state.stemSession();
+    if (!session)
+        return;
+    StemFolder::Stems stems;
+    for (const StemSession::Stem& stem : session->stems)
+        stems[stem.key] = stem.fileURL;
+    auto* notice = new ClosableNotice(m_services.theme, tr("Copying the stems…"));
+    m_host.addNotice(*notice);
+    m_services.background.run([&scheduler = m_services.scheduler, self = std::weak_ptr(m_self), notice = QPointer(notice),
+                               stems, folder, song = *m_services.state.audioFileURL()] {
+        scheduler.post([self, notice, outcome = exportStems(stems, song, folder)] {
+            if (self.lock() && notice)
+                notice->setSentence(outcome ? tr("The stems are in “%1”.").arg(pathText(*outcome))
+                                            : QString::fromStdString(outcome.error()));
+        });
     });
 }
 

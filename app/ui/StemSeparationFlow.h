@@ -15,6 +15,7 @@
 #include <QPointer>
 
 #include <functional>
+#include <memory>
 
 class QDialog;
 
@@ -36,14 +37,23 @@ public:
         const ThemeSource& theme;
     };
 
-    /// `window` has the sheets; `openSheet` opens one before it.
-    StemSeparationFlow(const Services& services, QWidget& window, std::function<void(QDialog& sheet)> openSheet);
+    /// Where the flow shows itself.
+    struct Host {
+        QWidget& window;
+        /// Opens a sheet before the window.
+        std::function<void(QDialog& sheet)> openSheet;
+        /// Places a strip under the toolbar.
+        std::function<void(Notice& notice)> addNotice;
+    };
 
-    /// For the window to place.
-    [[nodiscard]] SeparationNotice& notice() { return *m_notice; }
+    StemSeparationFlow(const Services& services, Host host);
 
     void showSheet();
     void confirmCleanup();
+    /// Asks where copies of the stems are to go.
+    void chooseExportFolder();
+    /// Copies them, and says how that went.
+    void exportTo(const FilePath& folder);
     /// Leaves stem mode and deletes the open song's stems, with what is remembered of them.
     void cleanupCurrentTrackStems();
 
@@ -57,8 +67,9 @@ private:
     [[nodiscard]] bool isSongOpen() const;
 
     Services m_services;
-    QWidget& m_window;
-    std::function<void(QDialog& sheet)> m_openSheet;
+    Host m_host;
+    /// Late answers find out by it that the flow is gone.
+    std::shared_ptr<StemSeparationFlow*> m_self = std::make_shared<StemSeparationFlow*>(this);
     QPointer<StemSeparationSheet> m_sheet;
     SeparationNotice* m_notice;
 };

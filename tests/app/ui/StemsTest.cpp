@@ -1,6 +1,8 @@
+#include "app/ui/ClosableNotice.h"
 #include "app/ui/ContentView.h"
 #include "app/ui/SeparationNotice.h"
 #include "app/ui/StemControlsView.h"
+#include "app/ui/StemSeparationFlow.h"
 #include "app/ui/StemSeparationSheet.h"
 #include "tests/app/ui/WindowRig.h"
 
@@ -107,6 +109,14 @@ TEST_F(StemsTest, TheSheetFollowsTheSeparationAndItsStemsPlay)
     EXPECT_EQ(stemSessions.load(song)->size(), StemSession::keys.size());
     EXPECT_TRUE(engine.isInStemMode());
     EXPECT_FALSE(notice().isVisible());
+
+    auto* flow = view.findChild<StemSeparationFlow*>();
+    for (const char* folder : { "out/new", "uv" }) {
+        flow->exportTo(tools / folder);
+        finishWork();
+    }
+    EXPECT_TRUE(std::filesystem::exists(tools / "out/new/song Stems/Guitar.wav"));
+    EXPECT_NE(view.findChildren<ClosableNotice*>().back()->sentence().indexOf(QLatin1String("could not be copied")), -1);
 
     // Deleted, and there when they are asked for again.
     state.exitStemMode();

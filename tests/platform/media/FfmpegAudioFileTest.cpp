@@ -126,7 +126,7 @@ double amplitudeSum(const std::vector<float>& stereo, std::int64_t first, std::i
         sum += std::abs(stereo[i] + stereo[i + 1]) / 2;
     return sum;
 }
-double amplitudeTolerance(std::int64_t count) { return static_cast<double>(count) * 0x1p-36 + 1e-9; }
+double amplitudeTolerance(std::int64_t count) { return static_cast<double>(count) * 0x1p-23 + 1e-9; }
 
 /// The name of a case by its file's name.
 std::string caseName(std::string fileName)
