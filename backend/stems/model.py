@@ -23,7 +23,8 @@ def load(path):
         _check_class(path)
         model = load_safetensors_model(path)
     except (SafetensorError, KeyError, ValueError, TypeError) as reason:
-        raise Failure(f"The model “{path}” cannot be loaded ({' '.join(str(reason).split())}). Remove that file, and try again.") from reason
+        words = " ".join(str(reason).split())
+        raise Failure(f"The model “{path}” cannot be loaded ({words}). Remove that file, and try again.") from reason
     if sorted(model.sources) != sorted(KEYS) or model.samplerate != MODEL_RATE or model.audio_channels != CHANNELS:
         raise Failure(f"The model “{path}” does not make the six stems. Remove that file, and try again.")
     return model.eval().to("cuda" if torch.cuda.is_available() else "cpu")

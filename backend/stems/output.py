@@ -48,8 +48,8 @@ class OutputFolder:
             self.aside = tempfile.mkdtemp(prefix=ASIDE, dir=self._path)
         except OSError as reason:
             self.__exit__()
-            raise Failure(f"The stems cannot be written to {shown(self._path)} ({reason.strerror}). Choose another folder for them, or make "
-                          "this one writable.") from reason
+            raise Failure(f"The stems cannot be written to {shown(self._path)} ({reason.strerror}). Choose another folder for them, or "
+                          "make this one writable.") from reason
         except BaseException:
             self.__exit__()
             raise
@@ -69,8 +69,8 @@ class OutputFolder:
         try:
             return self._publish(model, song)
         except OSError as reason:
-            raise Failure(f"The stems cannot be put into {shown(self._path)} ({reason.strerror}). See whether that folder is still there and "
-                          "writable, and try again.") from reason
+            raise Failure(f"The stems cannot be put into {shown(self._path)} ({reason.strerror}). See whether that folder is still there "
+                          "and writable, and try again.") from reason
 
     def _publish(self, model, song):
         parent = os.path.join(self._path, model.encode())

@@ -57,8 +57,8 @@ class Song:
                 raise Failure(errors.removeprefix("quillet: ") or f"The song {shown(self.path)} cannot be opened.")
             facts = json.loads(output)
             return facts["frames"], facts["sampleRate"], facts["channels"]
-        _, output, _ = _answer([_required("ffprobe"), "-v", "error", "-select_streams", "a:0", "-show_entries", "stream=sample_rate,channels",
-                                "-of", "json", b"file:" + self.path])
+        _, output, _ = _answer([_required("ffprobe"), "-v", "error", "-select_streams", "a:0", "-show_entries",
+                                "stream=sample_rate,channels", "-of", "json", b"file:" + self.path])
         streams = json.loads(output or b"{}").get("streams")
         if not streams:
             raise Failure(f"There is no sound in {shown(self.path)}. Open another song.")
@@ -124,7 +124,6 @@ class ResampledOutput:
     """Writes sound to a WAV file of ours, which has another rate."""
 
     def __init__(self, path, rate, file_rate):
-        self._path = path
         self._rate = file_rate
         self.descriptor = wav.create(path)
         self._place = wav.HEADER_BYTES

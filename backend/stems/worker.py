@@ -91,8 +91,8 @@ class _Separation:
         disk = os.statvfs(self._folder)
         available = disk.f_bavail * disk.f_frsize
         if available < needed:
-            raise Failure(f"The stems take {amount(needed)}, and there are {amount(available)} where they are kept. Make room there, and try "
-                          "again.")
+            raise Failure(f"The stems take {amount(needed)}, and there are {amount(available)} where they are kept. Make room there, and "
+                          "try again.")
 
     def _level(self):
         from .level import MODEL_RATE, Level, samples
@@ -121,6 +121,7 @@ class _Separation:
 
         with ResampledInput(self._path("other"), self._song.sample_rate, networks.MODEL_RATE) as sound:
             networks.separate(model, sound.read, level, write)
+            sound.check_complete()
         for output in outputs.values():
             output.finish(self._song.frames)
         return [output.descriptor for output in outputs.values()]
