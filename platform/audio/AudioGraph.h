@@ -93,7 +93,9 @@ public:
 /// Sums its inputs and scales the sum. Destroying a mixer takes it out of the graph.
 class MixerNode : public AudioNode {
 public:
-    /// A linear factor, 0 (silent) to 1 (unchanged); changes glide over a few milliseconds.
+    static constexpr double maximumVolume = 2;
+
+    /// A linear factor, 0 (silent) to `maximumVolume`, 1 leaving the sound as it is; changes glide over a few milliseconds.
     virtual void setOutputVolume(double factor) = 0;
     [[nodiscard]] virtual double outputVolume() const = 0;
 };

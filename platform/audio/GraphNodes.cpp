@@ -80,7 +80,7 @@ GraphMixer::~GraphMixer() { m_graph.remove(*this); }
 
 void GraphMixer::setOutputVolume(double factor)
 {
-    m_volume = std::clamp(factor, 0.0, 1.0);
+    m_volume = std::clamp(factor, 0.0, maximumVolume);
     m_gain->factor.store(static_cast<float>(m_volume), std::memory_order_relaxed);
 }
 

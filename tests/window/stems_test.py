@@ -69,6 +69,9 @@ class StemsTest(ProgramTest):
         fader = window.find("slider", "Guitar volume").queryValue()
         fader.currentValue = 50
         self.expect_heard("a softer guitar", guitar=0.5, vocals=1)
+        fader.currentValue = 150
+        self.expect_heard("a louder guitar", guitar=1.5, vocals=1)
+        fader.currentValue = 50
         DESKTOP.key("shift+4", "shift+1", "3")
         self.expect_heard("no bass", **{**dict.fromkeys(STEMS, 1), "guitar": 0.5, "bass": 0})
         DESKTOP.set_appearance("dark")
