@@ -5,6 +5,7 @@ called off and tried again, in the background, and quit in the middle.
 Usage: separation_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]. Exit status 77: that cannot be done here.
 """
 
+import array
 import subprocess
 import sys
 import time
@@ -94,6 +95,27 @@ class SeparationTest(ProgramTest):
         self.assertEqual(self.stems(songs[1]), sorted(f"{key}.wav" for key in KEYS))
         self.shot("separated-light")
         self.assertEqual(window.close(), 0)
+        self.check_command_line(songs)
+
+    def check_command_line(self, songs):
+        """What is separated is passed over, what cannot be is named, and the stems together are the song."""
+        broken = DESKTOP.folder / "broken.mp3"
+        broken.write_text("no song")
+        copies, folder = DESKTOP.folder / "copies", DESKTOP.folder / ".quillet/stems"
+        before = {path: path.stat().st_mtime_ns for path in folder.rglob("*.wav")}
+        outcome = DESKTOP.run(sys.argv[1], "separate", broken, *songs, "-o", copies, check=False)
+        self.assertEqual(outcome.returncode, 1)
+        self.assertEqual(outcome.stderr.decode().splitlines()[-1].strip(), str(broken))
+        self.assertEqual({path: path.stat().st_mtime_ns for path in folder.rglob("*.wav")}, before)
+        self.assertEqual(len(list(copies.rglob("*.wav"))), 2 * len(KEYS))
+        rendered = []
+        for options in ([], ["--stems", "vocals=1"]):
+            DESKTOP.run(sys.argv[1], "render", songs[0], "-o", DESKTOP.folder / "out.wav", *options)
+            samples = array.array("f")
+            samples.frombytes(DESKTOP.run("ffmpeg", "-v", "error", "-i", DESKTOP.folder / "out.wav", "-f", "f32le", "-").stdout)
+            rendered.append(samples)
+        self.assertEqual(len(rendered[0]), len(rendered[1]))
+        self.assertLess(max(abs(one - other) for one, other in zip(*rendered)), 1e-6)
 
 
 def begin(desktop):
