@@ -74,7 +74,7 @@ def main():
               f"ratio {medians['quillet'] / medians['empty']:.2f}")
         print(f"resident after start: empty {memories['empty']:.1f} MB, quillet {memories['quillet']:.1f} MB")
 
-        desktop.start("openbox")
+        desktop.start_window_manager()
         time.sleep(1)
         window = desktop.start(program, song)
         wait_for("the window", lambda: desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$", check=False).stdout)

@@ -45,7 +45,7 @@ class Desktop:
         self.start_screen(width, height)
         self._start_bus()
         if window_manager:
-            self.start("openbox")
+            self.start_window_manager()
         self.start("pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--high-priority=no",
                    "--realtime=no", "-L", f"module-null-sink sink_name=test rate={SINK_RATE} format=float32le norewinds=1",
                    "-L", f"module-native-protocol-unix auth-anonymous=1 socket={run}/native")
@@ -73,6 +73,14 @@ class Desktop:
         with os.fdopen(read) as told:
             self.environment["DISPLAY"] = ":" + told.readline().strip()
         return screen
+
+    def start_window_manager(self):
+        """On the screen that what starts shows itself on."""
+        # A window that shows itself while it starts may stay hidden for good.
+        started = self.folder / "window-manager-started"
+        started.unlink(missing_ok=True)
+        self.start("openbox", "--startup", f"touch {started}")
+        wait_for("the window manager", started.exists)
 
     def _start_bus(self):
         bus = self.start("dbus-daemon", "--session", "--nofork", "--print-address=1", stdout=subprocess.PIPE)

@@ -141,7 +141,7 @@ class WindowTest(ProgramTest):
     def test_what_was_changed_outlives_the_terminal_and_the_display(self):
         display = DESKTOP.environment["DISPLAY"]
         screen = DESKTOP.start_screen(1280, 1000)
-        DESKTOP.start("openbox")
+        DESKTOP.start_window_manager()
         try:
             for percent, end in ((95, lambda: self.window.process.send_signal(signal.SIGHUP)), (105, screen.kill)):
                 window = self.open(self.song)
