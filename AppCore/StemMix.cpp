@@ -10,9 +10,15 @@ StemMix::Channel StemMix::channel(std::string_view key) const
     return found != channels.end() ? found->second : Channel{};
 }
 
-bool StemMix::isAnySoloed() const
+bool StemMix::isHeard(const StemSession::Stem& stem, const StemSession& session) const
 {
-    return std::ranges::any_of(channels, [](const auto& channel) { return channel.second.isSoloed; });
+    const auto isSoloed = [this](const StemSession::Stem& other) { return channel(other.key).isSoloed; };
+    return std::ranges::any_of(session.stems, isSoloed) ? isSoloed(stem) : !stem.isMuted;
+}
+
+double StemMix::heardVolume(const StemSession::Stem& stem, const StemSession& session) const
+{
+    return isHeard(stem, session) ? channel(stem.key).volume : 0;
 }
 
 }  // namespace quillet

@@ -2,6 +2,8 @@
 // Threads: a value, no shared state.
 #pragma once
 
+#include "AppCore/StemSession.h"
+
 #include <map>
 #include <string>
 #include <string_view>
@@ -26,7 +28,10 @@ struct StemMix {
     bool operator==(const StemMix&) const = default;
 
     [[nodiscard]] Channel channel(std::string_view key) const;
-    [[nodiscard]] bool isAnySoloed() const;
+    /// Whether `stem`, one of the session's, is heard: where any of them is soloed those are, muted or not, and no other.
+    [[nodiscard]] bool isHeard(const StemSession::Stem& stem, const StemSession& session) const;
+    /// How loud that makes it, as a linear factor.
+    [[nodiscard]] double heardVolume(const StemSession::Stem& stem, const StemSession& session) const;
 };
 
 }  // namespace quillet

@@ -16,6 +16,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 namespace quillet {
@@ -142,7 +143,11 @@ std::expected<int, std::string> separateSongs(const SeparateOptions& options)
     });
     scheduler.post([&separating] { separating.start(); });
     const int status = QCoreApplication::exec();
-    [[maybe_unused]] const bool ended = background.finish(finalTimeoutSeconds);
+    if (!background.finish(finalTimeoutSeconds)) {
+        // A disk that does not answer keeps a thread: what it may still touch is left alone.
+        std::fflush(nullptr);
+        std::_Exit(status);
+    }
     return status;
 }
 

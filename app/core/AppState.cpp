@@ -186,8 +186,7 @@ void AppState::enterStemMode(StemSession session, std::vector<StemFile> files, S
     m_engine.enterStemMode(std::move(files));
     assign(m_stemMix, std::move(mix), &AppState::stemMixChanged);
     setStemSession(std::move(session));
-    for (const StemSession::Stem& stem : m_stemSession->stems)
-        tellStemGain(stem);
+    tellStemVolumes();
 }
 
 void AppState::exitStemMode()
@@ -212,10 +211,11 @@ const StemSession::Stem* AppState::stem(std::string_view key) const
     return found != m_stemSession->stems.end() ? &*found : nullptr;
 }
 
-void AppState::tellStemGain(const StemSession::Stem& stem)
+/// What becomes of one may concern all others.
+void AppState::tellStemVolumes()
 {
-    const StemMix::Channel channel = m_stemMix.channel(stem.key);
-    m_engine.setStemGain(stem.key, { channel.volume, stem.isMuted, channel.isSoloed });
+    for (const StemSession::Stem& stem : m_stemSession->stems)
+        m_engine.setStemVolume(stem.key, m_stemMix.heardVolume(stem, *m_stemSession));
 }
 
 void AppState::setStemMuted(std::string_view key, bool isMuted)
@@ -225,7 +225,7 @@ void AppState::setStemMuted(std::string_view key, bool isMuted)
     StemSession session = *m_stemSession;
     session.setMuted(isMuted, key);
     setStemSession(std::move(session));
-    tellStemGain(*stem(key));
+    tellStemVolumes();
     m_saver.saveStemSession();
 }
 
@@ -245,14 +245,15 @@ void AppState::setStemSoloed(std::string_view key, bool isSoloed)
 
 void AppState::setStemChannel(std::string_view key, StemMix::Channel channel)
 {
-    const StemSession::Stem* changed = stem(key);
-    if (changed == nullptr)
+    if (stem(key) == nullptr)
         return;
     StemMix mix = m_stemMix;
-    mix.channels[std::string(key)] = channel;
+    mix.channels.erase(std::string(key));
+    if (channel != StemMix::Channel())
+        mix.channels.emplace(key, channel);
     if (!assign(m_stemMix, std::move(mix), &AppState::stemMixChanged))
         return;
-    tellStemGain(*changed);
+    tellStemVolumes();
     m_saver.saveStemMixSoon();
 }
 

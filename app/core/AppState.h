@@ -141,7 +141,7 @@ private:
     void tellWhatFollows() { m_engine.nextSegmentDidChange(); }
     void setOfferedSettings(std::optional<FileSettings> settings);
     void setStemChannel(std::string_view key, StemMix::Channel channel);
-    void tellStemGain(const StemSession::Stem& stem);
+    void tellStemVolumes();
 
     AudioEngine& m_engine;
     Transport m_transport{ *this, m_engine };

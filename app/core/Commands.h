@@ -43,6 +43,9 @@ enum class CommandId {
     soloPiano,
     soloOther,
     showHelp,
+    // What has happened, with the song as their object; without one: to all songs.
+    stemFilesCreated,
+    stemFilesDeleted,
 };
 
 /// A key by its place on the keyboard, so that it stays where it is on every layout; by its name where an event carries no
@@ -174,6 +177,8 @@ inline constexpr std::array commands{
     Command{ CommandId::soloOther, "QLT.soloOther", nullptr, nullptr, 0, { 15, Qt::Key_6 }, KeyUse::plainWithShift },
     Command{ CommandId::showHelp, "QLT.showHelp", QT_TRANSLATE_NOOP("Commands", "Quillet Help"),
              QT_TRANSLATE_NOOP("Commands", "Help") },
+    Command{ CommandId::stemFilesCreated, "QLT.stemFilesCreated" },
+    Command{ CommandId::stemFilesDeleted, "QLT.stemFilesDeleted" },
 };
 
 /// The command's row of the table.

@@ -62,6 +62,15 @@ std::string describe(const WriteError& error)
     return "“" + displayText(error.path) + "” could not be written: " + reason(error.number) + ".";
 }
 
+FilePath freeName(const FilePath& wanted)
+{
+    std::error_code unknown;
+    FilePath name = wanted;
+    for (int number = 2; std::filesystem::exists(name, unknown); ++number)
+        name.replace_filename(wanted.stem().native() + " (" + std::to_string(number) + ")" + wanted.extension().native());
+    return name;
+}
+
 OutputFile::OutputFile(FilePath named)
     : m_named(std::move(named))
 {

@@ -23,6 +23,9 @@ struct WriteError {
 /// One sentence for the user, naming the file.
 std::string describe(const WriteError& error);
 
+/// `wanted`, or where that is taken the first of "name (2).ext", "name (3).ext", … that is not. It asks the disk.
+[[nodiscard]] FilePath freeName(const FilePath& wanted);
+
 class OutputFile {
 public:
     /// Begins a file for `target`, which may exist (`finish` replaces it and keeps its permissions; through a symbolic link,

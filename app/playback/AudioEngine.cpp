@@ -307,13 +307,12 @@ void AudioEngine::enterStemMode(std::vector<StemFile> stems)
     m_graph.disconnectInput(m_graph.timePitch());
     m_graph.connect(*m_stemMixer, m_graph.timePitch());
     for (StemFile& stem : stems) {
-        StemNode node{ std::move(stem.stem.key), m_graph.makePlayer(), m_graph.makeMixer(), std::move(stem.file), {} };
+        StemNode node{ std::move(stem.stem.key), m_graph.makePlayer(), m_graph.makeMixer(), std::move(stem.file) };
         m_graph.connect(*node.player, *node.mixer);
         m_graph.connect(*node.mixer, *m_stemMixer);
-        node.gain.isMuted = stem.stem.isMuted;
+        node.mixer->setOutputVolume(stem.stem.isMuted ? 0 : 1);
         m_stemNodes.push_back(std::move(node));
     }
-    applyStemGains();
     m_transport = Transport::idle;
 }
 
@@ -340,27 +339,11 @@ void AudioEngine::connectMainPlayer()
     m_graph.connect(*m_player, m_graph.timePitch());
 }
 
-void AudioEngine::setStemGain(std::string_view key, StemGain gain)
+void AudioEngine::setStemVolume(std::string_view key, double volume)
 {
-    for (StemNode& stem : m_stemNodes)
+    for (const StemNode& stem : m_stemNodes)
         if (stem.key == key)
-            stem.gain = gain;
-    applyStemGains();
-}
-
-std::optional<StemGain> AudioEngine::stemGain(std::string_view key) const
-{
-    const auto stem = std::ranges::find(m_stemNodes, key, &StemNode::key);
-    return stem == m_stemNodes.end() ? std::nullopt : std::optional(stem->gain);
-}
-
-void AudioEngine::applyStemGains()
-{
-    const bool anySoloed = std::ranges::any_of(m_stemNodes, [](const StemNode& stem) { return stem.gain.isSoloed; });
-    for (StemNode& stem : m_stemNodes) {
-        const bool isHeard = !stem.gain.isMuted && (!anySoloed || stem.gain.isSoloed);
-        stem.mixer->setOutputVolume(isHeard ? stem.gain.volume : 0);
-    }
+            stem.mixer->setOutputVolume(volume);
 }
 
 }  // namespace quillet

@@ -21,15 +21,6 @@
 
 namespace quillet {
 
-/// How a stem is mixed. Where any is soloed only those are heard, unless they are muted.
-struct StemGain {
-    /// A linear factor, 0 to 1.5.
-    double volume = 1;
-    bool isMuted = false;
-    bool isSoloed = false;
-    bool operator==(const StemGain&) const = default;
-};
-
 class AudioEngine {
 public:
     /// Both outlive the engine. The equaliser starts bypassed, all gains at 0 dB.
@@ -75,10 +66,9 @@ public:
     /// Returns to the file: stops, and reports so to the state. Does nothing outside stem mode.
     void exitStemMode();
     [[nodiscard]] bool isInStemMode() const { return !m_stemNodes.empty(); }
-    /// How loud the stem with `key` is beside the others; it stays in step with them. Does nothing when there is none.
-    void setStemGain(std::string_view key, StemGain gain);
-    /// Nothing when there is no such stem.
-    [[nodiscard]] std::optional<StemGain> stemGain(std::string_view key) const;
+    /// How loud the stem with `key` is heard, a linear factor; it stays in step with the others. Does nothing when there is
+    /// none.
+    void setStemVolume(std::string_view key, double volume);
 
 private:
     struct StemNode {
@@ -86,7 +76,6 @@ private:
         std::unique_ptr<PlayerNode> player;
         std::unique_ptr<MixerNode> mixer;
         std::shared_ptr<AudioFile> file;
-        StemGain gain;
     };
     bool playStemMode(const TimeRange& segment);
     void schedule(PlayerNode& player, const std::shared_ptr<AudioFile>& file, const TimeRange& segment,
@@ -107,8 +96,6 @@ private:
     [[nodiscard]] bool hasPlayedAllPasses();
     [[nodiscard]] std::optional<TimeRange> heldWindow() const;
     [[nodiscard]] PassPlan planFor(const AudioFile& file) const;
-    void applyStemGains();
-
     void connectMainPlayer();
 
     AudioGraph& m_graph;

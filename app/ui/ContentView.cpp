@@ -84,8 +84,8 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_shade(new Shade(this)),
       m_keys(new KeyResponderView(services.state, services.commands, this)),
       m_stems(new StemSeparationFlow(
-          { services.state, services.loader, services.separator, services.stemSessions, services.stemMixes, services.background,
-            services.scheduler, services.theme },
+          { services.state, services.loader, services.commands, services.separator, services.stemSessions, services.stemMixes,
+            services.audioFiles, services.background, services.scheduler, services.theme },
           { *this, [this](QDialog& sheet) { openSheet(sheet); }, [this](Notice& notice) { m_notices->addWidget(&notice); } }))
 {
     m_stems->setParent(this);
@@ -146,7 +146,11 @@ void ContentView::subscribe()
         if (m_services.state.stemSession())
             m_stems->confirmCleanup();
     });
-    on(CommandId::exportStems, [this](const auto&) { m_stems->chooseExportFolder(); });
+    on(CommandId::exportStems, [this](const auto&) { m_stems->askWhatToExport(); });
+    on(CommandId::stemFilesDeleted, [this](const std::optional<FilePath>& song) {
+        if (!song || song == m_services.state.audioFileURL())
+            m_services.state.exitStemMode();
+    });
     on(CommandId::showHelp, [this](const auto&) { m_services.state.setIsShowingHelp(true); });
 }
 

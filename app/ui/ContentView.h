@@ -51,6 +51,7 @@ public:
         StemSeparator& separator;
         StemSessionStore& stemSessions;
         StemMixStore& stemMixes;
+        AudioFileOpener& audioFiles;
         BackgroundRunner& background;
         Scheduler& scheduler;
         DownloadSettingsStore& downloadSettings;

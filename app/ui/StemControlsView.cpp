@@ -133,12 +133,11 @@ void StemControlsView::sync()
 {
     if (!m_state.stemSession())
         return;
-    const bool isAnySoloed = m_state.stemMix().isAnySoloed();
     for (std::size_t i = 0; i < m_tiles.size(); ++i) {
         const StemSession::Stem& stem = m_state.stemSession()->stems[i];
         const Tile& tile = m_tiles[i];
         const StemMix::Channel channel = m_state.stemMix().channel(stem.key);
-        const bool isHeard = !stem.isMuted && (!isAnySoloed || channel.isSoloed);
+        const bool isHeard = m_state.stemMix().isHeard(stem, *m_state.stemSession());
         const QString name = nameOf(stem.key);
         tile.name->setRole(isHeard ? Label::Role::text : Label::Role::secondary);
         tile.symbol->setPixmap(symbolPixmap(symbolOf(stem.key), symbolSize,

@@ -1,7 +1,9 @@
 #include "app/ui/StemSeparationFlow.h"
 
+#include "app/export/OutputFile.h"
 #include "app/stems/StemExport.h"
 #include "app/ui/ClosableNotice.h"
+#include "app/ui/ExportNotice.h"
 #include "app/ui/FileNames.h"
 
 #include <QFileDialog>
@@ -76,9 +78,12 @@ void StemSeparationFlow::closeSheet()
 void StemSeparationFlow::takePhase()
 {
     const StemSeparationPhase& phase = m_services.separator.phase();
-    if (phase.kind == StemSeparationPhase::Kind::complete && !isSongOpen())
+    if (phase.kind != StemSeparationPhase::Kind::complete)
+        return;
+    if (!isSongOpen())
         m_services.background.run([&sessions = m_services.sessions, session = StemSession::fromSeparation(phase.stems),
                                    song = m_services.separator.fileURL()] { sessions.save(session, song); });
+    m_services.commands.execute(CommandId::stemFilesCreated, m_services.separator.fileURL());
 }
 
 void StemSeparationFlow::confirmCleanup()
@@ -109,14 +114,33 @@ void StemSeparationFlow::cleanupCurrentTrackStems()
         sessions.remove(song);
         mixes.remove(song);
     });
+    m_services.commands.execute(CommandId::stemFilesDeleted, *song);
 }
 
-// ---- Copies ----
+// ---- Export ----
 
-void StemSeparationFlow::chooseExportFolder()
+void StemSeparationFlow::askWhatToExport()
 {
     if (!m_services.state.stemSession())
         return;
+    auto* question = new QMessageBox(QMessageBox::NoIcon, tr("Export Stems"), tr("What would you like to export?"),
+                                     QMessageBox::Cancel, &m_host.window);
+    question->setInformativeText(
+        tr("The stems are copied as they are. The mix is one file in which each stem is as loud as you "
+           "hear it now, at the song’s own speed and pitch."));
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    question->setWindowModality(Qt::WindowModal);
+    const auto offer = [this, question](const QString& title, Export what) {
+        connect(question->addButton(title, QMessageBox::AcceptRole), &QAbstractButton::clicked, this,
+                [this, what] { chooseExportFolder(what); });
+    };
+    offer(tr("Stems…"), Export::stems);
+    offer(tr("Mix…"), Export::mix);
+    m_host.openSheet(*question);
+}
+
+void StemSeparationFlow::chooseExportFolder(Export what)
+{
     auto* panel =
         new QFileDialog(&m_host.window, tr("Export Stems"), QStandardPaths::writableLocation(QStandardPaths::MusicLocation));
     panel->setAttribute(Qt::WA_DeleteOnClose);
@@ -124,18 +148,46 @@ void StemSeparationFlow::chooseExportFolder()
     panel->setFileMode(QFileDialog::Directory);
     panel->setOption(QFileDialog::ShowDirsOnly);
     panel->setLabelText(QFileDialog::Accept, tr("Export"));
-    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& folder) { exportTo(pathOf(folder)); });
+    connect(panel, &QFileDialog::fileSelected, this, [this, what](const QString& folder) { exportTo(pathOf(folder), what); });
     m_host.openSheet(*panel);
 }
 
-void StemSeparationFlow::exportTo(const FilePath& folder)
+void StemSeparationFlow::exportTo(const FilePath& folder, Export what)
 {
+    // Another song may have been opened meanwhile.
     const auto& session = m_services.state.stemSession();
     if (!session)
         return;
     StemFolder::Stems stems;
     for (const StemSession::Stem& stem : session->stems)
         stems[stem.key] = stem.fileURL;
+    if (what == Export::stems) {
+        exportStemsTo(folder, stems);
+        return;
+    }
+    RenderOptions mix;
+    mix.playback.input = *m_services.state.audioFileURL();
+    mix.playback.stems = std::move(stems);
+    mix.playback.stemVolumes.emplace();
+    for (const StemSession::Stem& stem : session->stems)
+        (*mix.playback.stemVolumes)[stem.key] = m_services.state.stemMix().heardVolume(stem, *session);
+    m_services.background.run([&scheduler = m_services.scheduler, self = std::weak_ptr(m_self), mix, folder]() mutable {
+        mix.output = freeName(folder / (mix.playback.input.stem().native() + " Mix.wav"));
+        scheduler.post([self, mix] {
+            if (const auto flow = self.lock())
+                (*flow)->exportMix(mix);
+        });
+    });
+}
+
+void StemSeparationFlow::exportMix(const RenderOptions& mix)
+{
+    const BackgroundRender::Services services{ m_services.audioFiles, m_services.background, m_services.scheduler };
+    m_host.addNotice(*new ExportNotice(m_services.theme, services, mix));
+}
+
+void StemSeparationFlow::exportStemsTo(const FilePath& folder, const StemFolder::Stems& stems)
+{
     auto* notice = new ClosableNotice(m_services.theme, tr("Copying the stems…"));
     m_host.addNotice(*notice);
     m_services.background.run([&scheduler = m_services.scheduler, self = std::weak_ptr(m_self), notice = QPointer(notice),

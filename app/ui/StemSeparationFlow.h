@@ -5,7 +5,9 @@
 
 #include "AppCore/StemMixStore.h"
 #include "AppCore/StemSessionStore.h"
+#include "app/core/CommandCenter.h"
 #include "app/core/FileLoader.h"
+#include "app/export/PlaybackOptions.h"
 #include "app/stems/StemSeparator.h"
 #include "app/ui/SeparationNotice.h"
 #include "app/ui/StemSeparationSheet.h"
@@ -29,9 +31,11 @@ public:
     struct Services {
         AppState& state;
         FileLoader& loader;
+        CommandCenter& commands;
         StemSeparator& separator;
         StemSessionStore& sessions;
         StemMixStore& mixes;
+        AudioFileOpener& audioFiles;
         BackgroundRunner& background;
         Scheduler& scheduler;
         const ThemeSource& theme;
@@ -50,10 +54,11 @@ public:
 
     void showSheet();
     void confirmCleanup();
-    /// Asks where copies of the stems are to go.
-    void chooseExportFolder();
-    /// Copies them, and says how that went.
-    void exportTo(const FilePath& folder);
+    enum class Export { stems, mix };
+    /// Asks which of the two is to be exported, and where to.
+    void askWhatToExport();
+    /// Copies the stems, or writes them mixed as they are heard, and says how that goes.
+    void exportTo(const FilePath& folder, Export what);
     /// Leaves stem mode and deletes the open song's stems, with what is remembered of them.
     void cleanupCurrentTrackStems();
 
@@ -65,6 +70,9 @@ private:
     void closeSheet();
     void takePhase();
     [[nodiscard]] bool isSongOpen() const;
+    void chooseExportFolder(Export what);
+    void exportMix(const RenderOptions& mix);
+    void exportStemsTo(const FilePath& folder, const StemFolder::Stems& stems);
 
     Services m_services;
     Host m_host;

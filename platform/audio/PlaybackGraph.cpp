@@ -36,8 +36,8 @@ PlaybackGraph::PlaybackGraph(AudioOutput& output, Scheduler& scheduler)
       m_timePitch([this] { settingsChanged(); }),
       m_equalizer([this] { settingsChanged(); }),
       m_renderer(m_stage, [this] { m_source.wake(); }),
-      m_source([this] { m_renderWake.wake(); }),
-      m_render(m_renderer, m_renderWake, [this] { m_output.framesReady(); })
+      m_source([this] { m_renderWake.wake(); }, output.isRealTime()),
+      m_render(m_renderer, m_renderWake, [this] { m_output.framesReady(); }, output.isRealTime())
 {
     settingsChanged();
 }

@@ -6,10 +6,11 @@
 
 namespace quillet {
 
-RenderThread::RenderThread(Renderer& renderer, WakeSemaphore& wake, std::function<void()> rendered)
+RenderThread::RenderThread(Renderer& renderer, WakeSemaphore& wake, std::function<void()> rendered, bool isRealTime)
     : m_renderer(renderer),
       m_wake(wake),
       m_rendered(std::move(rendered)),
+      m_isRealTime(isRealTime),
       m_worker([this](const std::stop_token& stopped) { run(stopped); })
 {
 }
@@ -41,7 +42,8 @@ void RenderThread::prepare(int sampleRate)
 
 void RenderThread::run(const std::stop_token& stopped)
 {
-    m_renderer.setPriority(raiseThreadPriority());
+    if (m_isRealTime)
+        m_renderer.setPriority(raiseThreadPriority());
     while (!stopped.stop_requested()) {
         takeOrders();
         const bool more = m_renderer.step();

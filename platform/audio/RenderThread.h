@@ -16,8 +16,8 @@ namespace quillet {
 class RenderThread {
 public:
     /// `wake` is the semaphore that everyone with news for the renderer wakes; `rendered` is called on the worker after each
-    /// step.
-    RenderThread(Renderer& renderer, WakeSemaphore& wake, std::function<void()> rendered);
+    /// step. `isRealTime` asks for a priority above the machine's other work.
+    RenderThread(Renderer& renderer, WakeSemaphore& wake, std::function<void()> rendered, bool isRealTime);
     ~RenderThread();
     RenderThread(const RenderThread&) = delete;
     RenderThread& operator=(const RenderThread&) = delete;
@@ -35,6 +35,7 @@ private:
     Renderer& m_renderer;
     WakeSemaphore& m_wake;
     std::function<void()> m_rendered;
+    const bool m_isRealTime;
 
     std::mutex m_lock;
     std::shared_ptr<Run> m_pending;

@@ -26,8 +26,9 @@ constexpr double lastReadSeconds = 0.5;
 /// What the worker needs, kept by the worker itself, since it may outlive everything else.
 class SourceThread::Worker {
 public:
-    explicit Worker(std::function<void()> delivered)
-        : m_delivered(std::move(delivered))
+    Worker(std::function<void()> delivered, bool isRealTime)
+        : m_delivered(std::move(delivered)),
+          m_isRealTime(isRealTime)
     {
     }
 
@@ -61,7 +62,8 @@ public:
 
     void run()
     {
-        raiseThreadPriority();
+        if (m_isRealTime)
+            raiseThreadPriority();
         while (takeOrders()) {
             if (m_run == nullptr || m_ended || !deliver())
                 m_wake.wait(3600);
@@ -192,6 +194,7 @@ private:
     WakeSemaphore m_wake, m_finished;
     std::mutex m_lock;
     std::function<void()> m_delivered;
+    const bool m_isRealTime;
     std::shared_ptr<Run> m_pending;
     bool m_hasPending = false;
     bool m_stopped = false;
@@ -209,8 +212,8 @@ private:
     std::vector<float> m_stereo, m_lead, m_wide;
 };
 
-SourceThread::SourceThread(std::function<void()> delivered)
-    : m_worker(std::make_shared<Worker>(std::move(delivered))),
+SourceThread::SourceThread(std::function<void()> delivered, bool isRealTime)
+    : m_worker(std::make_shared<Worker>(std::move(delivered), isRealTime)),
       m_thread([worker = m_worker] { worker->run(); })
 {
 }

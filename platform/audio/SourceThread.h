@@ -14,8 +14,9 @@ namespace quillet {
 
 class SourceThread {
 public:
-    /// `delivered` is called on the worker whenever there is something new in the run's ring.
-    explicit SourceThread(std::function<void()> delivered);
+    /// `delivered` is called on the worker whenever there is something new in the run's ring. `isRealTime` asks for a priority
+    /// above the machine's other work.
+    SourceThread(std::function<void()> delivered, bool isRealTime);
     /// A worker that hangs in a read from a disk that does not answer is left behind; it calls nobody any more.
     ~SourceThread();
     SourceThread(const SourceThread&) = delete;

@@ -9,14 +9,17 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <utility>
 #include <vector>
 
 namespace quillet {
 
 class FakeAudioFileOpener final : public AudioFileOpener {
 public:
-    void add(const FilePath& path, int sampleRate, std::int64_t frames) { m_files[path] = { sampleRate, frames }; }
+    /// Every sample is `level`.
+    void add(const FilePath& path, int sampleRate, std::int64_t frames, float level = 0)
+    {
+        m_files[path] = { sampleRate, frames, level };
+    }
     void remove(const FilePath& path) { m_files.erase(path); }
 
     [[nodiscard]] std::expected<std::unique_ptr<AudioFile>, AudioFileError> open(const FilePath& path) override
@@ -24,12 +27,17 @@ public:
         const auto file = m_files.find(path);
         if (file == m_files.end())
             return std::unexpected(AudioFileError::notFound);
-        const auto [sampleRate, frames] = file->second;
-        return std::make_unique<MemoryAudioFile>(sampleRate, std::vector<float>(static_cast<std::size_t>(2 * frames)));
+        const auto [sampleRate, frames, level] = file->second;
+        return std::make_unique<MemoryAudioFile>(sampleRate, std::vector<float>(static_cast<std::size_t>(2 * frames), level));
     }
 
 private:
-    std::map<FilePath, std::pair<int, std::int64_t>> m_files;
+    struct File {
+        int sampleRate = 0;
+        std::int64_t frames = 0;
+        float level = 0;
+    };
+    std::map<FilePath, File> m_files;
 };
 
 }  // namespace quillet

@@ -158,19 +158,14 @@ class WindowTest(ProgramTest):
     def test_floods_of_keys_leave_it_well_and_never_block_it(self):
         window = self.open(self.song)
         window.wait_until_loaded()
-        # Beside the machine's own delay, which grows with its load, and the best of three.
-        for _ in range(3):
-            with Watchdog(window) as watchdog:
-                for key in ("ctrl+Left", "ctrl+Right", "ctrl+Up", "ctrl+Down", "ctrl+l", "ctrl+r", "space", "h", "Right", "Left"):
-                    DESKTOP.run("xdotool", "key", "--delay", "1", "--repeat", "500", "--repeat-delay", "2", key)
-                time.sleep(1)
-            if watchdog.slowest < 0.05 + 2 * watchdog.machine:
-                break
+        with Watchdog(window) as watchdog:
+            for key in ("ctrl+Left", "ctrl+Right", "ctrl+Up", "ctrl+Down", "ctrl+l", "ctrl+r", "space", "h", "Right", "Left"):
+                DESKTOP.run("xdotool", "key", "--delay", "1", "--repeat", "500", "--repeat-delay", "2", key)
+            time.sleep(1)
         self.assertIsNone(window.process.poll())
         self.assertRegex(window.text("Speed in percent"), r"^\d+%$")
-        print(f"slowest answer {1000 * watchdog.slowest:.0f} ms (the machine's own delay {1000 * watchdog.machine:.0f} ms)")
-        if not SLOWED:
-            self.assertLess(watchdog.slowest, 0.05 + 2 * watchdog.machine)
+        print(watchdog)
+        self.assertTrue(watchdog.is_quick, watchdog)
         self.assertEqual(window.close(), 0)
 
     def test_without_a_sound_device_it_says_so(self):

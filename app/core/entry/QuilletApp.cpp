@@ -194,7 +194,8 @@ private:
     /// The application's.
     QuilletStyle* m_style = new QuilletStyle(m_theme);
     MainWindow m_window{ { *m_state, m_loader, m_commands, m_recentFiles, m_downloader, m_separator, m_stemSessions,
-                           m_stemMixes, m_background, m_scheduler, m_downloadSettings, m_theme, m_defaults } };
+                           m_stemMixes, m_media.audioFiles(), m_background, m_scheduler, m_downloadSettings, m_theme,
+                           m_defaults } };
 };
 
 }  // namespace

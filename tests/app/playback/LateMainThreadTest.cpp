@@ -81,7 +81,9 @@ TEST(LateMainThread, ManyPassesLaterItTakesOverTheOneThatSounds)
     EXPECT_NEAR(rig.state->position, 1 + 9000.0 / 44100, 0.06);
     rig.state->loop = false;
     rig.engine.nextSegmentDidChange();
+    rig.waitUntilReady();
     rig.pull(pass);
+    rig.scheduler.advance(0.1);
     EXPECT_FALSE(rig.state->isPlaying);
 }
 

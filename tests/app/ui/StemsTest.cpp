@@ -1,5 +1,6 @@
 #include "app/ui/ClosableNotice.h"
 #include "app/ui/ContentView.h"
+#include "app/ui/ExportNotice.h"
 #include "app/ui/SeparationNotice.h"
 #include "app/ui/StemControlsView.h"
 #include "app/ui/StemSeparationFlow.h"
@@ -10,16 +11,19 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
+#include <iterator>
 #include <string>
+#include <utility>
 
 namespace quillet {
 namespace {
 
 struct StemsTest : testing::Test, WindowRig {
     AppState& state = *WindowRig::state;
-    ContentView view{ { state, loader, commands, recentFiles, downloader, separator, stemSessions, stemMixes, background,
-                        scheduler, downloadSettings, theme, defaults } };
+    ContentView view{ { state, loader, commands, recentFiles, downloader, separator, stemSessions, stemMixes, opener,
+                        background, scheduler, downloadSettings, theme, defaults } };
     FilePath stems = tools / "stems" / StemFolder::pathHash(song) / "htdemucs_6s" / "song";
 
     StemsTest()
@@ -112,7 +116,7 @@ TEST_F(StemsTest, TheSheetFollowsTheSeparationAndItsStemsPlay)
 
     auto* flow = view.findChild<StemSeparationFlow*>();
     for (const char* folder : { "out/new", "uv" }) {
-        flow->exportTo(tools / folder);
+        flow->exportTo(tools / folder, StemSeparationFlow::Export::stems);
         finishWork();
     }
     EXPECT_TRUE(std::filesystem::exists(tools / "out/new/song Stems/Guitar.wav"));
@@ -154,22 +158,42 @@ TEST_F(StemsTest, WhatEndsInTheBackgroundWaitsForTheUser)
     }
 }
 
-TEST_F(StemsTest, ChannelsSoundAsTheyAreSetAndAreRemembered)
+TEST_F(StemsTest, ChannelsSoundAndAreExportedAsTheyAreSetAndAreRemembered)
 {
     const StemSession session{ { { "vocals", "/vocals.wav" }, { "bass", "/bass.wav" } } };
     for (const StemSession::Stem& stem : session.stems)
-        opener.add(stem.fileURL, sampleRate, 10 * sampleRate);
+        opener.add(stem.fileURL, sampleRate, 10 * sampleRate, stem.key == "bass" ? 0.25F : 0.125F);
+    // The first mixer is the sum.
+    const auto volumes = [&] { return std::pair(graph.mixers.at(1)->volume, graph.mixers.at(2)->volume); };
     state.enterStemMode(session, openStemFiles(opener, session.stems));
     const auto* controls = view.findChild<StemControlsView*>();
     ASSERT_NE(controls, nullptr);
     buttonIn(*controls, "Mute").click();
-    EXPECT_TRUE(engine.stemGain("vocals")->isMuted);
+    EXPECT_EQ(volumes(), std::pair(0.0, 1.0));
     EXPECT_TRUE(stemSessions.load(song)->front().isMuted) << "at once";
+    commands.execute(CommandId::soloVocals);
+    EXPECT_EQ(volumes(), std::pair(1.0, 0.0)) << "solo wins over mute";
     commands.execute(CommandId::soloBass);
+    commands.execute(CommandId::soloVocals);
     commands.execute(CommandId::muteVocals);
     state.setStemVolume("bass", 2);
-    EXPECT_EQ(*engine.stemGain("vocals"), (StemGain{ 1, false, false }));
-    EXPECT_EQ(*engine.stemGain("bass"), (StemGain{ StemMix::maxVolume, false, true }));
+    EXPECT_EQ(volumes(), std::pair(0.0, StemMix::maxVolume));
+
+    opener.add(song, sampleRate, 10 * sampleRate, 1);
+    auto* flow = view.findChild<StemSeparationFlow*>();
+    for (const char* name : { "song Mix.wav", "song Mix (2).wav" }) {
+        flow->exportTo(tools.path(), StemSeparationFlow::Export::mix);
+        finishWork();
+        std::ifstream file(tools / name, std::ios::binary);
+        const std::string bytes(std::istreambuf_iterator<char>(file), {});
+        float middle = 0;
+        ASSERT_GT(bytes.size(), 10 * sampleRate * 2 * sizeof(float));
+        std::memcpy(&middle, &bytes[bytes.size() - 5 * sampleRate * 2 * sizeof(float)], sizeof middle);
+        EXPECT_FLOAT_EQ(middle, 0.25 * StemMix::maxVolume);
+    }
+    flow->exportTo(tools / "uv", StemSeparationFlow::Export::mix);
+    finishWork();
+    EXPECT_NE(view.findChildren<ExportNotice*>().back()->sentence().indexOf(QLatin1String("could not be written")), -1);
     scheduler.advance(1);
     EXPECT_EQ(stemMixes.load(song), state.stemMix());
     commands.execute(CommandId::mutePiano);
