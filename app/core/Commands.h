@@ -42,7 +42,9 @@ enum class CommandId {
     soloGuitar,
     soloPiano,
     soloOther,
+    showSettings,
     showHelp,
+    checkForUpdates,
     // What has happened, with the song as their object; without one: to all songs.
     stemFilesCreated,
     stemFilesDeleted,
@@ -97,6 +99,8 @@ inline constexpr std::array commands{
     Command{ CommandId::separateStems, "QLT.separateStems", QT_TRANSLATE_NOOP("Commands", "Separate Stems…"), "File" },
     Command{ CommandId::cleanupStems, "QLT.cleanupStems", QT_TRANSLATE_NOOP("Commands", "Cleanup Stems"), "File" },
     Command{ CommandId::exportStems, "QLT.exportStems", QT_TRANSLATE_NOOP("Commands", "Export Stems…"), "File" },
+    Command{ CommandId::showSettings, "QLT.showSettings", QT_TRANSLATE_NOOP("Commands", "Settings…"), "File",
+             withCommandKey(Qt::Key_Comma) },
     Command{ CommandId::openRecent, "QLT.openRecent" },
     Command{ CommandId::clearRecents, "QLT.clearRecents" },
     Command{ CommandId::playPause, "QLT.playPause", nullptr, nullptr, 0, { 65, Qt::Key_Space }, KeyUse::inPlayer },
@@ -177,6 +181,7 @@ inline constexpr std::array commands{
     Command{ CommandId::soloOther, "QLT.soloOther", nullptr, nullptr, 0, { 15, Qt::Key_6 }, KeyUse::plainWithShift },
     Command{ CommandId::showHelp, "QLT.showHelp", QT_TRANSLATE_NOOP("Commands", "Quillet Help"),
              QT_TRANSLATE_NOOP("Commands", "Help") },
+    Command{ CommandId::checkForUpdates, "QLT.checkForUpdates", QT_TRANSLATE_NOOP("Commands", "Check for Updates..."), "Help" },
     Command{ CommandId::stemFilesCreated, "QLT.stemFilesCreated" },
     Command{ CommandId::stemFilesDeleted, "QLT.stemFilesDeleted" },
 };

@@ -1,5 +1,6 @@
 #include "app/stems/DependenciesFolder.h"
 
+#include "platform/files/DirectoryBytes.h"
 #include "platform/files/FileExists.h"
 #include "platform/files/UserDirectories.h"
 
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <sys/stat.h>
 #include <system_error>
 #include <utility>
@@ -18,6 +20,8 @@ namespace quillet {
 namespace {
 
 constexpr const char* marker = ".req-hash";
+/// That the environment is ours.
+constexpr const char* claimMark = ".quillet";
 /// In every virtual environment.
 constexpr const char* environmentMark = "pyvenv.cfg";
 constexpr double gigabyte = 1 << 30;
@@ -70,6 +74,18 @@ bool areOnOneFileSystem(const FilePath& one, const FilePath& other)
         && first.st_dev == second.st_dev;
 }
 
+bool holdsPackages(const FilePath& environment)
+{
+    std::error_code error;
+    for (std::filesystem::directory_iterator python(environment / "lib", error), end; !error && python != end;
+         python.increment(error))
+        for (std::filesystem::directory_iterator entry(python->path() / "site-packages", error); !error && entry != end;
+             entry.increment(error))
+            if (entry->path().extension() == ".dist-info")
+                return true;
+    return false;
+}
+
 }  // namespace
 
 DependenciesFolder::DependenciesFolder(FilePath path, FilePath requirements)
@@ -103,6 +119,8 @@ void DependenciesFolder::begin() const
     std::filesystem::remove(m_path / marker, ignored);
 }
 
+void DependenciesFolder::claim() const { std::ofstream(m_path / claimMark); }
+
 void DependenciesFolder::writeRequirementsHash() const
 {
     const auto hash = currentRequirementsHash();
@@ -112,6 +130,8 @@ void DependenciesFolder::writeRequirementsHash() const
     file.write(hash->data(), static_cast<qint64>(hash->size()));
     file.commit();
 }
+
+std::int64_t DependenciesFolder::bytes() const { return isOwn() ? directoryBytes(m_path) : 0; }
 
 void DependenciesFolder::remove() const
 {
@@ -138,7 +158,6 @@ std::optional<std::string> DependenciesFolder::storedRequirementsHash() const
     return decoder.hasError() ? std::nullopt : std::optional(text.trimmed().toStdString());
 }
 
-/// Nothing is there, or an environment, or no file at all.
 bool DependenciesFolder::isOwn() const
 {
     std::error_code unknown;
@@ -147,7 +166,12 @@ bool DependenciesFolder::isOwn() const
         return true;
     if (status.type() != std::filesystem::file_type::directory)
         return false;
-    return fileExists(m_path / environmentMark) || (std::filesystem::is_empty(m_path, unknown) && !unknown);
+    if (fileExists(m_path / claimMark) || fileExists(m_path / marker))
+        return true;
+    // One that was being made when the power went has nothing in it yet.
+    if (fileExists(m_path / environmentMark))
+        return !holdsPackages(m_path);
+    return std::filesystem::is_empty(m_path, unknown) && !unknown;
 }
 
 }  // namespace quillet

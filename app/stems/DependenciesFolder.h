@@ -6,6 +6,7 @@
 #include "app/stems/StemError.h"
 #include "platform/base/FilePath.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -25,15 +26,20 @@ public:
     [[nodiscard]] std::optional<StemError> obstacle() const;
     /// From now on, until `writeRequirementsHash`, it counts as unfinished, whatever ends the program.
     void begin() const;
+    /// The environment that has just been made there is Quillet's, whole or not. Without effect where the disk refuses.
+    void claim() const;
     /// It is whole. Without effect where the disk refuses: it is built again then.
     void writeRequirementsHash() const;
+    /// Of the environment; 0 where there is none.
+    [[nodiscard]] std::int64_t bytes() const;
     /// Deletes the environment, unless the folder holds something else than one.
     void remove() const;
+    /// Whether the folder is missing, empty or an environment that Quillet has made: only such a one is built in, and deleted.
+    [[nodiscard]] bool isOwn() const;
 
 private:
     [[nodiscard]] std::optional<std::string> currentRequirementsHash() const;
     [[nodiscard]] std::optional<std::string> storedRequirementsHash() const;
-    [[nodiscard]] bool isOwn() const;
 
     FilePath m_path;
     FilePath m_requirements;

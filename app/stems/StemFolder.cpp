@@ -1,6 +1,7 @@
 #include "app/stems/StemFolder.h"
 
 #include "AppCore/StemSession.h"
+#include "platform/files/DirectoryBytes.h"
 #include "platform/files/FileExists.h"
 
 #include <QCryptographicHash>
@@ -26,6 +27,33 @@ constexpr std::string_view unfinishedPrefix = ".separating-";
 bool isOwn(const FilePath& name)
 {
     return name == modelFolder || name == songRecord || name.native().starts_with(unfinishedPrefix);
+}
+
+bool isHash(std::string_view name)
+{
+    return name.size() == 2 * hashBytes && name.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
+std::vector<FilePath> entriesOf(const FilePath& folder)
+{
+    std::vector<FilePath> entries;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+        entries.push_back(entry->path());
+    return entries;
+}
+
+/// The stems of each song's name, and the folders that are empty then: others may have put something beside them.
+void removeStems(const FilePath& model)
+{
+    std::error_code ignored;
+    for (const FilePath& song : entriesOf(model)) {
+        for (const std::string_view key : StemSession::keys)
+            std::filesystem::remove(song / (std::string(key) + ".wav"), ignored);
+        if (std::filesystem::is_directory(song, ignored))
+            std::filesystem::remove(song, ignored);
+    }
+    std::filesystem::remove(model, ignored);
 }
 
 }  // namespace
@@ -81,15 +109,44 @@ void StemFolder::recordSong(const FileAttributes& song) const
            << '\n';
 }
 
+std::vector<FilePath> StemFolder::ownEntries() const
+{
+    std::vector<FilePath> own;
+    for (const FilePath& entry : entriesOf(m_path))
+        if (isOwn(entry.filename()))
+            own.push_back(entry);
+    return own;
+}
+
+std::vector<StemFolder> StemFolder::all(const FilePath& stemsDirectory)
+{
+    std::vector<StemFolder> folders;
+    for (const FilePath& entry : entriesOf(stemsDirectory)) {
+        StemFolder folder;
+        folder.m_path = entry;
+        if (isHash(entry.filename().native()) && !folder.ownEntries().empty())
+            folders.push_back(std::move(folder));
+    }
+    return folders;
+}
+
+std::int64_t StemFolder::bytes() const
+{
+    std::int64_t bytes = 0;
+    for (const FilePath& entry : ownEntries())
+        bytes += directoryBytes(entry);
+    return bytes;
+}
+
 void StemFolder::remove() const
 {
     std::error_code ignored;
-    std::vector<FilePath> own;
-    for (std::filesystem::directory_iterator entry(m_path, ignored), end; !ignored && entry != end; entry.increment(ignored))
-        if (isOwn(entry->path().filename()))
-            own.push_back(entry->path());
-    for (const FilePath& entry : own)
-        std::filesystem::remove_all(entry, ignored);
+    for (const FilePath& entry : ownEntries()) {
+        if (entry.filename() == modelFolder)
+            removeStems(entry);
+        else
+            std::filesystem::remove_all(entry, ignored);
+    }
     // Only if it is empty now.
     std::filesystem::remove(m_path, ignored);
 }

@@ -6,9 +6,11 @@
 #include "platform/base/FilePath.h"
 #include "platform/files/FileAttributes.h"
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace quillet {
 
@@ -22,6 +24,9 @@ public:
     /// The one in which a stem of `song` lies, wherever stems were kept when it was made.
     [[nodiscard]] static StemFolder containing(const FilePath& stem, FilePath song);
 
+    /// Those of all songs in `stemsDirectory`. Their songs are not known.
+    [[nodiscard]] static std::vector<StemFolder> all(const FilePath& stemsDirectory);
+
     /// Twelve hexadecimal digits for the song's path: the first six bytes of its SHA-256.
     [[nodiscard]] static std::string pathHash(const FilePath& song);
 
@@ -34,11 +39,15 @@ public:
     [[nodiscard]] bool isOutdated(const FileAttributesReader& attributes) const;
     /// Keeps the song's size and time as they were, beside the stems. Without effect where the disk refuses.
     void recordSong(const FileAttributes& song) const;
-    /// Deletes what separations have written, and the folder where nothing else is in it.
+    /// Of what separations have written.
+    [[nodiscard]] std::int64_t bytes() const;
+    /// Deletes that, and the folder where nothing else is in it.
     void remove() const;
 
 private:
     StemFolder() = default;
+
+    [[nodiscard]] std::vector<FilePath> ownEntries() const;
 
     FilePath m_song;
     FilePath m_path;

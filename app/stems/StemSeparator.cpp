@@ -154,7 +154,17 @@ void StemSeparator::runVenvCreate()
     setProgressMessage(tr("Creating Python environment…").toStdString());
     const FilePath& folder = m_dependencies->path();
     runProcess({ uv, { "venv", "--python", "3.12", "--clear", folder.native() }, neutralDirectory(folder), ProcessInput::none },
-               &StemSeparator::runPipInstall);
+               &StemSeparator::claimEnvironment);
+}
+
+void StemSeparator::claimEnvironment()
+{
+    inBackground<bool>(
+        [dependencies = *m_dependencies] {
+            dependencies.claim();
+            return true;
+        },
+        [this](bool) { m_isCancelled ? abandonSetup(ProcessFailed{}) : runPipInstall(); });
 }
 
 void StemSeparator::runPipInstall()
@@ -295,8 +305,13 @@ void StemSeparator::endSetupStep(const std::expected<ProcessEnd, ProcessStartErr
         (this->*next)();
         return;
     }
-    const StemError error = end ? StemError(ProcessFailed{ end->status, trimmedText(end->standardError) })
-                                : StemError(SystemRefused{ end.error().description });
+    abandonSetup(end ? StemError(ProcessFailed{ end->status, trimmedText(end->standardError) })
+                     : StemError(SystemRefused{ end.error().description }));
+}
+
+/// Nothing that is half built stays.
+void StemSeparator::abandonSetup(const StemError& error)
+{
     inBackground<bool>(
         [dependencies = *m_dependencies] {
             dependencies.remove();

@@ -108,12 +108,14 @@ private:
 
     void begin(const Findings& findings);
     void runVenvCreate();
+    void claimEnvironment();
     void runPipInstall();
     void finishSetup();
     void startSeparation();
     void runSeparation();
     void runProcess(const ProcessRequest& request, Step next);
     void endSetupStep(const std::expected<ProcessEnd, ProcessStartError>& end, Step next);
+    void abandonSetup(const StemError& error);
     void takeProgress(std::string_view chunk);
     void endSeparation(const std::expected<ProcessEnd, ProcessStartError>& end);
     void abandonChild();

@@ -12,17 +12,20 @@
 #include "app/ui/OfferNotice.h"
 #include "app/ui/OpenFromURLSheet.h"
 #include "app/ui/PlayerScreen.h"
+#include "app/ui/Questions.h"
 #include "app/ui/SettingsNotice.h"
 #include "app/ui/StemSeparationFlow.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/ToolBar.h"
+#include "app/ui/UpdateFlow.h"
+#include "app/ui/settings/SettingsWindow.h"
+#include "platform/files/SystemFileAttributes.h"
 
 #include <QDragEnterEvent>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGuiApplication>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QPainter>
 #include <QStackedLayout>
@@ -86,7 +89,10 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_stems(new StemSeparationFlow(
           { services.state, services.loader, services.commands, services.separator, services.stemSessions, services.stemMixes,
             services.audioFiles, services.background, services.scheduler, services.theme },
-          { *this, [this](QDialog& sheet) { openSheet(sheet); }, [this](Notice& notice) { m_notices->addWidget(&notice); } }))
+          { *this, [this](QDialog& sheet) { openSheet(sheet); }, [this](Notice& notice) { m_notices->addWidget(&notice); } })),
+      m_updates(new UpdateFlow(
+          { services.updater, services.defaults, services.theme, currentDate },
+          [this](Notice& notice) { m_notices->addWidget(&notice); }, this))
 {
     m_stems->setParent(this);
     connect(m_stems, &StemSeparationFlow::isInFrontChanged, this, &ContentView::syncShade);
@@ -147,6 +153,9 @@ void ContentView::subscribe()
             m_stems->confirmCleanup();
     });
     on(CommandId::exportStems, [this](const auto&) { m_stems->askWhatToExport(); });
+    on(CommandId::showSettings, [this](const auto&) { showSettings(); });
+    on(CommandId::checkForUpdates,
+       [this](const auto&) { m_updates->checkForUpdates(*this, [this](QDialog& sheet) { openSheet(sheet); }); });
     on(CommandId::stemFilesDeleted, [this](const std::optional<FilePath>& song) {
         if (!song || song == m_services.state.audioFileURL())
             m_services.state.exitStemMode();
@@ -244,13 +253,26 @@ void ContentView::closeOpenFromURL()
     m_openFromURL = nullptr;
 }
 
+void ContentView::showSettings()
+{
+    if (m_settings == nullptr) {
+        const auto check = [this] { m_updates->checkForUpdates(*m_settings, [](QDialog& sheet) { sheet.open(); }); };
+        m_settings = new SettingsWindow(
+            { { m_services.theme, m_services.defaults, m_services.stemSettings, m_services.separator, m_services.stemSessions,
+                m_services.stemMixes, m_services.commands, m_services.background, m_services.scheduler },
+              { m_services.theme, m_services.waveformCache, m_services.settings, m_services.background, m_services.scheduler },
+              m_services.downloadSettings,
+              check },
+            this);
+    }
+    m_settings->present();
+}
+
+void ContentView::checkForUpdatesInBackground() { m_updates->checkForUpdatesInBackground(); }
+
 void ContentView::showError(const QString& message)
 {
-    auto* alert = new QMessageBox(QMessageBox::NoIcon, tr("Error"), message.isEmpty() ? tr("Unknown error") : message,
-                                  QMessageBox::Ok, this);
-    alert->setAttribute(Qt::WA_DeleteOnClose);
-    alert->setWindowModality(Qt::WindowModal);
-    alert->setTextFormat(Qt::PlainText);
+    auto* alert = makeStatement(*this, tr("Error"), message.isEmpty() ? tr("Unknown error") : message);
     alert->setIconPixmap(
         symbolPixmap(QStringLiteral("xmark.circle"), alertSymbolSize, m_services.theme.theme().redText, devicePixelRatioF()));
     openSheet(*alert);

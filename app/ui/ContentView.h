@@ -14,6 +14,7 @@
 #include "app/ui/ThemeSource.h"
 #include "platform/defaults/DefaultsDomain.h"
 #include "platform/defaults/DefaultsHealth.h"
+#include "platform/update/Updater.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -34,8 +35,10 @@ class Notice;
 class OpenFromURLSheet;
 class PlayerScreen;
 class SettingsNotice;
+class SettingsWindow;
 class StemSeparationFlow;
 class ToolBar;
+class UpdateFlow;
 
 class ContentView final : public QWidget {
     Q_OBJECT
@@ -52,6 +55,10 @@ public:
         StemSessionStore& stemSessions;
         StemMixStore& stemMixes;
         AudioFileOpener& audioFiles;
+        WaveformCache& waveformCache;
+        SettingsStore& settings;
+        StemSettingsStore& stemSettings;
+        Updater& updater;
         BackgroundRunner& background;
         Scheduler& scheduler;
         DownloadSettingsStore& downloadSettings;
@@ -71,6 +78,9 @@ public:
     void openFile();
     /// Asks for a web address.
     void openFromURL();
+    void showSettings();
+    /// Says so, later, if there is a newer version, and nothing else.
+    void checkForUpdatesInBackground();
     /// One sentence in an alert over the window.
     void showError(const QString& message);
     /// Says under the toolbar, for as long as it is so, that nothing can be heard.
@@ -110,6 +120,8 @@ private:
     QWidget* m_shade;
     KeyResponderView* m_keys;
     StemSeparationFlow* m_stems;
+    UpdateFlow* m_updates;
+    SettingsWindow* m_settings = nullptr;
     QPointer<HelpSheet> m_help;
     QPointer<OpenFromURLSheet> m_openFromURL;
     QPointer<QDialog> m_openPanel;

@@ -59,7 +59,11 @@ void MainWindow::buildMenus()
             || command.id == CommandId::exportStems)
             followStems(*action, command.id != CommandId::separateStems);
         if (command.id == CommandId::exportStems)
-            addRecentFilesAndQuit(*menu);
+            addRecentFiles(*menu);
+        if (command.id == CommandId::showSettings) {
+            action->setMenuRole(QAction::PreferencesRole);
+            addQuit(*menu);
+        }
     }
 }
 
@@ -75,11 +79,16 @@ void MainWindow::followStems(QAction& action, bool isForStems)
     sync();
 }
 
-void MainWindow::addRecentFilesAndQuit(QMenu& menu)
+void MainWindow::addRecentFiles(QMenu& menu)
 {
     QMenu* recent = menu.addMenu(tr("Open Recent"));
     connect(recent, &QMenu::aboutToShow, this,
             [this, recent] { fillRecentMenu(*recent, m_services.state, m_services.commands); });
+    menu.addSeparator();
+}
+
+void MainWindow::addQuit(QMenu& menu)
+{
     menu.addSeparator();
     QAction* quit = menu.addAction(tr("Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), this, &QWidget::close);
     quit->setMenuRole(QAction::QuitRole);

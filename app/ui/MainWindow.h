@@ -29,7 +29,8 @@ protected:
 
 private:
     void buildMenus();
-    void addRecentFilesAndQuit(QMenu& menu);
+    void addRecentFiles(QMenu& menu);
+    void addQuit(QMenu& menu);
     /// Shows the action while there are stems, or while there are none.
     void followStems(QAction& action, bool isForStems);
     void restorePlace();

@@ -1,4 +1,6 @@
 #include "app/ui/QuilletStyle.h"
+
+#include "app/ui/Symbol.h"
 #include "app/ui/controls/Fonts.h"
 
 #include <QAbstractButton>
@@ -18,6 +20,7 @@ namespace {
 
 constexpr const char* kindProperty = "quilletButtonKind";
 constexpr int buttonPadding = 14;
+constexpr int chevronSize = 12;
 constexpr int scrollBarWidth = 12;
 constexpr int shortestScrollHandle = 32;
 constexpr double toolbarLineOpacity = 0.22;
@@ -121,6 +124,8 @@ int QuilletStyle::styleHint(StyleHint hint, const QStyleOption* option, const QW
 QSize QuilletStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
                                      const QWidget* widget) const
 {
+    if (type == CT_ComboBox)
+        return { size.width() + 2 * buttonPadding + chevronSize, scaled(AppTheme::controlHeight) };
     if (type != CT_PushButton)
         return QProxyStyle::sizeFromContents(type, option, size, widget);
     const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
@@ -190,6 +195,11 @@ void QuilletStyle::drawControl(ControlElement element, const QStyleOption* optio
     } else if (element == CE_PushButtonLabel && button != nullptr) {
         painter->setPen(textOf(kindOf(widget), *option));
         painter->drawText(option->rect, Qt::AlignCenter | Qt::TextShowMnemonic | Qt::TextHideMnemonic, button->text);
+    } else if (const auto* choice = qstyleoption_cast<const QStyleOptionComboBox*>(option);
+               element == CE_ComboBoxLabel && choice != nullptr) {
+        painter->setPen(textOf(ButtonKind::plain, *option));
+        painter->drawText(option->rect.adjusted(buttonPadding, 0, -buttonPadding - chevronSize, 0),
+                          Qt::AlignLeft | Qt::AlignVCenter, choice->currentText);
     } else if (const auto* bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option);
                element == CE_ProgressBar && bar != nullptr) {
         drawProgressBar(*bar, *painter);
@@ -304,12 +314,24 @@ void QuilletStyle::drawProgressBar(const QStyleOptionProgressBar& option, QPaint
     painter.restore();
 }
 
+void QuilletStyle::drawChoice(const QStyleOptionComplex& option, QPainter& painter, const QWidget* widget) const
+{
+    QStyleOptionButton button;
+    button.QStyleOption::operator=(option);
+    drawButton(button, painter, widget);
+    const QRectF place(option.rect.right() - buttonPadding - chevronSize + 1.0,
+                       option.rect.center().y() - chevronSize / 2.0 + 0.5, chevronSize, chevronSize);
+    paintSymbol(painter, QStringLiteral("chevron.down"), place, textOf(ButtonKind::plain, option));
+}
+
 void QuilletStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
                                       const QWidget* widget) const
 {
     const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
     if (control == CC_ScrollBar && bar != nullptr)
         drawScrollBar(*bar, *painter);
+    else if (control == CC_ComboBox)
+        drawChoice(*option, *painter, widget);
     else
         QProxyStyle::drawComplexControl(control, option, painter, widget);
 }

@@ -10,6 +10,7 @@
 
 class QAbstractButton;
 class QStyleOptionButton;
+class QStyleOptionComplex;
 class QStyleOptionProgressBar;
 class QStyleOptionSlider;
 
@@ -60,6 +61,7 @@ public:
 
 private:
     void drawButton(const QStyleOptionButton& option, QPainter& painter, const QWidget* widget) const;
+    void drawChoice(const QStyleOptionComplex& option, QPainter& painter, const QWidget* widget) const;
     void drawField(const QStyleOption& option, QPainter& painter, const QWidget* widget) const;
     void drawProgressBar(const QStyleOptionProgressBar& option, QPainter& painter) const;
     void drawScrollBar(const QStyleOptionSlider& option, QPainter& painter) const;

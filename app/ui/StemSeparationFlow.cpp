@@ -5,6 +5,7 @@
 #include "app/ui/ClosableNotice.h"
 #include "app/ui/ExportNotice.h"
 #include "app/ui/FileNames.h"
+#include "app/ui/Questions.h"
 
 #include <QFileDialog>
 #include <QMessageBox>
@@ -88,18 +89,10 @@ void StemSeparationFlow::takePhase()
 
 void StemSeparationFlow::confirmCleanup()
 {
-    auto* question = new QMessageBox(QMessageBox::NoIcon, tr("Delete Stems"), tr("Delete separated stem files for this track?"),
-                                     QMessageBox::Cancel, &m_host.window);
-    question->setInformativeText(tr("They can be recreated by running separation again."));
-    question->setAttribute(Qt::WA_DeleteOnClose);
-    question->setWindowModality(Qt::WindowModal);
-    question->setDefaultButton(QMessageBox::Cancel);
-    const auto* destroy = question->addButton(tr("Delete Stems"), QMessageBox::DestructiveRole);
-    connect(question, &QMessageBox::buttonClicked, this, [this, destroy](const QAbstractButton* button) {
-        if (button == destroy)
-            cleanupCurrentTrackStems();
-    });
-    m_host.openSheet(*question);
+    m_host.openSheet(*makeQuestion(m_host.window,
+                                   { tr("Delete separated stem files for this track?"),
+                                     tr("They can be recreated by running separation again."), tr("Delete Stems"), true },
+                                   [this] { cleanupCurrentTrackStems(); }));
 }
 
 void StemSeparationFlow::cleanupCurrentTrackStems()

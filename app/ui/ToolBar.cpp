@@ -88,6 +88,8 @@ ToolBar::ToolBar(AppState& state, CommandCenter& center, const ThemeSource& sour
     auto* menu = new QMenu(m_recent);
     connect(menu, &QMenu::aboutToShow, this, [this, menu, &center] { fillRecentMenu(*menu, m_state, center); });
     m_recent->setMenu(menu);
+    auto* settings = new SymbolButton(source, QStringLiteral("gearshape"), tr("Settings"), ButtonKind::toolbar, symbolSize);
+    settings->setToolTip(tr("Settings"));
     auto* help = new SymbolButton(source, QStringLiteral("questionmark.circle"), tr("Help"), ButtonKind::toolbar, symbolSize);
     help->setToolTip(tr("Help"));
     m_title->setAlignment(Qt::AlignCenter);
@@ -104,11 +106,13 @@ ToolBar::ToolBar(AppState& state, CommandCenter& center, const ThemeSource& sour
     row->addWidget(m_busy);
     row->addWidget(m_title, 1);
     row->addSpacing(8);
+    row->addWidget(settings);
     row->addWidget(help);
 
     connect(m_open, &QAbstractButton::clicked, this, [&center] { center.execute(CommandId::openFile); });
     connect(m_stems, &QAbstractButton::clicked, this,
             [this, &center] { center.execute(m_state.stemSession() ? CommandId::cleanupStems : CommandId::separateStems); });
+    connect(settings, &QAbstractButton::clicked, this, [&center] { center.execute(CommandId::showSettings); });
     connect(help, &QAbstractButton::clicked, this, [&center] { center.execute(CommandId::showHelp); });
     connect(&state, &AppState::loadingStateChanged, this, &ToolBar::syncLoading);
     connect(&state, &AppState::audioFileURLChanged, this, &ToolBar::syncLoading);

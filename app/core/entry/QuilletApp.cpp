@@ -11,6 +11,7 @@
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/controls/Fonts.h"
+#include "app/ui/settings/UpdateSettings.h"
 #include "platform/audio/CubebOutputDevice.h"
 #include "platform/audio/LiveOutput.h"
 #include "platform/audio/NullOutputDevice.h"
@@ -24,6 +25,7 @@
 #include "platform/schedule/QtRealtimeKit.h"
 #include "platform/schedule/QtScheduler.h"
 #include "platform/schedule/ThreadRunner.h"
+#include "platform/update/AppcastUpdater.h"
 
 #include <QApplication>
 #include <QToolTip>
@@ -42,6 +44,7 @@ namespace {
 constexpr double finalTimeoutSeconds = 1;
 /// After the start of the program, which other things are more urgent for.
 constexpr double sweepDelaySeconds = 5;
+constexpr double updateDelaySeconds = 10;
 
 /// The toolkit ends the program with `exit` when it loses the display.
 AppState* stateToSave = nullptr;
@@ -93,6 +96,7 @@ public:
             watchSettings();
             m_background.run([this] { m_media.preload(); });
             m_sweep = m_scheduler.after(sweepDelaySeconds, [this] { sweepDownloads(); });
+            m_updateCheck = m_scheduler.after(updateDelaySeconds, [this] { m_window.content().checkForUpdatesInBackground(); });
         });
     }
 
@@ -114,6 +118,11 @@ private:
         m_background.run([downloads = UnfinishedDownloads(m_downloadSettings.downloadDirectory())] {
             downloads.sweep(std::chrono::system_clock::now());
         });
+    }
+
+    [[nodiscard]] QString updateFeed() const
+    {
+        return QString::fromStdString(m_defaults.string(UpdateSettings::feedKey).value_or(QUILLET_UPDATE_FEED)).trimmed();
     }
 
     /// Both of the file's connections may notice that it cannot be written.
@@ -185,6 +194,8 @@ private:
                                  resourcesDirectory() } };
     const SharedInstance<StemSeparator> m_sharedSeparator{ m_separator };
     ScheduledTask m_sweep;
+    AppcastUpdater m_updater{ [this] { return updateFeed(); }, QVersionNumber::fromString(QStringLiteral(QUILLET_VERSION)) };
+    ScheduledTask m_updateCheck;
     const SharedInstance<URLDownloader> m_sharedDownloader{ m_downloader };
     const SharedInstance<DownloadSettingsStore> m_sharedDownloadSettings{ m_downloadSettings };
     Notifications m_notifications;
@@ -194,8 +205,8 @@ private:
     /// The application's.
     QuilletStyle* m_style = new QuilletStyle(m_theme);
     MainWindow m_window{ { *m_state, m_loader, m_commands, m_recentFiles, m_downloader, m_separator, m_stemSessions,
-                           m_stemMixes, m_media.audioFiles(), m_background, m_scheduler, m_downloadSettings, m_theme,
-                           m_defaults } };
+                           m_stemMixes, m_media.audioFiles(), m_waveformCache, m_settings, m_stemSettings, m_updater,
+                           m_background, m_scheduler, m_downloadSettings, m_theme, m_defaults } };
 };
 
 }  // namespace

@@ -232,22 +232,37 @@ TEST_F(StemSeparatorTest, AFolderOfTheUsersOwnIsNeitherClearedNorDeleted)
     EXPECT_TRUE(processes.children.empty());
     EXPECT_EQ(read(environment / "thesis.txt"), "years of work");
 
-    write(output / "htdemucs_6s/some song/vocals.wav", "");
-    write(output / "notes.txt", "mine");
+    std::filesystem::rename(environment / "thesis.txt", folder / "thesis.txt");
+    writeEnvironment();
+    write(environment / "lib/python3.12/site-packages/numpy.dist-info/METADATA", "x");
+    separate();
+    EXPECT_EQ(phase(), Kind::failed) << "an environment of somebody else's";
+    write(environment / ".req-hash", "an older one");
+    separate();
+    EXPECT_EQ(phase(), Kind::installingEnvironment);
+
+    const FilePath others = output.parent_path() / "0123456789ab" / "mine.txt";
+    for (const FilePath& mine : { output / "notes.txt", output / "htdemucs_6s/some song/take 1.wav", others })
+        write(mine, "mine");
+    write(output / "htdemucs_6s/some song/vocals.wav", "sound");
+    const auto folders = StemFolder::all(output.parent_path());
+    ASSERT_EQ(folders.size(), 1U);
+    EXPECT_EQ(folders.front().path(), output);
     separator->folderOf(song).remove();
-    EXPECT_EQ(read(output / "notes.txt"), "mine");
-    EXPECT_FALSE(std::filesystem::exists(output / "htdemucs_6s"));
+    EXPECT_FALSE(std::filesystem::exists(output / "htdemucs_6s/some song/vocals.wav"));
+    for (const FilePath& mine : { output / "notes.txt", output / "htdemucs_6s/some song/take 1.wav", others })
+        EXPECT_EQ(read(mine), "mine");
 }
 
 TEST_F(StemSeparatorTest, CancelledAtAnyMomentNothingHalfIsLeft)
 {
-    // After so many steps of the road: looking, two of the environment, its mark, the folder, the separation, its record.
+    // After so many steps of the road: looking, three of the environment, its mark, the folder, the separation, its record.
     const auto startOver = [this] {
         std::filesystem::remove_all(environment);
         std::filesystem::remove_all(folder / "stems");
         separator->separate(song);
     };
-    for (int steps = 0; steps <= 6; ++steps) {
+    for (int steps = 0; steps <= 7; ++steps) {
         startOver();
         for (int i = 0; i < steps; ++i) {
             if (background.waiting() > 0) {

@@ -7,6 +7,7 @@
 #include "app/download/URLDownloader.h"
 #include "app/stems/StemSeparator.h"
 #include "app/ui/ThemeSource.h"
+#include "platform/update/Updater.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/StateRig.h"
 #include "tests/support/TemporaryFolder.h"
@@ -15,10 +16,20 @@
 #include <QApplication>
 #include <QLabel>
 
+#include <functional>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace quillet {
+
+/// Answers when it is told to.
+struct FakeUpdater final : Updater {
+    std::function<void(const Answer& answer)> answered;
+
+    void checkForUpdates(std::function<void(const Answer& answer)> handler) override { answered = std::move(handler); }
+    [[nodiscard]] bool isConfigured() const override { return true; }
+};
 
 struct WindowRig : StateRig {
     Notifications notifications;
@@ -29,6 +40,7 @@ struct WindowRig : StateRig {
     URLDownloader downloader{ processes, background, tools.path() };
     DownloadSettingsStore downloadSettings{ defaults };
     StemSettingsStore stemSettings{ defaults };
+    FakeUpdater updater;
     StemSeparator separator{ { processes, background, scheduler, stemSettings, attributes, tools.path(), tools.path() } };
 
     explicit WindowRig(double durationSeconds = 10)

@@ -1,0 +1,103 @@
+#include "app/ui/UpdateFlow.h"
+
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QPushButton>
+#include <QTextDocumentFragment>
+#include <QUrl>
+
+#include <cmath>
+#include <utility>
+
+namespace quillet {
+namespace {
+
+constexpr qsizetype maxShownNotes = 2000;
+
+/// As plain text, whatever it was: nothing in it acts.
+QString shownNotes(const Release& release)
+{
+    QString notes =
+        release.notes.contains(QLatin1Char('<')) ? QTextDocumentFragment::fromHtml(release.notes).toPlainText() : release.notes;
+    notes = notes.trimmed();
+    return notes.size() <= maxShownNotes ? notes : notes.left(maxShownNotes) + QStringLiteral("…");
+}
+
+class UpdateNotice final : public Notice {
+public:
+    UpdateNotice(const ThemeSource& source, const Release& release)
+        : Notice(source, UpdateFlow::tr("Quillet %1 is available.").arg(release.version.toString()))
+    {
+        if (!release.page.isEmpty())
+            connect(&addButton(UpdateFlow::tr("Download Page")), &QAbstractButton::clicked, this,
+                    [page = release.page] { QDesktopServices::openUrl(QUrl(page)); });
+        connect(&addButton(UpdateFlow::tr("Close")), &QAbstractButton::clicked, this, &QObject::deleteLater);
+    }
+};
+
+}  // namespace
+
+UpdateFlow::UpdateFlow(const Services& services, std::function<void(Notice& notice)> addNotice, QObject* parent)
+    : QObject(parent),
+      m_services(services),
+      m_addNotice(std::move(addNotice))
+{
+}
+
+void UpdateFlow::noteCheck() { m_services.defaults.setReal(lastCheckKey, m_services.date()); }
+
+void UpdateFlow::checkForUpdates(QWidget& window, const std::function<void(QDialog& sheet)>& open)
+{
+    if (m_sheet)
+        m_sheet->close();
+    m_sheet = new QMessageBox(QMessageBox::NoIcon, tr("Check for Updates"), tr("Checking for updates…"), QMessageBox::Cancel,
+                              &window);
+    m_sheet->setAttribute(Qt::WA_DeleteOnClose);
+    m_sheet->setWindowModality(Qt::WindowModal);
+    m_sheet->setTextFormat(Qt::PlainText);
+    m_services.updater.checkForUpdates([this](const Updater::Answer& answer) {
+        noteCheck();
+        if (m_sheet)
+            showAnswer(answer);
+    });
+    open(*m_sheet);
+}
+
+void UpdateFlow::showAnswer(const Updater::Answer& answer)
+{
+    if (answer && *answer) {
+        showRelease(**answer);
+        return;
+    }
+    m_sheet->setText(answer ? tr("Quillet %1 is the newest version.").arg(QCoreApplication::applicationVersion())
+                            : answer.error());
+    m_sheet->setStandardButtons(QMessageBox::Ok);
+}
+
+void UpdateFlow::showRelease(const Release& release)
+{
+    m_sheet->setText(
+        tr("Quillet %1 is available. You have %2.").arg(release.version.toString(), QCoreApplication::applicationVersion()));
+    m_sheet->setInformativeText(shownNotes(release));
+    m_sheet->setStandardButtons(QMessageBox::Close);
+    if (release.page.isEmpty())
+        return;
+    QPushButton* page = m_sheet->addButton(tr("Download Page"), QMessageBox::AcceptRole);
+    m_sheet->setDefaultButton(page);
+    connect(page, &QAbstractButton::clicked, this, [address = release.page] { QDesktopServices::openUrl(QUrl(address)); });
+}
+
+void UpdateFlow::checkForUpdatesInBackground()
+{
+    const auto last = m_services.defaults.real(lastCheckKey);
+    // A clock that was set back asks too.
+    if (!m_services.updater.isConfigured() || (last && std::abs(m_services.date() - *last) < secondsBetweenChecks))
+        return;
+    m_services.updater.checkForUpdates([this](const Updater::Answer& answer) {
+        noteCheck();
+        if (answer && *answer)
+            m_addNotice(*new UpdateNotice(m_services.theme, **answer));
+    });
+}
+
+}  // namespace quillet

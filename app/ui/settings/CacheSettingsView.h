@@ -1,0 +1,48 @@
+// The content of the settings window. What is changed holds at once; it keeps nothing of its own.
+// Threads: main thread.
+#pragma once
+
+#include "app/download/DownloadSettingsStore.h"
+#include "app/ui/settings/CacheSettings.h"
+#include "app/ui/settings/StemSettings.h"
+#include "app/ui/settings/UpdateSettings.h"
+
+#include <QWidget>
+
+#include <functional>
+
+class QVBoxLayout;
+
+namespace quillet {
+
+class CacheSettingsView final : public QWidget {
+    Q_OBJECT
+
+public:
+    /// All outlive the view, and the background's jobs that it has started.
+    struct Services {
+        StemSettings::Services stems;
+        CacheSettings::Services cache;
+        DownloadSettingsStore& downloads;
+        /// Asks for a newer version, now.
+        std::function<void()> checkForUpdates;
+    };
+
+    explicit CacheSettingsView(const Services& services, QWidget* parent = nullptr);
+
+protected:
+    /// Shows everything as it is now.
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void addSection(QVBoxLayout& column, const QString& title, QWidget* content);
+    void showDownloadDirectory();
+
+    Services m_services;
+    FolderRow* m_downloads;
+    StemSettings* m_stems;
+    UpdateSettings* m_updates;
+    CacheSettings* m_cache;
+};
+
+}  // namespace quillet

@@ -1,0 +1,56 @@
+#include "app/ui/settings/FolderRow.h"
+
+#include "app/ui/FileNames.h"
+#include "app/ui/controls/ElidedLabel.h"
+
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QPushButton>
+
+#include <utility>
+
+namespace quillet {
+
+FolderRow::FolderRow(const ThemeSource& source, const QString& name, Handlers handlers, QWidget* parent)
+    : QWidget(parent),
+      m_name(name),
+      m_handlers(std::move(handlers)),
+      m_path(new ElidedLabel(source, Label::Role::secondary))
+{
+    m_path->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    auto* select = new QPushButton(tr("Select"));
+    select->setAccessibleName(tr("Select: %1").arg(name));
+    auto* reset = new QPushButton(tr("Reset to Default"));
+    reset->setAccessibleName(tr("Reset to default: %1").arg(name));
+    connect(select, &QAbstractButton::clicked, this, &FolderRow::choose);
+    connect(reset, &QAbstractButton::clicked, this, [this] { m_handlers.reset(); });
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(new Label(source, Label::Role::text, name));
+    row->addWidget(m_path, 1);
+    row->addWidget(select);
+    row->addWidget(reset);
+    for (QPushButton* button : { select, reset })
+        button->setAutoDefault(false);
+}
+
+void FolderRow::setFolder(const FilePath& folder)
+{
+    m_folder = folder;
+    const QString path = abbreviatedPath(folder);
+    m_path->setWholeText(path, m_name + QLatin1Char(' ') + path);
+}
+
+void FolderRow::choose()
+{
+    auto* panel = new QFileDialog(this, m_name, pathText(m_folder));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setWindowModality(Qt::WindowModal);
+    panel->setFileMode(QFileDialog::Directory);
+    panel->setOption(QFileDialog::ShowDirsOnly);
+    panel->setLabelText(QFileDialog::Accept, tr("Select"));
+    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& folder) { m_handlers.chosen(pathOf(folder)); });
+    panel->open();
+}
+
+}  // namespace quillet
