@@ -125,7 +125,7 @@ QSize QuilletStyle::sizeFromContents(ContentsType type, const QStyleOption* opti
                                      const QWidget* widget) const
 {
     if (type == CT_ComboBox)
-        return { size.width() + 2 * buttonPadding + chevronSize, scaled(AppTheme::controlHeight) };
+        return { size.width() + 3 * buttonPadding + chevronSize, scaled(AppTheme::controlHeight) };
     if (type != CT_PushButton)
         return QProxyStyle::sizeFromContents(type, option, size, widget);
     const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);

@@ -30,13 +30,17 @@ LimitPicker::LimitPicker(const ThemeSource& source, const Texts& texts, const QS
       m_refusal(new Label(source, Label::Role::error, {}))
 {
     m_choice->addItems(labels);
+    // A screen reader calls it by what is chosen.
     m_choice->setAccessibleName(texts.name);
+    m_choice->setAccessibleDescription(texts.name);
     m_field->setFixedSize(scaled(fieldWidth), scaled(AppTheme::controlHeight));
     m_field->setTextMargins(fieldPadding, 0, fieldPadding, 0);
     m_field->setPlaceholderText(texts.placeholder);
     m_field->setAccessibleName(texts.title);
     auto* row = new QHBoxLayout;
-    row->addWidget(new Label(source, Label::Role::text, texts.title));
+    auto* title = new Label(source, Label::Role::text, texts.title);
+    title->setBuddy(m_choice);
+    row->addWidget(title);
     row->addStretch(1);
     row->addWidget(m_field);
     row->addWidget(m_unit);
@@ -51,8 +55,10 @@ LimitPicker::LimitPicker(const ThemeSource& source, const Texts& texts, const QS
         m_refusal->hide();
         m_handlers.chosen(place);
         sync();
-        if (!m_field->isHidden())
+        if (!m_field->isHidden()) {
             m_field->setFocus();
+            m_field->selectAll();
+        }
     });
     connect(m_field, &QLineEdit::editingFinished, this, &LimitPicker::commit);
     sync();

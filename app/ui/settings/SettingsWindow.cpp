@@ -10,7 +10,7 @@ namespace quillet {
 namespace {
 
 constexpr QSize minSize(480, 320);
-constexpr QSize usualSize(680, 720);
+constexpr QSize usualSize(680, 790);
 /// Left of the screen around it.
 constexpr QSize screenMargin(40, 60);
 

@@ -74,7 +74,7 @@ inline bool isShown(const QWidget& within, const char* text)
 inline QAbstractButton& buttonIn(const QWidget& within, const char* text)
 {
     for (auto* candidate : within.findChildren<QAbstractButton*>())
-        if (candidate->text() == QLatin1String(text))
+        if (candidate->text() == QString::fromUtf8(text))
             return *candidate;
     throw std::runtime_error(text);
 }
