@@ -28,7 +28,9 @@ constexpr const char* tooLong =
 constexpr const char* noWaveform = QT_TRANSLATE_NOOP(
     "FileLoader", "Could not read the audio of the file. It may be damaged, or was changed while it was read.");
 
-QString tr(const char* text) { return QCoreApplication::translate("FileLoader", text); }
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(FileLoader)
+};
 
 double durationSeconds(const AudioFile& file) { return static_cast<double>(file.length()) / file.sampleRate(); }
 
@@ -80,7 +82,7 @@ public:
     {
         auto loaded = load();
         if (!loaded) {
-            m_deliver([message = tr(loaded.error()).toStdString()](FileLoader& loader) { loader.fail(message); });
+            m_deliver([message = Text::tr(loaded.error()).toStdString()](FileLoader& loader) { loader.fail(message); });
             return;
         }
         // In a shared_ptr, since what can be posted can be copied.
@@ -122,14 +124,14 @@ private:
     [[nodiscard]] std::optional<std::vector<float>> findPeaks() const
     {
         if (auto cached = m_services.waveformCache.get(m_request.url)) {
-            show(tr("Loading cached waveform..."));
+            show(Text::tr("Loading cached waveform..."));
             return cached;
         }
-        show(tr("Generating waveform..."));
+        show(Text::tr("Generating waveform..."));
         const auto report = [this, last = -1](double fraction, const std::string&) mutable {
             const int percent = static_cast<int>(fraction * 100);
             if (std::exchange(last, percent) != percent)
-                show(tr("Generating waveform... %1%").arg(percent), fraction);
+                show(Text::tr("Generating waveform... %1%").arg(percent), fraction);
         };
         auto computed = WaveformGenerator::extract(m_services.waveforms, m_request.url, report);
         if (!computed)

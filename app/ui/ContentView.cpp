@@ -42,14 +42,14 @@ constexpr double shadeOpacity = 0.45;
 constexpr int alertSymbolSize = 32;
 constexpr std::string_view panelFolderKey = "QLT.openPanelDirectory";
 
-QString audioFilter()
+QString audioFilter(const QString& name)
 {
     QStringList patterns;
     for (const std::string_view type : supportedAudioTypes) {
         const QString pattern = QStringLiteral("*.") + QLatin1String(type.data(), static_cast<qsizetype>(type.size()));
         patterns << pattern << pattern.toUpper();
     }
-    return ContentView::tr("Audio files") + QStringLiteral(" (") + patterns.join(QLatin1Char(' ')) + QLatin1Char(')');
+    return name + QStringLiteral(" (") + patterns.join(QLatin1Char(' ')) + QLatin1Char(')');
 }
 
 class Shade final : public QWidget {
@@ -214,7 +214,7 @@ void ContentView::openFile()
     panel->setOption(QFileDialog::HideNameFilterDetails);
     // It opens songs; it renames and deletes nothing.
     panel->setOption(QFileDialog::ReadOnly);
-    panel->setNameFilters({ audioFilter(), tr("All files") + QStringLiteral(" (*)") });
+    panel->setNameFilters({ audioFilter(tr("Audio files")), tr("All files") + QStringLiteral(" (*)") });
     connect(panel, &QFileDialog::fileSelected, this, [this](const QString& file) {
         const FilePath path = pathOf(file);
         m_services.defaults.setString(panelFolderKey, path.parent_path().native());

@@ -17,8 +17,9 @@ namespace quillet {
 namespace {
 
 constexpr std::array<const char*, EqualizerNode::bandCount> frequencies{
-    QT_TRANSLATE_NOOP("EQView", "60Hz"), QT_TRANSLATE_NOOP("EQView", "250Hz"), QT_TRANSLATE_NOOP("EQView", "1kHz"),
-    QT_TRANSLATE_NOOP("EQView", "4kHz"), QT_TRANSLATE_NOOP("EQView", "12kHz"),
+    QT_TRANSLATE_NOOP("quillet::EQView", "60Hz"),  QT_TRANSLATE_NOOP("quillet::EQView", "250Hz"),
+    QT_TRANSLATE_NOOP("quillet::EQView", "1kHz"),  QT_TRANSLATE_NOOP("quillet::EQView", "4kHz"),
+    QT_TRANSLATE_NOOP("quillet::EQView", "12kHz"),
 };
 
 }  // namespace
@@ -31,7 +32,7 @@ EQView::EQView(AppState& state, const ThemeSource& source, QWidget* parent)
 {
     m_reset->setAccessibleName(tr("Reset EQ"));
     auto* caption = new Label(source, Label::Role::title, tr("EQ"));
-    caption->setFixedWidth(scaled(ValueRow::titleWidth));
+    caption->setFixedWidth(ValueRow::titleWidth());
     auto* header = new QHBoxLayout;
     header->setSpacing(8);
     header->addWidget(caption);

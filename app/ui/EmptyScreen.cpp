@@ -95,11 +95,15 @@ EmptyScreen::EmptyScreen(AppState& state, CommandCenter& center, const ThemeSour
     title->setHeading(titlePixels);
     auto* open = new QPushButton(tr("Open File..."));
     setButtonKind(*open, ButtonKind::accent);
-    open->setFixedSize(scaled(openButtonSize.width()), scaled(openButtonSize.height()));
     open->setFocusPolicy(Qt::TabFocus);
     connect(open, &QAbstractButton::clicked, this, [this] { m_center.execute(CommandId::openFile); });
     auto* openFromURL = new QPushButton(tr("Open from URL…"));
-    openFromURL->setFixedSize(open->size());
+    // As wide as the wider text.
+    const QSize size = QSize(scaled(openButtonSize.width()), scaled(openButtonSize.height()))
+                           .expandedTo(open->sizeHint())
+                           .expandedTo(openFromURL->sizeHint());
+    open->setFixedSize(size);
+    openFromURL->setFixedSize(size);
     openFromURL->setFocusPolicy(Qt::TabFocus);
     connect(openFromURL, &QAbstractButton::clicked, this, [this] { m_center.execute(CommandId::openFromURL); });
     auto* openings = new QHBoxLayout;

@@ -26,46 +26,46 @@ struct Section {
 };
 
 constexpr std::array sections{
-    Section{ QT_TRANSLATE_NOOP("HelpSheet", "Getting Started"),
-             QT_TRANSLATE_NOOP("HelpSheet",
+    Section{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Getting Started"),
+             QT_TRANSLATE_NOOP("quillet::HelpSheet",
                                "1. Press Cmd+O or click \"Open File...\" to load an audio file.\n"
                                "2. The waveform will appear after loading.\n"
                                "3. Drag on the waveform to select a region, or use the Start/End pickers below.\n"
                                "4. Press Space to play. The selected region loops when Loop is enabled.\n"
                                "5. Adjust Speed and Pitch as needed. Settings are saved automatically per file.") },
-    Section{ QT_TRANSLATE_NOOP("HelpSheet", "Waveform"),
-             QT_TRANSLATE_NOOP("HelpSheet",
+    Section{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Waveform"),
+             QT_TRANSLATE_NOOP("quillet::HelpSheet",
                                "• Drag the orange lines to move the region start and end.\n"
                                "• Click and drag on empty space to draw a new region.\n"
                                "• Pinch to zoom in/out (1x–50x). Two-finger scroll to pan when zoomed.\n"
                                "• Use the +/- zoom buttons, Fit Track, and Fit Region buttons for quick navigation.") },
-    Section{ QT_TRANSLATE_NOOP("HelpSheet", "Speed"),
-             QT_TRANSLATE_NOOP("HelpSheet",
+    Section{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Speed"),
+             QT_TRANSLATE_NOOP("quillet::HelpSheet",
                                "• Range: 5%–300%. Pitch is preserved at all speeds.\n"
                                "• Click the value field, type a number, and press Enter.\n"
                                "• Prefix with + or - to adjust relative to the displayed value (e.g., \"+10\" adds 10%).\n"
                                "• Use the Step picker to set how much the +/- buttons move per click.\n"
                                "• Cmd+Left decreases speed, Cmd+Right increases speed.") },
-    Section{ QT_TRANSLATE_NOOP("HelpSheet", "Pitch"),
-             QT_TRANSLATE_NOOP("HelpSheet",
+    Section{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Pitch"),
+             QT_TRANSLATE_NOOP("quillet::HelpSheet",
                                "• Range: -1200 to +1200 cents. 100 cents = 1 semitone.\n"
                                "• Click the value field, type a number (including negative), and press Enter.\n"
                                "• Cmd+Up raises pitch 1 cent, Cmd+Down lowers pitch 1 cent.\n"
                                "• Display is truncated to integer cents.") },
-    Section{ QT_TRANSLATE_NOOP("HelpSheet", "EQ"),
-             QT_TRANSLATE_NOOP("HelpSheet",
+    Section{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "EQ"),
+             QT_TRANSLATE_NOOP("quillet::HelpSheet",
                                "• Toggle the EQ on/off with the switch. Sliders are hidden when off.\n"
                                "• 5 bands: 60 Hz, 250 Hz, 1 kHz, 4 kHz, 12 kHz.\n"
                                "• Gain range: -12 to +12 dB, snapping to 0.5 dB increments.\n"
                                "• Knob turns accent-colored when a band is non-zero.\n"
                                "• Reset zeros all bands.") },
-    Section{ QT_TRANSLATE_NOOP("HelpSheet", "Loop"),
-             QT_TRANSLATE_NOOP("HelpSheet",
+    Section{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Loop"),
+             QT_TRANSLATE_NOOP("quillet::HelpSheet",
                                "• Toggle looping with Cmd+L or the Loop switch.\n"
                                "• When on, playback returns to the region start after reaching the end.\n"
                                "• Set a delay (seconds + milliseconds) to pause between iterations.") },
-    Section{ QT_TRANSLATE_NOOP("HelpSheet", "Per-File Settings"),
-             QT_TRANSLATE_NOOP("HelpSheet",
+    Section{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Per-File Settings"),
+             QT_TRANSLATE_NOOP("quillet::HelpSheet",
                                "All settings (region, speed, pitch, EQ, loop) are saved automatically.\n"
                                "Settings are restored only when you open a file from the Recent menu.\n"
                                "Opening via \"Open File...\" always starts with defaults.") },
@@ -77,14 +77,18 @@ struct Shortcut {
 };
 
 constexpr std::array shortcuts{
-    Shortcut{ QT_TRANSLATE_NOOP("HelpSheet", "Space"), QT_TRANSLATE_NOOP("HelpSheet", "Play / Pause") },
-    Shortcut{ QT_TRANSLATE_NOOP("HelpSheet", "Cmd+O"), QT_TRANSLATE_NOOP("HelpSheet", "Open file") },
-    Shortcut{ QT_TRANSLATE_NOOP("HelpSheet", "Cmd+Left"), QT_TRANSLATE_NOOP("HelpSheet", "Decrease speed by step") },
-    Shortcut{ QT_TRANSLATE_NOOP("HelpSheet", "Cmd+Right"), QT_TRANSLATE_NOOP("HelpSheet", "Increase speed by step") },
-    Shortcut{ QT_TRANSLATE_NOOP("HelpSheet", "Cmd+Up"), QT_TRANSLATE_NOOP("HelpSheet", "Pitch up 1 cent") },
-    Shortcut{ QT_TRANSLATE_NOOP("HelpSheet", "Cmd+Down"), QT_TRANSLATE_NOOP("HelpSheet", "Pitch down 1 cent") },
-    Shortcut{ QT_TRANSLATE_NOOP("HelpSheet", "Cmd+L"), QT_TRANSLATE_NOOP("HelpSheet", "Toggle loop") },
-    Shortcut{ QT_TRANSLATE_NOOP("HelpSheet", "Cmd+R"), QT_TRANSLATE_NOOP("HelpSheet", "Stop and reset position") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Space"), QT_TRANSLATE_NOOP("quillet::HelpSheet", "Play / Pause") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+O"), QT_TRANSLATE_NOOP("quillet::HelpSheet", "Open file") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+Left"),
+              QT_TRANSLATE_NOOP("quillet::HelpSheet", "Decrease speed by step") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+Right"),
+              QT_TRANSLATE_NOOP("quillet::HelpSheet", "Increase speed by step") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+Up"), QT_TRANSLATE_NOOP("quillet::HelpSheet", "Pitch up 1 cent") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+Down"),
+              QT_TRANSLATE_NOOP("quillet::HelpSheet", "Pitch down 1 cent") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+L"), QT_TRANSLATE_NOOP("quillet::HelpSheet", "Toggle loop") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+R"),
+              QT_TRANSLATE_NOOP("quillet::HelpSheet", "Stop and reset position") },
 };
 
 }  // namespace
@@ -94,7 +98,7 @@ QString withPlatformKeys(QString text)
 #ifdef Q_OS_MACOS
     return text;
 #else
-    return text.replace(QLatin1String("Cmd+"), QLatin1String("Ctrl+"));
+    return text.replace(QLatin1String("Cmd+"), HelpSheet::tr("Ctrl+"));
 #endif
 }
 

@@ -31,7 +31,7 @@ LoopControl::LoopControl(AppState& state, const ThemeSource& source, QWidget* pa
     m_delay->setSizePolicy(policy);
 
     auto* caption = new Label(source, Label::Role::title, tr("Loop"));
-    caption->setFixedWidth(scaled(ValueRow::titleWidth));
+    caption->setFixedWidth(ValueRow::titleWidth());
     auto* row = new QHBoxLayout;
     row->setSpacing(8);
     row->addWidget(caption);

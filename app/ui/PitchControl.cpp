@@ -24,7 +24,7 @@ PitchControl::PitchControl(AppState& state, const ThemeSource& source, QWidget* 
           { tr("Pitch"), tr("Pitch in cents"), fieldWidth, tr("Pitch down 1 cent"), tr("Pitch up 1 cent"), tr("Reset pitch") }))
 {
     auto* note = new QHBoxLayout;
-    note->addSpacing(scaled(ValueRow::titleWidth) + ValueRow::spacing);
+    note->addSpacing(ValueRow::titleWidth() + ValueRow::spacing);
     note->addWidget(new Label(source, Label::Role::secondary, tr("cents  (±1200, 100 = 1 semitone)")));
     note->addStretch();
     auto* column = new QVBoxLayout(this);

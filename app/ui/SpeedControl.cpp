@@ -35,12 +35,12 @@ struct StepChoice {
     double percent;
 };
 constexpr std::array stepChoices{
-    StepChoice{ StepPreset::one, QT_TRANSLATE_NOOP("SpeedControl", "1%"), 1 },
-    StepChoice{ StepPreset::two, QT_TRANSLATE_NOOP("SpeedControl", "2%"), 2 },
-    StepChoice{ StepPreset::five, QT_TRANSLATE_NOOP("SpeedControl", "5%"), 5 },
-    StepChoice{ StepPreset::ten, QT_TRANSLATE_NOOP("SpeedControl", "10%"), 10 },
-    StepChoice{ StepPreset::twentyFive, QT_TRANSLATE_NOOP("SpeedControl", "25%"), 25 },
-    StepChoice{ StepPreset::custom, QT_TRANSLATE_NOOP("SpeedControl", "Custom"), 0 },
+    StepChoice{ StepPreset::one, QT_TRANSLATE_NOOP("quillet::SpeedControl", "1%"), 1 },
+    StepChoice{ StepPreset::two, QT_TRANSLATE_NOOP("quillet::SpeedControl", "2%"), 2 },
+    StepChoice{ StepPreset::five, QT_TRANSLATE_NOOP("quillet::SpeedControl", "5%"), 5 },
+    StepChoice{ StepPreset::ten, QT_TRANSLATE_NOOP("quillet::SpeedControl", "10%"), 10 },
+    StepChoice{ StepPreset::twentyFive, QT_TRANSLATE_NOOP("quillet::SpeedControl", "25%"), 25 },
+    StepChoice{ StepPreset::custom, QT_TRANSLATE_NOOP("quillet::SpeedControl", "Custom"), 0 },
 };
 
 /// The preset of that step, or `custom`.
@@ -88,7 +88,7 @@ void SpeedControl::buildSteps(const ThemeSource& source)
     auto* row = new QHBoxLayout;
     row->setSpacing(6);
     auto* caption = new Label(source, Label::Role::secondary, tr("Step:"));
-    caption->setFixedWidth(scaled(ValueRow::titleWidth));
+    caption->setFixedWidth(ValueRow::titleWidth());
     row->addWidget(caption);
     row->addSpacing(2);
     const auto add = [&](const StepChoice& choice) {

@@ -10,6 +10,7 @@
 #include "app/ui/MainWindow.h"
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
+#include "app/ui/Translations.h"
 #include "app/ui/controls/Fonts.h"
 #include "app/ui/settings/UpdateSettings.h"
 #include "platform/audio/CubebOutputDevice.h"
@@ -62,6 +63,7 @@ public:
                                              SettingsSaver::Stores{ m_settings, m_ownStemSessions, m_ownStemMixes }, m_engine))
     {
         m_engine.setAppState(m_state);
+        m_translations.install(Translations::chosen(m_defaults));
         const auto applyTheme = [this] {
             QApplication::setPalette(m_style->standardPalette());
             QToolTip::setPalette(m_style->standardPalette());
@@ -151,6 +153,7 @@ private:
     std::stop_source m_programEnds;
     // The cache has a connection of its own: the main thread never waits for what it does.
     SqliteDefaultsDomain m_defaults{ SqliteDefaultsDomain::standardFile() };
+    Translations m_translations;
     SqliteDefaultsDomain m_cacheDefaults{ SqliteDefaultsDomain::standardFile() };
     SettingsStore m_settings{ m_defaults };
     RecentFilesStore m_recentFiles{ m_cacheDefaults };

@@ -5,6 +5,7 @@
 
 #include <QFocusEvent>
 #include <QKeyEvent>
+#include <QLocale>
 
 #include <utility>
 
@@ -57,7 +58,10 @@ void ValueField::finish(bool commit)
 {
     if (!std::exchange(m_isEditing, false))
         return;
-    const QString typed = text();
+    QString typed = text();
+    // Numbers are read with a point.
+    if (const QString comma = locale().decimalPoint(); comma == QLatin1String(","))
+        typed.replace(comma, QLatin1String("."));
     if (commit && m_commit)
         m_commit(typed);
     setText(m_valueText);

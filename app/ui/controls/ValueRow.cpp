@@ -5,12 +5,35 @@
 #include "app/ui/controls/SymbolButton.h"
 #include "app/ui/controls/ValueField.h"
 
+#include <QCoreApplication>
+#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QPushButton>
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 namespace quillet {
+namespace {
+
+/// All that stand in the column.
+constexpr std::array<std::pair<const char*, const char*>, 5> titles{ { { "quillet::SpeedControl", "Speed" },
+                                                                       { "quillet::SpeedControl", "Step:" },
+                                                                       { "quillet::PitchControl", "Pitch" },
+                                                                       { "quillet::LoopControl", "Loop" },
+                                                                       { "quillet::EQView", "EQ" } } };
+
+}  // namespace
+
+int ValueRow::titleWidth()
+{
+    int width = scaled(minTitleWidth);
+    const QFontMetrics letters(titleFont());
+    for (const auto& [context, title] : titles)
+        width = std::max(width, letters.horizontalAdvance(QCoreApplication::translate(context, title)));
+    return width;
+}
 
 ValueRow::ValueRow(const ThemeSource& source, const Names& names, QWidget* parent)
     : QWidget(parent),
@@ -20,7 +43,7 @@ ValueRow::ValueRow(const ThemeSource& source, const Names& names, QWidget* paren
       m_reset(new QPushButton(tr("Reset")))
 {
     auto* title = new Label(source, Label::Role::title, names.title);
-    title->setFixedWidth(scaled(titleWidth));
+    title->setFixedWidth(titleWidth());
     m_less->setAutoRepeat(true);
     m_more->setAutoRepeat(true);
     m_reset->setAccessibleName(names.reset);

@@ -30,7 +30,9 @@ public:
         QString reset;
     };
     /// What the title takes where text has its usual size: what stands under the row begins after it. Points.
-    static constexpr int titleWidth = 58;
+    static constexpr int minTitleWidth = 58;
+    /// Of the column of titles, so that what follows them stands in line; there is an application.
+    [[nodiscard]] static int titleWidth();
     static constexpr int spacing = 8;
 
     ValueRow(const ThemeSource& source, const Names& names, QWidget* parent = nullptr);

@@ -22,6 +22,7 @@ CacheSettingsView::CacheSettingsView(const Services& services, QWidget* parent)
                                   } })),
       m_stems(new StemSettings(services.stems)),
       m_updates(new UpdateSettings(services.cache.theme, services.stems.defaults, services.checkForUpdates)),
+      m_language(new LanguageSettings(services.cache.theme, services.stems.defaults)),
       m_cache(new CacheSettings(services.cache))
 {
     auto* column = new QVBoxLayout(this);
@@ -31,6 +32,7 @@ CacheSettingsView::CacheSettingsView(const Services& services, QWidget* parent)
     addSection(*column, tr("Stem Separation"), m_stems);
     addSection(*column, tr("Updates"), m_updates);
     addSection(*column, tr("Cache"), m_cache);
+    addSection(*column, tr("Language"), m_language);
     column->addStretch();
 }
 
@@ -51,6 +53,7 @@ void CacheSettingsView::showEvent(QShowEvent* event)
     showDownloadDirectory();
     m_stems->refreshStemStats();
     m_updates->loadCurrentSettings();
+    m_language->loadCurrentSettings();
     m_cache->loadCurrentSettings();
 }
 

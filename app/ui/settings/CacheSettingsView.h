@@ -4,6 +4,7 @@
 
 #include "app/download/DownloadSettingsStore.h"
 #include "app/ui/settings/CacheSettings.h"
+#include "app/ui/settings/LanguageSettings.h"
 #include "app/ui/settings/StemSettings.h"
 #include "app/ui/settings/UpdateSettings.h"
 
@@ -42,6 +43,7 @@ private:
     FolderRow* m_downloads;
     StemSettings* m_stems;
     UpdateSettings* m_updates;
+    LanguageSettings* m_language;
     CacheSettings* m_cache;
 };
 

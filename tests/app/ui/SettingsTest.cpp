@@ -1,6 +1,8 @@
 #include "app/ui/ContentView.h"
 #include "app/ui/Notice.h"
+#include "app/ui/Translations.h"
 #include "app/ui/UpdateFlow.h"
+#include "app/ui/controls/ElidedLabel.h"
 #include "app/ui/settings/SettingsWindow.h"
 #include "tests/app/ui/WindowRig.h"
 
@@ -221,6 +223,51 @@ TEST_F(SettingsTest, AFolderThatHoldsOtherThingsIsAskedAboutFirst)
             candidate->click();
     for (const char* key : { "QLT.downloadDirectory", "QLT.stemsDirectory", "QLT.dependenciesDirectory" })
         EXPECT_FALSE(defaults.string(key)) << key;
+}
+
+/// What is shown in a narrower place than it needs.
+std::string clippedIn(const QWidget& window)
+{
+    std::string clipped;
+    const auto check = [&](const QWidget& widget, const QString& text, int padding) {
+        if (widget.isVisible() && widget.width() < widget.fontMetrics().horizontalAdvance(text) + padding)
+            clipped += text.toStdString() + "\n";
+    };
+    for (const auto* button : window.findChildren<QAbstractButton*>())
+        check(*button, button->text(), button->text().isEmpty() ? 0 : 8);
+    for (const auto* label : window.findChildren<QLabel*>())
+        if (!label->wordWrap() && qobject_cast<const ElidedLabel*>(label) == nullptr)
+            check(*label, label->text(), 0);
+    return clipped;
+}
+
+TEST_F(SettingsTest, NoTextIsCutInAnyLanguage)
+{
+    for (const Language& language : Translations::languages) {
+        Translations translations;
+        translations.install(language.code);
+        ContentView narrow({ state, loader, commands, recentFiles, downloader, separator, stemSessions, stemMixes, opener,
+                             cache, settings, stemSettings, updater, background, scheduler, downloadSettings, theme,
+                             defaults });
+        narrow.resize(680, 900);
+        narrow.show();
+        const StemSession session{ { { "drums", "/drums.wav" }, { "other", "/other.wav" } } };
+        for (const StemSession::Stem& stem : session.stems)
+            opener.add(stem.fileURL, sampleRate, 10 * sampleRate);
+        state.setLoadingState(LoadingState::idle());
+        QApplication::processEvents();
+        EXPECT_EQ(clippedIn(narrow), "") << language.code;
+        state.setLoadingState(LoadingState::loaded());
+        state.enterStemMode(session, openStemFiles(opener, session.stems));
+        state.setEqEnabled(true);
+        commands.execute(CommandId::showSettings);
+        finishWork();
+        QApplication::processEvents();
+        EXPECT_EQ(clippedIn(narrow), "") << language.code;
+        EXPECT_EQ(narrow.findChild<SettingsWindow*>()->windowTitle(),
+                  QLatin1String(std::string_view(language.code) == "de" ? "Einstellungen" : "Settings"));
+        state.exitStemMode();
+    }
 }
 
 TEST_F(SettingsTest, UpdatesAreToldOfAndNothingInThemActs)

@@ -131,6 +131,7 @@ TEST(GraphChange, WhereFramesAreMissingOnlyTheLastMillisecondsFadeAndNothingIsLo
     PacedRig rig(64);
     rig.play(file, { 0, file->length() });
     rig.pull(6400);
+    rig.output.settle(950);
     const auto song = channelOf(noise, 0);
     std::vector<float> block(2 * 60000);
     rig.output.pullAtOnce(block);
