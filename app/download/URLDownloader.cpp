@@ -2,6 +2,7 @@
 
 #include "AppCore/SharedInstance.h"
 #include "app/download/UnfinishedDownloads.h"
+#include "app/download/YtDlpReleases.h"
 #include "platform/files/FileExists.h"
 #include "platform/process/LineSplitter.h"
 
@@ -116,10 +117,12 @@ private:
 
 }  // namespace
 
-URLDownloader::URLDownloader(ProcessRunner& processes, BackgroundRunner& background, FilePath executableDirectory)
+URLDownloader::URLDownloader(ProcessRunner& processes, BackgroundRunner& background, FilePath executableDirectory,
+                             FilePath updatesDirectory)
     : m_processes(processes),
       m_background(background),
-      m_executableDirectory(std::move(executableDirectory))
+      m_executableDirectory(std::move(executableDirectory)),
+      m_updatesDirectory(std::move(updatesDirectory))
 {
 }
 
@@ -137,11 +140,12 @@ std::expected<URLDownloader::Tools, DownloadError> URLDownloader::findTools() co
     const auto directory = bundleHelperDirectory();
     if (!directory)
         return std::unexpected(directory.error());
-    Tools tools{ *directory / "uv", *directory / "yt-dlp", *directory / "ffmpeg" };
+    Tools tools{ *directory / "uv", YtDlpReleases(*directory, m_updatesDirectory).present().application,
+                 *directory / "ffmpeg" };
     if (!isExecutableFile(tools.uv))
         return std::unexpected(DownloadError{ DownloadError::Kind::uvNotFound });
     // uv reads it: it need not be executable.
-    if (!fileExists(tools.ytDlp))
+    if (tools.ytDlp.empty())
         return std::unexpected(DownloadError{ DownloadError::Kind::ytDlpNotFound });
     if (!isExecutableFile(tools.ffmpeg))
         return std::unexpected(DownloadError{ DownloadError::Kind::ffmpegNotFound });

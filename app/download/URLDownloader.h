@@ -43,7 +43,9 @@ public:
     };
 
     /// `executableDirectory` is empty where nobody knows it. The runners outlive the downloader.
-    URLDownloader(ProcessRunner& processes, BackgroundRunner& background, FilePath executableDirectory);
+    /// `updatesDirectory` holds newer releases of yt-dlp, if any.
+    URLDownloader(ProcessRunner& processes, BackgroundRunner& background, FilePath executableDirectory,
+                  FilePath updatesDirectory = {});
 
     /// The composition root's downloader.
     static URLDownloader& shared();
@@ -71,6 +73,7 @@ private:
     ProcessRunner& m_processes;
     BackgroundRunner& m_background;
     FilePath m_executableDirectory;
+    FilePath m_updatesDirectory;
 };
 
 }  // namespace quillet

@@ -231,13 +231,14 @@ void ContentView::openFromURL()
         m_openFromURL->activateWindow();
         return;
     }
-    m_openFromURL = new OpenFromURLSheet({ m_services.downloader, m_services.downloadSettings, m_services.theme },
-                                         { [this](const FilePath& file) {
-                                              closeOpenFromURL();
-                                              loadFile(file, RestoreSettings::no);
-                                          },
-                                           [this] { closeOpenFromURL(); } },
-                                         this);
+    m_openFromURL =
+        new OpenFromURLSheet({ m_services.downloader, m_services.ytDlpUpdater, m_services.downloadSettings, m_services.theme },
+                             { [this](const FilePath& file) {
+                                  closeOpenFromURL();
+                                  loadFile(file, RestoreSettings::no);
+                              },
+                               [this] { closeOpenFromURL(); } },
+                             this);
     connect(m_openFromURL, &OpenFromURLSheet::isInFrontChanged, this, &ContentView::syncShade);
     openSheet(*m_openFromURL);
 }
@@ -261,7 +262,8 @@ void ContentView::showSettings()
             { { m_services.theme, m_services.defaults, m_services.stemSettings, m_services.separator, m_services.stemSessions,
                 m_services.stemMixes, m_services.commands, m_services.background, m_services.scheduler },
               { m_services.theme, m_services.waveformCache, m_services.settings, m_services.background, m_services.scheduler },
-              m_services.downloadSettings,
+              { m_services.theme, m_services.downloadSettings, m_services.ytDlpUpdater, m_services.background,
+                m_services.scheduler },
               check },
             this);
     }

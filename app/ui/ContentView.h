@@ -9,6 +9,7 @@
 #include "app/core/FileLoader.h"
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
+#include "app/download/YtDlpUpdater.h"
 #include "app/stems/StemSeparator.h"
 #include "app/ui/DropOverlay.h"
 #include "app/ui/ThemeSource.h"
@@ -51,6 +52,7 @@ public:
         CommandCenter& commands;
         RecentFilesStore& recentFiles;
         URLDownloader& downloader;
+        YtDlpUpdater& ytDlpUpdater;
         StemSeparator& separator;
         StemSessionStore& stemSessions;
         StemMixStore& stemMixes;

@@ -13,6 +13,7 @@
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLineEdit>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -43,7 +44,8 @@ OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, 
       m_bar(new QProgressBar),
       m_words(new Label(services.theme, Label::Role::number, {})),
       m_errorText(new Label(services.theme, Label::Role::error, {})),
-      m_submit(new QPushButton(tr("Download && Open")))
+      m_submit(new QPushButton(tr("Download && Open"))),
+      m_update(new QPushButton(tr("Update yt-dlp")))
 {
     setWindowTitle(tr("Open from URL"));
     auto* title = new Label(services.theme, Label::Role::title, tr("Open from URL"));
@@ -54,7 +56,11 @@ OpenFromURLSheet::OpenFromURLSheet(const Services& services, Handlers handlers, 
     setButtonKind(*m_submit, ButtonKind::accent);
     m_submit->setDefault(true);
     connect(m_submit, &QAbstractButton::clicked, this, &OpenFromURLSheet::startDownload);
+    m_update->setAutoDefault(false);
+    m_update->setToolTip(tr("Fetches the newest yt-dlp: sites change, and an old one cannot read them any more"));
+    connect(m_update, &QAbstractButton::clicked, this, &OpenFromURLSheet::updateDownloader);
     auto* buttons = new QHBoxLayout;
+    buttons->addWidget(m_update);
     buttons->addStretch();
     buttons->addWidget(cancel);
     buttons->addWidget(m_submit);
@@ -158,6 +164,7 @@ void OpenFromURLSheet::startDownload()
     }
     m_download = std::move(*download);
     m_errorMessage.reset();
+    m_mayNeedUpdate = false;
     sync();
     stand(false);
 }
@@ -184,12 +191,29 @@ void OpenFromURLSheet::finish(const URLDownloader::Outcome& outcome)
 void OpenFromURLSheet::showFailure(const DownloadError& error)
 {
     m_errorMessage = errorText(error);
+    m_mayNeedUpdate = error.kind == DownloadError::Kind::processFailed;
     sync();
     // Whoever plays meanwhile keeps the keys.
     if (isActiveWindow())
         askAgain();
     QAccessibleEvent alert(m_errorText, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);
+}
+
+void OpenFromURLSheet::updateDownloader()
+{
+    m_services.updater.update([self = QPointer(this)](const YtDlpUpdater::Outcome& outcome) {
+        if (!self || self->isDownloading())
+            return;
+        self->m_mayNeedUpdate = false;
+        self->m_errorMessage = !outcome ? outcome.error()
+            : outcome->isUpdate         ? tr("yt-dlp is now %1. Try again.").arg(QString::fromStdString(outcome->version))
+                                        : tr("There is no newer yt-dlp. The site may have changed today, or need an account.");
+        self->sync();
+    });
+    m_mayNeedUpdate = false;
+    m_errorMessage = tr("The newest yt-dlp is being fetched…");
+    sync();
 }
 
 void OpenFromURLSheet::askAgain()
@@ -230,6 +254,7 @@ void OpenFromURLSheet::sync()
     m_urlField->setReadOnly(isDownloading());
     m_progress->setVisible(isDownloading());
     m_error->setVisible(m_errorMessage.has_value());
+    m_update->setVisible(m_mayNeedUpdate && !isDownloading());
     if (m_errorMessage) {
         m_errorText->setText(*m_errorMessage);
         int width = m_error->width();

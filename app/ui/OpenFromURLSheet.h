@@ -6,6 +6,7 @@
 
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
+#include "app/download/YtDlpUpdater.h"
 #include "app/ui/RunningDownload.h"
 #include "app/ui/ThemeSource.h"
 
@@ -33,6 +34,7 @@ public:
     /// All outlive the sheet.
     struct Services {
         URLDownloader& downloader;
+        YtDlpUpdater& updater;
         DownloadSettingsStore& settings;
         const ThemeSource& theme;
     };
@@ -70,6 +72,8 @@ private:
     [[nodiscard]] QWidget* makeError();
     void finish(const URLDownloader::Outcome& outcome);
     void showFailure(const DownloadError& error);
+    /// A site may have changed since the downloader was made.
+    void updateDownloader();
     void askAgain();
     void showProgress();
     void showDirectory();
@@ -91,6 +95,8 @@ private:
     QScrollArea* m_error;
     QLabel* m_errorText;
     QPushButton* m_submit;
+    QPushButton* m_update;
+    bool m_mayNeedUpdate = false;
 };
 
 }  // namespace quillet

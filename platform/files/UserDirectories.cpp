@@ -19,6 +19,13 @@ FilePath absoluteFromEnvironment(const char* name)
     return path.is_absolute() ? path : FilePath();
 }
 
+/// Ours in the directory that the variable names, or in that one of the home directory.
+FilePath ownDirectory(const char* variable, const char* usual)
+{
+    const FilePath named = absoluteFromEnvironment(variable);
+    return (named.empty() ? homeDirectory() / usual : named) / "quillet";
+}
+
 }  // namespace
 
 FilePath homeDirectory()
@@ -33,13 +40,9 @@ FilePath homeDirectory()
     return found->pw_dir;
 }
 
-FilePath configDirectory()
-{
-    FilePath base = absoluteFromEnvironment("XDG_CONFIG_HOME");
-    if (base.empty())
-        base = homeDirectory() / ".config";
-    return base / "quillet";
-}
+FilePath configDirectory() { return ownDirectory("XDG_CONFIG_HOME", ".config"); }
+
+FilePath dataDirectory() { return ownDirectory("XDG_DATA_HOME", ".local/share"); }
 
 bool createPrivateDirectory(const FilePath& directory)
 {

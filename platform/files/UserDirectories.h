@@ -15,6 +15,9 @@ namespace quillet {
 /// not set to an absolute path. It need not exist.
 [[nodiscard]] FilePath configDirectory();
 
+/// The program's directory of data: "quillet" in $XDG_DATA_HOME, or in ".local/share" of the home directory, likewise.
+[[nodiscard]] FilePath dataDirectory();
+
 /// Creates the directory and those above it that are missing, for the user alone (mode 0700). What exists keeps its mode.
 /// False if there is no such directory afterwards.
 [[nodiscard]] bool createPrivateDirectory(const FilePath& directory);

@@ -234,6 +234,13 @@
     </message>
 </context>
 <context>
+    <name>YtDlpUpdater</name>
+    <message>
+        <source>The newest yt-dlp could not be fetched.</source>
+        <translation>Das neueste yt-dlp ließ sich nicht laden.</translation>
+    </message>
+</context>
+<context>
     <name>quillet::AppcastUpdater</name>
     <message>
         <source>This build of Quillet has no update feed. Whoever gave you the program also has its updates.</source>
@@ -377,10 +384,6 @@
 <context>
     <name>quillet::CacheSettingsView</name>
     <message>
-        <source>Download folder</source>
-        <translation>Download-Ordner</translation>
-    </message>
-    <message>
         <source>Song Downloads</source>
         <translation>Stücke aus dem Netz</translation>
     </message>
@@ -472,6 +475,49 @@
     <message>
         <source>Close</source>
         <translation>Schließen</translation>
+    </message>
+</context>
+<context>
+    <name>quillet::DownloadSettings</name>
+    <message>
+        <source>Download folder</source>
+        <translation type="unfinished">Download-Ordner</translation>
+    </message>
+    <message>
+        <source>Update</source>
+        <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
+    </message>
+    <message>
+        <source>Update yt-dlp</source>
+        <translation>yt-dlp aktualisieren</translation>
+    </message>
+    <message>
+        <source>Fetches the newest yt-dlp: sites change, and an old one cannot read them any more</source>
+        <translation>Lädt das neueste yt-dlp: Seiten ändern sich, und ein altes kann sie nicht mehr lesen</translation>
+    </message>
+    <message>
+        <source>Undo the update of yt-dlp</source>
+        <translation>Aktualisierung von yt-dlp rückgängig</translation>
+    </message>
+    <message>
+        <source>Goes back to the yt-dlp that came with Quillet</source>
+        <translation>Kehrt zu dem yt-dlp zurück, das mit Quillet kam</translation>
+    </message>
+    <message>
+        <source>The newest yt-dlp is being fetched…</source>
+        <translation>Das neueste yt-dlp wird geladen …</translation>
+    </message>
+    <message>
+        <source>From now on songs are fetched with yt-dlp %1.</source>
+        <translation>Stücke werden ab jetzt mit yt-dlp %1 geladen.</translation>
+    </message>
+    <message>
+        <source>The yt-dlp that came with Quillet is used. There is no newer one, or it was undone.</source>
+        <translation>Verwendet wird das yt-dlp, das mit Quillet kam. Es gibt kein neueres, oder die Aktualisierung wurde rückgängig gemacht.</translation>
     </message>
 </context>
 <context>
@@ -940,6 +986,26 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
     <message>
         <source>Download folder %1</source>
         <translation>Download-Ordner %1</translation>
+    </message>
+    <message>
+        <source>Update yt-dlp</source>
+        <translation type="unfinished">yt-dlp aktualisieren</translation>
+    </message>
+    <message>
+        <source>Fetches the newest yt-dlp: sites change, and an old one cannot read them any more</source>
+        <translation>Lädt das neueste yt-dlp: Seiten ändern sich, und ein altes kann sie nicht mehr lesen</translation>
+    </message>
+    <message>
+        <source>yt-dlp is now %1. Try again.</source>
+        <translation>yt-dlp ist jetzt %1. Versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>There is no newer yt-dlp. The site may have changed today, or need an account.</source>
+        <translation>Es gibt kein neueres yt-dlp. Die Seite hat sich vielleicht heute geändert oder verlangt ein Konto.</translation>
+    </message>
+    <message>
+        <source>The newest yt-dlp is being fetched…</source>
+        <translation>Das neueste yt-dlp wird geladen …</translation>
     </message>
 </context>
 <context>

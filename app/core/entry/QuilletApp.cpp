@@ -7,6 +7,7 @@
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
 #include "app/download/UnfinishedDownloads.h"
+#include "app/download/YtDlpUpdater.h"
 #include "app/ui/MainWindow.h"
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
@@ -20,6 +21,7 @@
 #include "platform/defaults/SqliteDefaultsDomain.h"
 #include "platform/files/ProgramDirectories.h"
 #include "platform/files/SystemFileAttributes.h"
+#include "platform/files/UserDirectories.h"
 #include "platform/media/MediaModule.h"
 #include "platform/process/Interruption.h"
 #include "platform/process/QtProcessRunner.h"
@@ -145,6 +147,8 @@ private:
         m_window.content().setSettingsHealth(health);
     }
 
+    /// What was fetched in place of what came with the program.
+    [[nodiscard]] static FilePath toolsDirectory() { return dataDirectory() / "yt-dlp"; }
     [[nodiscard]] static int cores() { return std::max(1, static_cast<int>(std::thread::hardware_concurrency())); }
 
     QtScheduler m_scheduler;
@@ -191,7 +195,9 @@ private:
                            m_stemMixes,
                            m_attributes } };
     QtProcessRunner m_processes;
-    URLDownloader m_downloader{ m_processes, m_background, executableDirectory() };
+    URLDownloader m_downloader{ m_processes, m_background, executableDirectory(), toolsDirectory() };
+    YtDlpUpdater m_ytDlpUpdater{ { m_processes, m_background, m_scheduler, executableDirectory(), resourcesDirectory() },
+                                 { executableDirectory(), toolsDirectory() } };
     DownloadSettingsStore m_downloadSettings{ m_defaults };
     StemSeparator m_separator{ { m_processes, m_background, m_scheduler, m_stemSettings, m_attributes, executableDirectory(),
                                  resourcesDirectory() } };
@@ -207,9 +213,9 @@ private:
     ThemeSource m_theme;
     /// The application's.
     QuilletStyle* m_style = new QuilletStyle(m_theme);
-    MainWindow m_window{ { *m_state, m_loader, m_commands, m_recentFiles, m_downloader, m_separator, m_stemSessions,
-                           m_stemMixes, m_media.audioFiles(), m_waveformCache, m_settings, m_stemSettings, m_updater,
-                           m_background, m_scheduler, m_downloadSettings, m_theme, m_defaults } };
+    MainWindow m_window{ { *m_state, m_loader, m_commands, m_recentFiles, m_downloader, m_ytDlpUpdater, m_separator,
+                           m_stemSessions, m_stemMixes, m_media.audioFiles(), m_waveformCache, m_settings, m_stemSettings,
+                           m_updater, m_background, m_scheduler, m_downloadSettings, m_theme, m_defaults } };
 };
 
 }  // namespace

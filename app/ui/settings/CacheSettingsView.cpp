@@ -10,16 +10,7 @@ namespace quillet {
 CacheSettingsView::CacheSettingsView(const Services& services, QWidget* parent)
     : QWidget(parent),
       m_services(services),
-      m_downloads(new FolderRow(services.cache.theme, tr("Download folder"),
-                                { [this](const FilePath& folder) {
-                                     m_services.downloads.defaults.setString(DownloadSettingsStore::directoryKey,
-                                                                             folder.native());
-                                     showDownloadDirectory();
-                                 },
-                                  [this] {
-                                      m_services.downloads.defaults.remove(DownloadSettingsStore::directoryKey);
-                                      showDownloadDirectory();
-                                  } })),
+      m_downloads(new DownloadSettings(services.downloads)),
       m_stems(new StemSettings(services.stems)),
       m_updates(new UpdateSettings(services.cache.theme, services.stems.defaults, services.checkForUpdates)),
       m_language(new LanguageSettings(services.cache.theme, services.stems.defaults)),
@@ -50,13 +41,11 @@ void CacheSettingsView::addSection(QVBoxLayout& column, const QString& title, QW
 void CacheSettingsView::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
-    showDownloadDirectory();
+    m_downloads->loadCurrentSettings();
     m_stems->refreshStemStats();
     m_updates->loadCurrentSettings();
     m_language->loadCurrentSettings();
     m_cache->loadCurrentSettings();
 }
-
-void CacheSettingsView::showDownloadDirectory() { m_downloads->setFolder(m_services.downloads.downloadDirectory()); }
 
 }  // namespace quillet

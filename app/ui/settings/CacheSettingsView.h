@@ -2,8 +2,8 @@
 // Threads: main thread.
 #pragma once
 
-#include "app/download/DownloadSettingsStore.h"
 #include "app/ui/settings/CacheSettings.h"
+#include "app/ui/settings/DownloadSettings.h"
 #include "app/ui/settings/LanguageSettings.h"
 #include "app/ui/settings/StemSettings.h"
 #include "app/ui/settings/UpdateSettings.h"
@@ -24,7 +24,7 @@ public:
     struct Services {
         StemSettings::Services stems;
         CacheSettings::Services cache;
-        DownloadSettingsStore& downloads;
+        DownloadSettings::Services downloads;
         /// Asks for a newer version, now.
         std::function<void()> checkForUpdates;
     };
@@ -37,10 +37,9 @@ protected:
 
 private:
     void addSection(QVBoxLayout& column, const QString& title, QWidget* content);
-    void showDownloadDirectory();
 
     Services m_services;
-    FolderRow* m_downloads;
+    DownloadSettings* m_downloads;
     StemSettings* m_stems;
     UpdateSettings* m_updates;
     LanguageSettings* m_language;

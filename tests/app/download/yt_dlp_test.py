@@ -21,6 +21,7 @@ from song_server import SongServer, make_songs
 
 TOOLS = Path(sys.argv[1]).resolve()
 ENTRY = Path(__file__).resolve().parents[3] / "app/download/yt-dlp/__main__.py"
+UPDATE = ENTRY.with_name("update.py")
 LONGEST_NAME_BYTES = 255
 
 
@@ -162,6 +163,28 @@ class FetchTest(unittest.TestCase):
         # Byte for byte what it is in one go.
         self.assertEqual(self.fetched("/song.mp3"), "song.m4a")
         self.assertEqual(self.names(), ["song.m4a"])
+
+    def test_the_newest_release_is_fetched_whole_or_not_at_all(self):
+        updates = self.home / "updates"
+
+        def update(**environment):
+            return subprocess.run([TOOLS / "uv", "run", "--no-project", "--python", "3.12", UPDATE, TOOLS / "uv", updates],
+                                  env={**self.environment, **environment}, cwd="/", capture_output=True, text=True)
+
+        failed = update(UV_OFFLINE="1", UV_CACHE_DIR=str(self.home / "empty"))
+        self.assertEqual(failed.returncode, 1)
+        self.assertRegex(failed.stderr, "^The newest yt-dlp could not be fetched: .*\n$")
+        self.assertEqual(list(updates.iterdir()), [])
+        outcome = update()
+        if outcome.returncode != 0 and "could not be fetched" in outcome.stderr:
+            self.skipTest(f"no registry: {outcome.stderr.strip()}")
+        version = outcome.stdout.strip()
+        self.assertEqual([place.name for place in updates.iterdir()], [version])
+        with zipfile.ZipFile(updates / version / "yt-dlp") as application:
+            self.assertEqual(application.read("__main__.py"), ENTRY.read_bytes())
+        told = subprocess.run([TOOLS / "uv", "run", "--python", "3.12", updates / version / "yt-dlp", "--version"], env=self.environment,
+                              cwd="/", capture_output=True, text=True)
+        self.assertEqual(told.stdout.strip(), version)
 
 
 if __name__ == "__main__":

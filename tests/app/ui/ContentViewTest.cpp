@@ -26,8 +26,9 @@ namespace {
 
 struct ContentViewTest : testing::Test, WindowRig {
     AppState& state = *WindowRig::state;
-    ContentView view{ { state, loader, commands, recentFiles, downloader, separator, stemSessions, stemMixes, opener, cache,
-                        settings, stemSettings, updater, background, scheduler, downloadSettings, theme, defaults } };
+    ContentView view{ { state, loader, commands, recentFiles, downloader, ytDlpUpdater, separator, stemSessions, stemMixes,
+                        opener, cache, settings, stemSettings, updater, background, scheduler, downloadSettings, theme,
+                        defaults } };
 
     ContentViewTest()
     {

@@ -13,6 +13,8 @@
 #include <QProgressBar>
 #include <QTest>
 
+#include <filesystem>
+#include <fstream>
 #include <optional>
 
 namespace quillet {
@@ -22,7 +24,7 @@ struct OpenFromURLSheetTest : testing::Test, WindowRig {
     QWidget window;
     std::optional<FilePath> loaded;
     int cancels = 0;
-    OpenFromURLSheet sheet{ { downloader, downloadSettings, theme },
+    OpenFromURLSheet sheet{ { downloader, ytDlpUpdater, downloadSettings, theme },
                             { [this](const FilePath& file) { loaded = file; }, [this] { ++cancels; } },
                             &window };
 
@@ -102,6 +104,24 @@ TEST_F(OpenFromURLSheetTest, AFailureIsShownAndAnotherAttemptClearsIt)
         EXPECT_TRUE(isShown(sheet, "Download failed: ERROR: <b>not found</b>"));
         EXPECT_EQ(sheet.isModal(), !plays) << "whoever plays keeps the keys";
     }
+    // A site may have changed since: the newest downloader is fetched, and used from then on.
+    std::ofstream(tools / "fetched-tools.json") << R"({"yt-dlp": "2026.9.1"})";
+    for (const char* version : { "2026.8.31", "2026.10.1" }) {
+        submit();
+        processes.last().end(1, {});
+        buttonIn(sheet, "Update yt-dlp").click();
+        EXPECT_TRUE(isShown(sheet, "The newest yt-dlp is being fetched…"));
+        std::filesystem::create_directories(tools / "newer" / version);
+        std::ofstream(tools / "newer" / version / "yt-dlp") << "x";
+        processes.last().end(0, version);
+        finishWork();
+        submit();
+        EXPECT_EQ(processes.last().request.arguments.at(3),
+                  version == std::string("2026.10.1") ? tools / "newer/2026.10.1/yt-dlp" : tools / "yt-dlp");
+        processes.last().end(1, {});
+    }
+    ytDlpUpdater.undo([](const auto& outcome) { EXPECT_EQ(outcome->version, "2026.9.1"); });
+    finishWork();
     submit();
     EXPECT_EQ(processes.last().request.arguments.back(), "https://example.com/a.mp3");
     EXPECT_FALSE(isShown(sheet, "Download failed: ERROR: <b>not found</b>"));

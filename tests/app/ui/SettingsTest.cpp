@@ -24,8 +24,9 @@ constexpr std::int64_t megabyte = 1'048'576;
 
 struct SettingsTest : testing::Test, WindowRig {
     AppState& state = *WindowRig::state;
-    ContentView view{ { state, loader, commands, recentFiles, downloader, separator, stemSessions, stemMixes, opener, cache,
-                        settings, stemSettings, updater, background, scheduler, downloadSettings, theme, defaults } };
+    ContentView view{ { state, loader, commands, recentFiles, downloader, ytDlpUpdater, separator, stemSessions, stemMixes,
+                        opener, cache, settings, stemSettings, updater, background, scheduler, downloadSettings, theme,
+                        defaults } };
     FilePath stems = tools / "stems";
     FilePath venv = tools / "venv";
     SettingsWindow* window = nullptr;
@@ -246,8 +247,8 @@ TEST_F(SettingsTest, NoTextIsCutInAnyLanguage)
     for (const Language& language : Translations::languages) {
         Translations translations;
         translations.install(language.code);
-        ContentView narrow({ state, loader, commands, recentFiles, downloader, separator, stemSessions, stemMixes, opener,
-                             cache, settings, stemSettings, updater, background, scheduler, downloadSettings, theme,
+        ContentView narrow({ state, loader, commands, recentFiles, downloader, ytDlpUpdater, separator, stemSessions, stemMixes,
+                             opener, cache, settings, stemSettings, updater, background, scheduler, downloadSettings, theme,
                              defaults });
         narrow.resize(680, 900);
         narrow.show();

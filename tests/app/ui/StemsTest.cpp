@@ -22,8 +22,9 @@ namespace {
 
 struct StemsTest : testing::Test, WindowRig {
     AppState& state = *WindowRig::state;
-    ContentView view{ { state, loader, commands, recentFiles, downloader, separator, stemSessions, stemMixes, opener, cache,
-                        settings, stemSettings, updater, background, scheduler, downloadSettings, theme, defaults } };
+    ContentView view{ { state, loader, commands, recentFiles, downloader, ytDlpUpdater, separator, stemSessions, stemMixes,
+                        opener, cache, settings, stemSettings, updater, background, scheduler, downloadSettings, theme,
+                        defaults } };
     FilePath stems = tools / "stems" / StemFolder::pathHash(song) / "htdemucs_6s" / "song";
 
     StemsTest()

@@ -5,6 +5,7 @@
 #include "app/core/CommandCenter.h"
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
+#include "app/download/YtDlpUpdater.h"
 #include "app/stems/StemSeparator.h"
 #include "app/ui/ThemeSource.h"
 #include "platform/update/Updater.h"
@@ -38,6 +39,8 @@ struct WindowRig : StateRig {
     FakeProcessRunner processes;
     TemporaryFolder tools;
     URLDownloader downloader{ processes, background, tools.path() };
+    YtDlpUpdater ytDlpUpdater{ { processes, background, scheduler, tools.path(), tools.path() },
+                               { tools.path(), tools / "newer" } };
     DownloadSettingsStore downloadSettings{ defaults };
     StemSettingsStore stemSettings{ defaults };
     FakeUpdater updater;
