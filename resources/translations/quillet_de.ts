@@ -481,7 +481,7 @@
     <name>quillet::DownloadSettings</name>
     <message>
         <source>Download folder</source>
-        <translation type="unfinished">Download-Ordner</translation>
+        <translation>Download-Ordner</translation>
     </message>
     <message>
         <source>Update</source>
@@ -989,7 +989,7 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
     </message>
     <message>
         <source>Update yt-dlp</source>
-        <translation type="unfinished">yt-dlp aktualisieren</translation>
+        <translation>yt-dlp aktualisieren</translation>
     </message>
     <message>
         <source>Fetches the newest yt-dlp: sites change, and an old one cannot read them any more</source>
