@@ -38,7 +38,7 @@ struct WindowRig : StateRig {
     ThemeSource theme;
     FakeProcessRunner processes;
     TemporaryFolder tools;
-    URLDownloader downloader{ processes, background, tools.path() };
+    URLDownloader downloader{ processes, background, tools.path(), tools / "newer" };
     YtDlpUpdater ytDlpUpdater{ { processes, background, scheduler, tools.path(), tools.path() },
                                { tools.path(), tools / "newer" } };
     DownloadSettingsStore downloadSettings{ defaults };
