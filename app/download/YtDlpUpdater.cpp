@@ -1,6 +1,7 @@
 #include "app/download/YtDlpUpdater.h"
 
 #include <QCoreApplication>
+#include <QString>
 
 #include <utility>
 
@@ -53,7 +54,7 @@ void YtDlpUpdater::finish(const std::expected<ProcessEnd, ProcessStartError>& en
         return;
     }
     const QString reason = end ? trimmed(end->standardError) : trimmed(end.error().description);
-    tellAll(std::unexpected(reason.isEmpty() ? Text::tr("The newest yt-dlp could not be fetched.") : reason));
+    tellAll(std::unexpected((reason.isEmpty() ? Text::tr("The newest yt-dlp could not be fetched.") : reason).toStdString()));
 }
 
 void YtDlpUpdater::undo(std::function<void(const Outcome& outcome)> done) { tellPresent(std::move(done), true); }

@@ -7,11 +7,10 @@
 #include "platform/schedule/BackgroundRunner.h"
 #include "platform/schedule/Scheduler.h"
 
-#include <QString>
-
 #include <expected>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace quillet {
@@ -28,7 +27,7 @@ public:
         FilePath resourcesDirectory;
     };
     /// What is used from now on, or a sentence for the user.
-    using Outcome = std::expected<YtDlpRelease, QString>;
+    using Outcome = std::expected<YtDlpRelease, std::string>;
 
     YtDlpUpdater(Services services, YtDlpReleases releases);
     ~YtDlpUpdater();

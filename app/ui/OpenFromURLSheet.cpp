@@ -206,7 +206,7 @@ void OpenFromURLSheet::updateDownloader()
         if (!self || self->isDownloading())
             return;
         self->m_mayNeedUpdate = false;
-        self->m_errorMessage = !outcome ? outcome.error()
+        self->m_errorMessage = !outcome ? QString::fromStdString(outcome.error())
             : outcome->isUpdate         ? tr("yt-dlp is now %1. Try again.").arg(QString::fromStdString(outcome->version))
                                         : tr("There is no newer yt-dlp. The site may have changed today, or need an account.");
         self->sync();

@@ -17,8 +17,9 @@ constexpr qsizetype maxShownNotes = 2000;
 /// As plain text, whatever it was: nothing in it acts.
 QString shownNotes(const Release& release)
 {
-    QString notes =
-        release.notes.contains(QLatin1Char('<')) ? QTextDocumentFragment::fromHtml(release.notes).toPlainText() : release.notes;
+    QString notes = QString::fromStdString(release.notes);
+    if (notes.contains(QLatin1Char('<')))
+        notes = QTextDocumentFragment::fromHtml(notes).toPlainText();
     notes = notes.trimmed();
     return notes.size() <= maxShownNotes ? notes : notes.left(maxShownNotes) + QStringLiteral("…");
 }
@@ -26,11 +27,11 @@ QString shownNotes(const Release& release)
 class UpdateNotice final : public Notice {
 public:
     UpdateNotice(const ThemeSource& source, const Release& release)
-        : Notice(source, UpdateFlow::tr("Quillet %1 is available.").arg(release.version.toString()))
+        : Notice(source, UpdateFlow::tr("Quillet %1 is available.").arg(QString::fromStdString(release.version)))
     {
-        if (!release.page.isEmpty())
+        if (!release.page.empty())
             connect(&addButton(UpdateFlow::tr("Download Page")), &QAbstractButton::clicked, this,
-                    [page = release.page] { QDesktopServices::openUrl(QUrl(page)); });
+                    [page = QString::fromStdString(release.page)] { QDesktopServices::openUrl(QUrl(page)); });
         connect(&addButton(UpdateFlow::tr("Close")), &QAbstractButton::clicked, this, &QObject::deleteLater);
     }
 };
@@ -70,21 +71,22 @@ void UpdateFlow::showAnswer(const Updater::Answer& answer)
         return;
     }
     m_sheet->setText(answer ? tr("Quillet %1 is the newest version.").arg(QCoreApplication::applicationVersion())
-                            : answer.error());
+                            : QString::fromStdString(answer.error()));
     m_sheet->setStandardButtons(QMessageBox::Ok);
 }
 
 void UpdateFlow::showRelease(const Release& release)
 {
-    m_sheet->setText(
-        tr("Quillet %1 is available. You have %2.").arg(release.version.toString(), QCoreApplication::applicationVersion()));
+    m_sheet->setText(tr("Quillet %1 is available. You have %2.")
+                         .arg(QString::fromStdString(release.version), QCoreApplication::applicationVersion()));
     m_sheet->setInformativeText(shownNotes(release));
     m_sheet->setStandardButtons(QMessageBox::Close);
-    if (release.page.isEmpty())
+    if (release.page.empty())
         return;
     QPushButton* page = m_sheet->addButton(tr("Download Page"), QMessageBox::AcceptRole);
     m_sheet->setDefaultButton(page);
-    connect(page, &QAbstractButton::clicked, this, [address = release.page] { QDesktopServices::openUrl(QUrl(address)); });
+    connect(page, &QAbstractButton::clicked, this,
+            [address = QString::fromStdString(release.page)] { QDesktopServices::openUrl(QUrl(address)); });
 }
 
 void UpdateFlow::checkForUpdatesInBackground()

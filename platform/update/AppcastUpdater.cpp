@@ -1,5 +1,7 @@
 #include "platform/update/AppcastUpdater.h"
 
+#include "platform/update/AppcastFeed.h"
+
 #include <QHostAddress>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -23,6 +25,8 @@ bool isAllowed(const QUrl& address)
     return address.scheme() == QLatin1String("https") || (address.scheme() == QLatin1String("http") && isLoopback(address));
 }
 
+std::unexpected<std::string> refused(const QString& sentence) { return std::unexpected(sentence.toStdString()); }
+
 }  // namespace
 
 AppcastUpdater::AppcastUpdater(FeedSource feed, QVersionNumber present)
@@ -42,10 +46,9 @@ void AppcastUpdater::checkForUpdates(std::function<void(const Answer& answer)> a
     const QString feed = m_feed();
     const QUrl address(feed, QUrl::StrictMode);
     if (feed.isEmpty())
-        finish(std::unexpected(
-            tr("This build of Quillet has no update feed. Whoever gave you the program also has its updates.")));
+        finish(refused(tr("This build of Quillet has no update feed. Whoever gave you the program also has its updates.")));
     else if (!isAllowed(address))
-        finish(std::unexpected(tr("The update feed “%1” is no secure web address (https).").arg(feed)));
+        finish(refused(tr("The update feed “%1” is no secure web address (https).").arg(feed)));
     else
         request(address);
 }
@@ -62,7 +65,7 @@ void AppcastUpdater::request(const QUrl& address)
     m_reply = m_network->get(question);
     connect(m_reply, &QNetworkReply::downloadProgress, this, [this](qint64 received, qint64) {
         if (received > maxFeedBytes)
-            finish(std::unexpected(tr("The update feed is too long to be one.")));
+            finish(refused(tr("The update feed is too long to be one.")));
     });
     connect(m_reply, &QNetworkReply::finished, this, &AppcastUpdater::takeReply);
 }
@@ -74,21 +77,23 @@ void AppcastUpdater::takeReply()
         const QUrl address = m_reply->url().resolved(next);
         abandon();
         if (++m_redirects > maxRedirects || !isAllowed(address))
-            finish(
-                std::unexpected(tr("The update feed leads elsewhere again and again, or to an address that is not secure.")));
+            finish(refused(tr("The update feed leads elsewhere again and again, or to an address that is not secure.")));
         else
             request(address);
         return;
     }
     if (m_reply->error() != QNetworkReply::NoError) {
-        finish(std::unexpected(tr("The update feed cannot be reached: %1. Try again later.").arg(m_reply->errorString())));
+        finish(refused(tr("The update feed cannot be reached: %1. Try again later.").arg(m_reply->errorString())));
         return;
     }
     const auto releases = releasesIn(m_reply->readAll());
+    const auto newest = releases ? newestAfter(*releases, m_present) : std::nullopt;
     if (!releases || releases->empty())
-        finish(std::unexpected(tr("What the update feed answers cannot be read. Try again later.")));
+        finish(refused(tr("What the update feed answers cannot be read. Try again later.")));
     else
-        finish(newestAfter(*releases, m_present));
+        finish(newest ? std::optional(Release{ newest->version.toString().toStdString(), newest->notes.toStdString(),
+                                               newest->page.toStdString() })
+                      : std::nullopt);
 }
 
 void AppcastUpdater::finish(const Answer& answer)

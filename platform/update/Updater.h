@@ -2,20 +2,27 @@
 // Threads: main thread; it never waits.
 #pragma once
 
-#include "platform/update/Release.h"
-
-#include <QString>
-
 #include <expected>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace quillet {
+
+struct Release {
+    std::string version;
+    /// HTML or plain, at most 64 KiB: data, in which nothing is to act.
+    std::string notes;
+    /// Where it can be had: an HTTPS address, or none.
+    std::string page;
+
+    bool operator==(const Release&) const = default;
+};
 
 class Updater {
 public:
     /// The newer release, nothing if this one is the newest, or a sentence for the user that says why nobody knows.
-    using Answer = std::expected<std::optional<Release>, QString>;
+    using Answer = std::expected<std::optional<Release>, std::string>;
 
     virtual ~Updater() = default;
 

@@ -92,7 +92,7 @@ void DownloadSettings::showOutcome(const YtDlpUpdater::Outcome& outcome)
                              ? tr("From now on songs are fetched with yt-dlp %1.").arg(version)
                              : tr("The yt-dlp that came with Quillet is used. There is no newer one, or it was undone."));
     } else {
-        m_words->setText(outcome.error());
+        m_words->setText(QString::fromStdString(outcome.error()));
     }
     m_words->show();
     sync();

@@ -273,15 +273,14 @@ TEST_F(SettingsTest, NoTextIsCutInAnyLanguage)
 
 TEST_F(SettingsTest, UpdatesAreToldOfAndNothingInThemActs)
 {
-    const Release release{ QVersionNumber(9, 1), QStringLiteral("<b>Loops</b><script>x()</script>"),
-                           QStringLiteral("https://example.org/") };
+    const Release release{ "9.1", "<b>Loops</b><script>x()</script>", "https://example.org/" };
     commands.execute(CommandId::checkForUpdates);
     EXPECT_EQ(alert()->text(), QString::fromUtf8("Checking for updates…"));
     updater.answered(std::optional(release));
     EXPECT_EQ(alert()->informativeText(), QLatin1String("Loops"));
     answer("Close");
     commands.execute(CommandId::checkForUpdates);
-    updater.answered(std::unexpected(QStringLiteral("No network.")));
+    updater.answered(std::unexpected("No network."));
     EXPECT_EQ(alert()->text(), QLatin1String("No network."));
     answer("OK");
 
@@ -294,7 +293,7 @@ TEST_F(SettingsTest, UpdatesAreToldOfAndNothingInThemActs)
     ASSERT_TRUE(updater.answered);
     const auto notices = [this] { return view.findChildren<Notice*>().size(); };
     const auto before = notices();
-    updater.answered(std::unexpected(QStringLiteral("No network.")));
+    updater.answered(std::unexpected("No network."));
     EXPECT_EQ(notices(), before);
     updater.answered(std::optional(release));
     EXPECT_EQ(notices(), before + 1);

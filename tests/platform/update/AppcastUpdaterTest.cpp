@@ -89,17 +89,17 @@ TEST(AppcastUpdater, TellsOfTheNewestReleaseAndSaysWhyItCannot)
         updater.checkForUpdates([&](const Updater::Answer& given) { answered = given; });
         EXPECT_FALSE(answered) << "never inside the question";
         EXPECT_TRUE(loop.runUntil([&] { return answered.has_value(); })) << address.toStdString();
-        return answered.value_or(std::unexpected(QStringLiteral("no answer")));
+        return answered.value_or(std::unexpected("no answer"));
     };
 
-    const Release newest{ QVersionNumber(1, 10), QStringLiteral("<b>New</b>"), QStringLiteral("https://example.org/get") };
+    const Release newest{ "1.10", "<b>New</b>", "https://example.org/get" };
     EXPECT_EQ(ask(server.address("/news")), Updater::Answer(newest));
     EXPECT_EQ(ask(server.address("/moved")), Updater::Answer(newest));
-    EXPECT_EQ(ask(server.address("/element")), Updater::Answer(Release{ QVersionNumber(2), {}, {} })) << "no page that acts";
+    EXPECT_EQ(ask(server.address("/element")), Updater::Answer(Release{ "2", {}, {} })) << "no page that acts";
     EXPECT_EQ(ask(server.address("/none")), Updater::Answer(std::nullopt));
     for (const char* path : { "/html", "/cut", "/nonsense", "/empty", "/bomb", "/forever", "/away", "/missing", "/endless" }) {
         const auto failed = ask(server.address(path));
-        EXPECT_TRUE(!failed && failed.error().endsWith(QLatin1Char('.'))) << path;
+        EXPECT_TRUE(!failed && failed.error().ends_with('.')) << path;
     }
     for (const char* address : { "", "http://example.org/feed", "file:///etc/passwd", "https://", "x" })
         EXPECT_FALSE(ask(QLatin1String(address))) << address;

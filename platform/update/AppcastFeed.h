@@ -6,20 +6,19 @@
 #include <QString>
 #include <QVersionNumber>
 
-#include <expected>
 #include <optional>
 #include <vector>
 
 namespace quillet {
 
-struct Release {
+struct FeedRelease {
     QVersionNumber version;
     /// As the feed has it: HTML or plain, at most 64 KiB.
     QString notes;
     /// Where it can be had: an HTTPS address, or none.
     QString page;
 
-    bool operator==(const Release&) const = default;
+    bool operator==(const FeedRelease&) const = default;
 };
 
 /// A version as this program has them: two to four numbers of at most six digits each, with dots between them. Nothing for any
@@ -29,9 +28,9 @@ struct Release {
 /// The releases of an RSS feed whose items name their version in an element or an attribute of their enclosure
 /// (`shortVersionString`, or `version`). Items without a version, for other systems, or that do not read are left out. Nothing
 /// if the bytes are no such feed.
-[[nodiscard]] std::optional<std::vector<Release>> releasesIn(QByteArrayView feed);
+[[nodiscard]] std::optional<std::vector<FeedRelease>> releasesIn(QByteArrayView feed);
 
 /// The newest of `releases`, if it is newer than `present`.
-[[nodiscard]] std::optional<Release> newestAfter(const std::vector<Release>& releases, const QVersionNumber& present);
+[[nodiscard]] std::optional<FeedRelease> newestAfter(const std::vector<FeedRelease>& releases, const QVersionNumber& present);
 
 }  // namespace quillet

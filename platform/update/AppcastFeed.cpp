@@ -1,4 +1,4 @@
-#include "platform/update/Release.h"
+#include "platform/update/AppcastFeed.h"
 
 #include <QUrl>
 #include <QXmlStreamReader>
@@ -45,14 +45,14 @@ struct Item {
             page = value.trimmed();
     }
 
-    [[nodiscard]] std::optional<Release> release() const
+    [[nodiscard]] std::optional<FeedRelease> release() const
     {
         const auto number = parseVersion(shortVersion.isEmpty() ? version : shortVersion);
         if (!number || !isForThisSystem(system))
             return std::nullopt;
         const QUrl address(page, QUrl::StrictMode);
         const bool isSafe = address.isValid() && address.scheme() == QLatin1String("https") && !address.host().isEmpty();
-        return Release{ *number, notes, isSafe ? address.toString() : QString() };
+        return FeedRelease{ *number, notes, isSafe ? address.toString() : QString() };
     }
 };
 
@@ -88,13 +88,13 @@ std::optional<QVersionNumber> parseVersion(QStringView text)
     return QVersionNumber(numbers).normalized();
 }
 
-std::optional<std::vector<Release>> releasesIn(QByteArrayView feed)
+std::optional<std::vector<FeedRelease>> releasesIn(QByteArrayView feed)
 {
     QXmlStreamReader xml(feed.toByteArray());
     if (!xml.readNextStartElement() || xml.name() != QLatin1String("rss") || !xml.readNextStartElement()
         || xml.name() != QLatin1String("channel"))
         return std::nullopt;
-    std::vector<Release> releases;
+    std::vector<FeedRelease> releases;
     while (xml.readNextStartElement()) {
         if (xml.name() != QLatin1String("item")) {
             xml.skipCurrentElement();
@@ -112,9 +112,9 @@ std::optional<std::vector<Release>> releasesIn(QByteArrayView feed)
     return releases;
 }
 
-std::optional<Release> newestAfter(const std::vector<Release>& releases, const QVersionNumber& present)
+std::optional<FeedRelease> newestAfter(const std::vector<FeedRelease>& releases, const QVersionNumber& present)
 {
-    const auto newest = std::ranges::max_element(releases, {}, &Release::version);
+    const auto newest = std::ranges::max_element(releases, {}, &FeedRelease::version);
     if (newest == releases.end() || !(newest->version > present.normalized()))
         return std::nullopt;
     return *newest;
