@@ -44,7 +44,10 @@ TEST(CommandLine, AFileAloneIsOpenedInTheWindow)
 TEST(CommandLine, WrongUsageIsOneSentence)
 {
     std::vector<std::vector<std::string>> cases = {
-        { "render", "a.wav" }, { "render", "-o", "o.wav" }, { "play" }, { "play", "a.wav", "b.wav" },
+        { "render", "a.wav" },
+        { "render", "-o", "o.wav" },
+        { "play" },
+        { "play", "a.wav", "b.wav" },
     };
     for (const char* options :
          { "--bogus",         "--speed",         "--speed fast",         "--speed 50x",      "--speed=",        "--speed nan",
