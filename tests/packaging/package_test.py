@@ -92,7 +92,7 @@ class Files(unittest.TestCase):
         for words, wanted, unwanted in [
             (["re"], "render", "--from"), (["render", "--s"], "--stems", "--json"), (["render", "a.wav", "-"], "--output", "--png"),
             (["info", "-"], "--json", "--from"), (["-"], "--version", "--json"), (["play", "CMake"], "CMakeLists.txt", "render"),
-            (["separate", "-o", "pack"], "packaging", "package"), (["play", "--stems", "g"], "guitar=", "vocals="),
+            (["separate", "-o", "''"], "docs", "README.md"), (["separate", "-"], "--output", "--speed"), (["play", "--stems", "g"], "guitar=", "vocals="),
         ]:
             script = (f"compopt() {{ :; }}; source packaging/completions/quillet.bash; COMP_WORDS=(quillet {' '.join(words)}); "
                       f"COMP_CWORD={len(words)}; _quillet; printf '%s\\n' \"${{COMPREPLY[@]}}\"")
