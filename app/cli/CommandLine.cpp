@@ -2,6 +2,7 @@
 
 #include "AppCore/StemMix.h"
 #include "AppCore/StemSession.h"
+#include "app/core/SupportedAudio.h"
 
 #include <CLI/CLI.hpp>
 
@@ -139,6 +140,15 @@ struct PlaybackArguments {
     }
 };
 
+/// A desktop hands over all that was selected, and the window has one song: the first that is one.
+std::optional<FilePath> fileToOpen(const std::vector<std::string>& files)
+{
+    const auto song = std::ranges::find_if(files, [](const FilePath& file) { return isSupportedAudio(file); });
+    if (song != files.end())
+        return *song;
+    return files.empty() ? std::nullopt : std::optional<FilePath>(files.front());
+}
+
 /// CLI11's message as one sentence.
 std::string sentence(std::string message)
 {
@@ -160,8 +170,9 @@ std::expected<Invocation, UsageError> parseCommandLine(const std::vector<std::st
     program.footer("Numbers use a point. Errors go to standard error; the exit status is 1 for them and 2 for wrong usage.");
 
     PlaybackArguments play, render;
-    std::string file, output;
-    program.add_option("FILE", file, "An audio file to open in the window");
+    std::vector<std::string> files;
+    std::string output;
+    program.add_option("FILE", files, "An audio file to open in the window; of several the first that is one");
     CLI::App* playCommand = program.add_subcommand("play", "Play an audio file, or a part of it");
     play.addTo(*playCommand);
     CLI::App* renderCommand = program.add_subcommand("render", "Write what would be played to a WAV file");
@@ -224,7 +235,7 @@ std::expected<Invocation, UsageError> parseCommandLine(const std::vector<std::st
             return std::unexpected(options.error());
         return PlayFile{ std::move(*options) };
     }
-    return OpenWindow{ file.empty() ? std::nullopt : std::optional<FilePath>(file) };
+    return OpenWindow{ fileToOpen(files) };
 }
 
 }  // namespace quillet

@@ -61,7 +61,19 @@ QPixmap symbolPixmap(const QString& name, int size, const QColor& color, double 
 QIcon applicationIcon()
 {
     loadQuilletDrawings();
-    return QIcon(QStringLiteral(":/icons/quillet.svg"));
+    // Drawn here: the toolkit's plugin for such icons is a package of its own on some systems.
+    QSvgRenderer drawing(QStringLiteral(":/icons/quillet.svg"));
+    REQUIRE(drawing.isValid());
+    QIcon icon;
+    for (const int size : { 16, 32, 64, 128 }) {
+        QPixmap pixmap(size, size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        drawing.render(&painter);
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
 }
 
 }  // namespace quillet

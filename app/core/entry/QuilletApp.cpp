@@ -226,7 +226,7 @@ int runWindow(int& argumentCount, char** arguments, const std::optional<FilePath
     QApplication::setApplicationName(QStringLiteral("quillet"));
     QApplication::setApplicationDisplayName(QStringLiteral("Quillet"));
     QApplication::setApplicationVersion(QStringLiteral(QUILLET_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral("quillet"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.quillet.Quillet"));
     QApplication::setWindowIcon(applicationIcon());
     auto program = std::make_unique<QuilletApp>();
     program->show(file);

@@ -33,6 +33,8 @@ TEST(CommandLine, AFileAloneIsOpenedInTheWindow)
     const auto file = parseCommandLine({ "song.mp3" });
     ASSERT_TRUE(file);
     EXPECT_EQ(std::get<OpenWindow>(*file).file, "song.mp3");
+    EXPECT_EQ(std::get<OpenWindow>(*parseCommandLine({ "cover.png", "a.flac", "b.wav" })).file, "a.flac");
+    EXPECT_EQ(std::get<OpenWindow>(*parseCommandLine({ "cover.png", "notes" })).file, "cover.png");
     EXPECT_EQ(std::get<OpenWindow>(*parseCommandLine({})).file, std::nullopt);
     EXPECT_TRUE(std::holds_alternative<PrintText>(*parseCommandLine({ "--help" })));
     EXPECT_TRUE(std::holds_alternative<PrintText>(*parseCommandLine({ "render", "--help" })));
@@ -42,7 +44,10 @@ TEST(CommandLine, AFileAloneIsOpenedInTheWindow)
 TEST(CommandLine, WrongUsageIsOneSentence)
 {
     std::vector<std::vector<std::string>> cases = {
-        { "render", "a.wav" }, { "render", "-o", "o.wav" }, { "play" }, { "play", "a.wav", "b.wav" }, { "a.wav", "b.wav" },
+        { "render", "a.wav" },
+        { "render", "-o", "o.wav" },
+        { "play" },
+        { "play", "a.wav", "b.wav" },
     };
     for (const char* options :
          { "--bogus",         "--speed",         "--speed fast",         "--speed 50x",      "--speed=",        "--speed nan",
