@@ -19,6 +19,12 @@ FilePath absoluteFromEnvironment(const char* name)
     return path.is_absolute() ? path : FilePath();
 }
 
+FilePath ownDirectory(const char* variable, const char* usual)
+{
+    const FilePath base = absoluteFromEnvironment(variable);
+    return (base.empty() ? homeDirectory() / usual : base) / "quillet";
+}
+
 }  // namespace
 
 FilePath homeDirectory()
@@ -33,13 +39,9 @@ FilePath homeDirectory()
     return found->pw_dir;
 }
 
-FilePath configDirectory()
-{
-    FilePath base = absoluteFromEnvironment("XDG_CONFIG_HOME");
-    if (base.empty())
-        base = homeDirectory() / ".config";
-    return base / "quillet";
-}
+FilePath configDirectory() { return ownDirectory("XDG_CONFIG_HOME", ".config"); }
+
+FilePath cacheDirectory() { return ownDirectory("XDG_CACHE_HOME", ".cache"); }
 
 bool createPrivateDirectory(const FilePath& directory)
 {
