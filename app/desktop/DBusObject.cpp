@@ -1,6 +1,5 @@
 #include "app/desktop/DBusObject.h"
 
-#include <QDBusMessage>
 #include <QDBusVariant>
 #include <QMetaType>
 
@@ -104,11 +103,33 @@ bool DBusObject::handleMessage(const QDBusMessage& message, const QDBusConnectio
     // The library describes the object, by `introspect`.
     if (message.interface().startsWith(QLatin1String("org.freedesktop.DBus.")) && message.interface() != propertiesInterface())
         return false;
+    if (m_waiting.size() == mostWaiting) {
+        connection.send(message.createErrorReply(QDBusError::LimitsExceeded, QStringLiteral("There are too many calls.")));
+        return true;
+    }
+    if (m_waiting.empty())
+        m_answering = m_scheduler.after(0, [this] { answerSome(); });
+    m_waiting.push_back(message);
+    return true;
+}
+
+void DBusObject::answerSome()
+{
+    const double end = m_scheduler.nowSeconds() + answeringSeconds;
+    do {
+        answer(m_waiting.front());
+        m_waiting.pop_front();
+    } while (!m_waiting.empty() && m_scheduler.nowSeconds() < end);
+    if (!m_waiting.empty())
+        m_answering = m_scheduler.after(0, [this] { answerSome(); });
+}
+
+void DBusObject::answer(const QDBusMessage& message)
+{
     const Answer answer = message.interface() == propertiesInterface() ? callProperties(message) : callMethod(message);
     if (message.isReplyRequired())
-        connection.send(answer ? message.createReply(*answer)
-                               : message.createErrorReply(answer.error().kind, answer.error().sentence));
-    return true;
+        m_bus.send(answer ? message.createReply(*answer)
+                          : message.createErrorReply(answer.error().kind, answer.error().sentence));
 }
 
 DBusObject::Answer DBusObject::callMethod(const QDBusMessage& message)

@@ -1,6 +1,7 @@
 // An object on the bus, made of tables: interfaces with their properties, methods and signals. It answers whatever comes, with
 // a clear error where a call makes no sense, and tells of properties that have changed; what they mean is the tables' business.
 // Methods return nothing.
+// However many calls come at once, the main thread has time for others in between.
 // Threads: main thread.
 #pragma once
 
@@ -8,13 +9,15 @@
 
 #include <QDBusConnection>
 #include <QDBusError>
+#include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QString>
 #include <QVariant>
 
+#include <cstddef>
+#include <deque>
 #include <expected>
 #include <functional>
-#include <optional>
 #include <vector>
 
 namespace quillet {
@@ -64,6 +67,10 @@ class DBusObject final : public QDBusVirtualObject {
 public:
     /// Changes within so short a time are told together.
     static constexpr double gatheringSeconds = 0.02;
+    /// What answering may take before the loop has its turn.
+    static constexpr double answeringSeconds = 0.005;
+    /// More calls than these do not wait for their answer, which is an error.
+    static constexpr std::size_t mostWaiting = 10'000;
 
     /// The object is at `path` from now on, for as long as it lives. `scheduler` outlives it.
     DBusObject(const QDBusConnection& bus, QString path, std::vector<DBusInterface> interfaces, Scheduler& scheduler);
@@ -81,6 +88,8 @@ public:
 private:
     using Answer = std::expected<QVariantList, DBusProblem>;
 
+    void answerSome();
+    void answer(const QDBusMessage& message);
     [[nodiscard]] Answer callMethod(const QDBusMessage& message);
     [[nodiscard]] Answer callProperties(const QDBusMessage& message);
     [[nodiscard]] Answer change(const DBusProperty& property, const QVariant& value);
@@ -94,6 +103,9 @@ private:
     Scheduler& m_scheduler;
     /// What clients know of each interface.
     std::vector<QVariantMap> m_told;
+    /// In the order in which they came.
+    std::deque<QDBusMessage> m_waiting;
+    ScheduledTask m_answering;
     ScheduledTask m_telling;
     bool m_isTelling = false;
 };
