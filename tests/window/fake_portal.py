@@ -48,14 +48,19 @@ class Portal:
     def write_awake(self):
         self.awake_file.write_text("".join(f"{line}\n" for line in self.awake.values()))
 
-    def keep_awake(self, key, line):
+    def keep_awake(self, connection, asker, key, line):
         self.awake[key] = line
+        self.write_awake()
+        Gio.bus_watch_name_on_connection(connection, asker, Gio.BusNameWatcherFlags.NONE, None, lambda *_: self.let_sleep(key))
+
+    def let_sleep(self, key):
+        self.awake.pop(key, None)
         self.write_awake()
 
     def value(self):
         return GLib.Variant("u", SCHEMES[self.scheme])
 
-    def called(self, connection, _sender, path, _interface, method, arguments, invocation):
+    def called(self, connection, sender, path, _interface, method, arguments, invocation):
         arguments = arguments.unpack()
         if method == "Read" and arguments == (GROUP, KEY):
             # The portal wraps its answer twice.
@@ -64,15 +69,14 @@ class Portal:
             self.count += 1
             handle = f"{PATH}/request/{self.count}"
             self.register(connection, handle, REQUEST)
-            self.keep_awake(handle, f"portal {arguments[1]}")
+            self.keep_awake(connection, sender, handle, f"portal {arguments[1]}")
             invocation.return_value(GLib.Variant("(o)", (handle,)))
         elif method == "Inhibit" and path != PATH:
             self.count += 1
-            self.keep_awake(self.count, "screen saver")
+            self.keep_awake(connection, sender, self.count, "screen saver")
             invocation.return_value(GLib.Variant("(u)", (self.count,)))
         elif method in ("Close", "UnInhibit"):
-            del self.awake[path if method == "Close" else arguments[0]]
-            self.write_awake()
+            self.let_sleep(path if method == "Close" else arguments[0])
             invocation.return_value(None)
         else:
             invocation.return_dbus_error("org.freedesktop.portal.Error.NotFound", "no such thing")
