@@ -77,7 +77,7 @@ def main():
         desktop.start_window_manager()
         time.sleep(1)
         window = desktop.start(program, song)
-        wait_for("the window", lambda: desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$", check=False).stdout)
+        wait_for("the window", lambda: desktop.run("xdotool", "search", "--onlyvisible", "--name", "Quillet$", check=False).stdout)
         time.sleep(8)
         for _ in range(10):
             desktop.key("ctrl+Left")

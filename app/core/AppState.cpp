@@ -31,6 +31,7 @@ void AppState::beginOpening(FilePath url)
     setOfferedSettings(std::nullopt);
     setAudioFileURL(std::move(url));
     assign(m_sampleLevel, SampleLevel::usual, &AppState::sampleLevelChanged);
+    assign(m_songTags, SongTags(), &AppState::songTagsChanged);
     setLoadingState(LoadingState::loading(""));
     // Nothing of the file before can be played under the new name.
     m_transport.stop();
@@ -41,6 +42,7 @@ void AppState::finishOpening(OpenedFile file)
 {
     const double duration = static_cast<double>(file.audio->length()) / file.audio->sampleRate();
     assign(m_sampleLevel, file.audio->level(), &AppState::sampleLevelChanged);
+    assign(m_songTags, file.audio->tags(), &AppState::songTagsChanged);
     m_engine.setAudioFile(std::move(file.audio));
     setAudioDuration(duration);
     resetToDefaults(duration);

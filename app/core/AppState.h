@@ -82,9 +82,12 @@ public:
 
     // ---- Transport ----
 
-    /// Always starts at the region's start, or the held window's; a region without sound in it does not play.
+    /// Starts at the region's start, at the place that `seek` chose while nothing played, or at the held window's; a region
+    /// without sound in it does not play.
     void togglePlayPause() { m_transport.togglePlayPause(); }
     void stopReset() { m_transport.stopReset(); }
+    /// Goes to a place of the region, and plays on from there if it plays; does nothing outside the region, and in hold.
+    void seek(double seconds) { m_transport.seek(seconds); }
     /// Holds the play head's place (the region's start when nothing plays), or lets go and stops.
     void toggleHold() { m_transport.toggleHold(); }
     /// Moves the held window within the file and sounds it; does nothing outside hold.

@@ -35,6 +35,8 @@ public:
     /// Seconds.
     [[nodiscard]] double audioDuration() const { return m_audioDuration; }
     [[nodiscard]] SampleLevel sampleLevel() const { return m_sampleLevel; }
+    /// What the open file says of its song.
+    [[nodiscard]] const SongTags& songTags() const { return m_songTags; }
     /// Peaks for drawing, 0 to 1.
     [[nodiscard]] const std::vector<float>& waveformSamples() const { return m_waveformSamples; }
 
@@ -80,6 +82,7 @@ Q_SIGNALS:
     void audioFileURLChanged();
     void audioDurationChanged();
     void sampleLevelChanged();
+    void songTagsChanged();
     void waveformSamplesChanged();
     void regionChanged();
     void isPlayingChanged();
@@ -126,6 +129,7 @@ protected:
     std::optional<FilePath> m_audioFileURL;
     double m_audioDuration = 0;
     SampleLevel m_sampleLevel = SampleLevel::usual;
+    SongTags m_songTags;
     std::vector<float> m_waveformSamples;
     TimeRange m_region;
     bool m_isPlaying = false;

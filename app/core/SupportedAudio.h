@@ -15,6 +15,15 @@ inline constexpr std::array<std::string_view, 25> supportedAudioTypes{
     "wma", "wv",  "ape", "tta",  "mka",  "ac3",  "caf", "mp2", "mp4", "mkv",  "webm", "mov",
 };
 
+/// What desktops call them.
+inline constexpr std::array<std::string_view, 25> supportedAudioMimeTypes{
+    "audio/mpeg",         "audio/x-wav",      "audio/vnd.wave",   "audio/x-aiff",   "audio/x-aifc",
+    "audio/flac",         "audio/mp4",        "audio/x-m4b",      "audio/aac",      "audio/ogg",
+    "audio/x-vorbis+ogg", "audio/x-opus+ogg", "audio/x-flac+ogg", "audio/x-ms-wma", "audio/x-wavpack",
+    "audio/x-ape",        "audio/x-tta",      "audio/x-matroska", "audio/ac3",      "audio/x-caf",
+    "audio/mp2",          "video/mp4",        "video/x-matroska", "video/webm",     "video/quicktime",
+};
+
 /// By the name alone: the file may lie on a disk that does not answer.
 [[nodiscard]] bool isSupportedAudio(const FilePath& file);
 

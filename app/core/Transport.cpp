@@ -1,6 +1,7 @@
 #include "app/core/Transport.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quillet {
 
@@ -17,8 +18,30 @@ void Transport::togglePlayPause()
     }
     if (m_values.m_region.isEmpty())
         return;
-    m_values.setPlaybackPosition(m_values.m_region.start);
-    setPlaying(m_engine.play(m_values.m_region.start, m_values.m_region.end));
+    const double start = takeStart();
+    m_values.setPlaybackPosition(start);
+    setPlaying(m_engine.play(start, m_values.m_region.end));
+}
+
+/// Where it was parked, if the play head is still there; else the region's start.
+double Transport::takeStart()
+{
+    const auto parked = std::exchange(m_parkedSeconds, std::nullopt);
+    const TimeRange& region = m_values.m_region;
+    const bool counts = parked == m_values.m_playbackPosition && *parked >= region.start && *parked < region.end;
+    return counts ? *parked : region.start;
+}
+
+void Transport::seek(double seconds)
+{
+    const TimeRange& region = m_values.m_region;
+    if (m_values.m_holdEnabled || !(seconds >= region.start && seconds < region.end))
+        return;
+    m_values.setPlaybackPosition(seconds);
+    if (!m_values.m_isPlaying)
+        m_parkedSeconds = seconds;
+    else if (!m_engine.play(seconds, region.end))
+        restartRegion();
 }
 
 void Transport::toggleHold()

@@ -6,6 +6,8 @@
 #include "app/core/AppValues.h"
 #include "app/playback/AudioEngine.h"
 
+#include <optional>
+
 namespace quillet {
 
 class Transport {
@@ -18,6 +20,10 @@ public:
     }
 
     void togglePlayPause();
+    /// Moves the play head to a place of the region. What plays goes on from there to the region's end, and then as usual; if
+    /// nothing plays, the next start is there, unless something else moves the play head first. Does nothing outside the
+    /// region, and in hold.
+    void seek(double seconds);
     void toggleHold();
     void stepHoldForward();
     void stepHoldBackward();
@@ -34,9 +40,12 @@ private:
     /// True if the window sounds.
     bool holdAt(double seconds);
     void setPlaying(bool isPlaying);
+    [[nodiscard]] double takeStart();
 
     AppValues& m_values;
     AudioEngine& m_engine;
+    /// Where `seek` left the play head while nothing played.
+    std::optional<double> m_parkedSeconds;
 };
 
 }  // namespace quillet

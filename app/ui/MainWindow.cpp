@@ -1,5 +1,6 @@
 #include "app/ui/MainWindow.h"
 
+#include "app/ui/FileNames.h"
 #include "app/ui/ToolBar.h"
 #include "platform/base/Require.h"
 
@@ -19,12 +20,24 @@ constexpr QSize minContentSize(680, 580);
 constexpr QSize usualSize(1000, 900);
 constexpr const char* placeKey = "QLT.windowGeometry";
 
+/// Title and artist by the open song's tags, or the file's name; empty where none is open.
+QString songName(const AppState& state)
+{
+    const QString title = QString::fromStdString(state.songTags().title);
+    const QString artist = QString::fromStdString(state.songTags().artist);
+    if (title.isEmpty())
+        return state.audioFileURL() ? fileName(*state.audioFileURL()) : QString();
+    return artist.isEmpty() ? title : MainWindow::tr("%1 – %2").arg(title, artist);
+}
+
 }  // namespace
 
 MainWindow::MainWindow(const ContentView::Services& services)
     : m_services(services)
 {
-    setWindowTitle(QStringLiteral("Quillet"));
+    syncTitle();
+    for (const auto changed : { &AppState::audioFileURLChanged, &AppState::songTagsChanged })
+        connect(&services.state, changed, this, &MainWindow::syncTitle);
     setMinimumSize(minContentSize);
     restorePlace();
 }
@@ -100,6 +113,14 @@ void MainWindow::keyPressEvent(QKeyEvent* event)
 {
     if (m_content == nullptr || !m_content->takeSpace(*event))
         QMainWindow::keyPressEvent(event);
+}
+
+void MainWindow::syncTitle()
+{
+    QString song = songName(m_services.state);
+    // The toolkit has a meaning of its own for it.
+    song.replace(QLatin1String("[*]"), QLatin1String("[*][*]"));
+    setWindowTitle(song.isEmpty() ? QStringLiteral("Quillet") : tr("%1 — Quillet").arg(song));
 }
 
 void MainWindow::restorePlace()

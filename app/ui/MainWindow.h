@@ -34,6 +34,7 @@ private:
     /// Shows the action while there are stems, or while there are none.
     void followStems(QAction& action, bool isForStems);
     void restorePlace();
+    void syncTitle();
 
     ContentView::Services m_services;
     ContentView* m_content = nullptr;

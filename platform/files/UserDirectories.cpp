@@ -44,6 +44,8 @@ FilePath configDirectory() { return ownDirectory("XDG_CONFIG_HOME", ".config"); 
 
 FilePath dataDirectory() { return ownDirectory("XDG_DATA_HOME", ".local/share"); }
 
+FilePath cacheDirectory() { return ownDirectory("XDG_CACHE_HOME", ".cache"); }
+
 bool createPrivateDirectory(const FilePath& directory)
 {
     FilePath path;

@@ -18,6 +18,10 @@ namespace quillet {
 /// The program's directory of data: "quillet" in $XDG_DATA_HOME, or in ".local/share" of the home directory, likewise.
 [[nodiscard]] FilePath dataDirectory();
 
+/// The program's directory of what can be made again: "quillet" in $XDG_CACHE_HOME, or in ".cache" of the home directory. It
+/// need not exist.
+[[nodiscard]] FilePath cacheDirectory();
+
 /// Creates the directory and those above it that are missing, for the user alone (mode 0700). What exists keeps its mode.
 /// False if there is no such directory afterwards.
 [[nodiscard]] bool createPrivateDirectory(const FilePath& directory);

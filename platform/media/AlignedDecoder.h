@@ -41,6 +41,7 @@ public:
 
     [[nodiscard]] int sampleRate() const { return m_sampleRate; }
     [[nodiscard]] int channelCount() const { return m_channelCount; }
+    [[nodiscard]] SongTags tags() const { return m_track->tags(); }
     /// Whether the file holds floating-point numbers as they are.
     [[nodiscard]] bool isUncompressedFloat() const;
     /// Frames that `enter` decodes before the wanted one.

@@ -1,11 +1,12 @@
 // An audio file opened for reading: stereo frames at the file's own sample rate, from any position, exact to the sample.
 // Mono is doubled, more than two channels are mixed down to stereo. It holds no more of the file in memory than a decoder
 // needs; it does not resample, and it knows nothing of playback.
-// Threads: `length`, `sampleRate`, `channelCount` and `level` never change and may be read anywhere, as may `readErrors`; `read` is
-// confined to one thread at a time.
+// Threads: `length`, `sampleRate`, `channelCount`, `level` and `tags` never change and may be read anywhere, as may `readErrors`;
+// `read` is confined to one thread at a time.
 #pragma once
 
 #include "platform/base/FilePath.h"
+#include "platform/media/SongTags.h"
 
 #include <cstdint>
 #include <expected>
@@ -30,6 +31,8 @@ public:
     /// Channels stored in the file, before they become two.
     [[nodiscard]] virtual int channelCount() const = 0;
     [[nodiscard]] virtual SampleLevel level() const { return SampleLevel::usual; }
+    /// What the file says of its song.
+    [[nodiscard]] virtual SongTags tags() const { return {}; }
 
     /// Reads frames [firstFrame, firstFrame + stereo.size() / 2) into `stereo` (left, right, left, …; full scale is ±1).
     /// The same frame reads the same value however it was reached. Returns the frames read: fewer than asked only where the

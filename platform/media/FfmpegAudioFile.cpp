@@ -25,6 +25,7 @@ class FfmpegAudioFile final : public AudioFile {
 public:
     explicit FfmpegAudioFile(GaplessDecoder decoder)
         : m_decoder(std::move(decoder)),
+          m_tags(m_decoder.tags()),
           m_window(framesIn(rememberedSeconds, m_decoder.sampleRate()) + 1)
     {
     }
@@ -33,6 +34,7 @@ public:
     [[nodiscard]] int sampleRate() const override { return m_decoder.sampleRate(); }
     [[nodiscard]] int channelCount() const override { return m_decoder.channelCount(); }
     [[nodiscard]] SampleLevel level() const override { return m_decoder.level(); }
+    [[nodiscard]] SongTags tags() const override { return m_tags; }
     [[nodiscard]] std::int64_t read(std::int64_t firstFrame, std::span<float> stereo) override;
     [[nodiscard]] std::int64_t readErrors() const override { return m_decoder.readErrors(); }
 
@@ -41,6 +43,7 @@ private:
     [[nodiscard]] std::int64_t growWindow();
 
     GaplessDecoder m_decoder;
+    const SongTags m_tags;
     StereoConverter m_converter;
     PcmWindow m_window;
     /// Of the piece that was decoded last: the frames up to the decoder's position, or nothing if that is silence.

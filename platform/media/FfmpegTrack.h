@@ -5,6 +5,7 @@
 #pragma once
 
 #include "platform/media/FfmpegHandles.h"
+#include "platform/media/FfmpegTags.h"
 #include "platform/media/FileInput.h"
 
 #include <cstdint>
@@ -48,6 +49,8 @@ public:
     [[nodiscard]] std::optional<std::int64_t> claimedTicks() const;
     /// Whether the container has no time stamps of its own.
     [[nodiscard]] bool isBareStream() const;
+    /// What the container, or in Ogg the track, says of the song.
+    [[nodiscard]] SongTags tags() const { return tagsOf(*m_format, *m_stream); }
     /// Why nothing at all came out of `decode`.
     [[nodiscard]] AudioFileError reasonForSilence() const;
 

@@ -35,6 +35,7 @@ public:
     [[nodiscard]] int sampleRate() const { return m_decoder.sampleRate(); }
     [[nodiscard]] int channelCount() const { return m_decoder.channelCount(); }
     [[nodiscard]] SampleLevel level() const { return m_scale.level; }
+    [[nodiscard]] SongTags tags() const { return m_decoder.tags(); }
     /// Frames that `enter` decodes before the wanted one.
     [[nodiscard]] std::int64_t prerollFrames() const { return m_decoder.prerollFrames(); }
     /// Whether `enter` has to decode all that comes before.

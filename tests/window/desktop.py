@@ -87,13 +87,17 @@ class Desktop:
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().decode().strip()
 
     def start_portal(self, appearance):
-        self.portal = self.start("/usr/bin/python3", str(HERE / "fake_portal.py"), appearance, stdin=subprocess.PIPE,
+        self.awake_file = self.folder / "awake"
+        self.portal = self.start("/usr/bin/python3", str(HERE / "fake_portal.py"), appearance, str(self.awake_file), stdin=subprocess.PIPE,
                                  stdout=subprocess.PIPE)
         assert self.portal.stdout.readline().strip() == b"ready"
 
-    def set_appearance(self, appearance):
-        self.portal.stdin.write(f"{appearance}\n".encode())
+    def tell_portal(self, line):
+        self.portal.stdin.write(f"{line}\n".encode())
         self.portal.stdin.flush()
+
+    def set_appearance(self, appearance):
+        self.tell_portal(appearance)
 
     def close(self):
         for process in reversed(self.processes):

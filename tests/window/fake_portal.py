@@ -1,18 +1,34 @@
 #!/usr/bin/env python3
-"""Stands in for the desktop's portal on the session bus: says which appearance the user prefers, and changes it when told.
+"""Stands in for the desktop on the session bus. As the portal it says which appearance the user prefers, and changes it when told; it
+keeps the machine awake, or when told so leaves that to the screen saver's service, which it is as well.
 
-Usage: fake_portal.py light|dark|none, then a line with one of them on standard input for every change. It prints "ready" when it can
-be asked, and ends with its input.
+Usage: fake_portal.py light|dark|none FILE, then a line with one of them, or with "refuse" or "grant", on standard input for every change.
+It prints "ready" when it can be asked, and ends with its input. FILE says what keeps the machine awake, a line each.
 """
 
 import sys
+from pathlib import Path
 
 from gi.repository import Gio, GLib
 
-INTERFACE = """
+SETTINGS = """
 <node><interface name="org.freedesktop.portal.Settings">
   <method name="Read"><arg type="s" direction="in"/><arg type="s" direction="in"/><arg type="v" direction="out"/></method>
   <signal name="SettingChanged"><arg type="s"/><arg type="s"/><arg type="v"/></signal>
+</interface></node>
+"""
+INHIBIT = """
+<node><interface name="org.freedesktop.portal.Inhibit">
+  <method name="Inhibit">
+    <arg type="s" direction="in"/><arg type="u" direction="in"/><arg type="a{sv}" direction="in"/><arg type="o" direction="out"/>
+  </method>
+</interface></node>
+"""
+REQUEST = """<node><interface name="org.freedesktop.portal.Request"><method name="Close"/></interface></node>"""
+SCREEN_SAVER = """
+<node><interface name="org.freedesktop.ScreenSaver">
+  <method name="Inhibit"><arg type="s" direction="in"/><arg type="s" direction="in"/><arg type="u" direction="out"/></method>
+  <method name="UnInhibit"><arg type="u" direction="in"/></method>
 </interface></node>
 """
 PATH = "/org/freedesktop/portal/desktop"
@@ -20,39 +36,77 @@ SCHEMES = {"none": 0, "dark": 1, "light": 2}
 GROUP, KEY = "org.freedesktop.appearance", "color-scheme"
 
 
-def main():
-    loop = GLib.MainLoop()
-    state = {"scheme": sys.argv[1]}
+class Portal:
+    def __init__(self, scheme, awake_file):
+        self.scheme = scheme
+        self.awake_file = Path(awake_file)
+        self.awake = {}
+        self.grants = True
+        self.count = 0
+        self.write_awake()
 
-    def value():
-        return GLib.Variant("u", SCHEMES[state["scheme"]])
+    def write_awake(self):
+        self.awake_file.write_text("".join(f"{line}\n" for line in self.awake.values()))
 
-    def called(_connection, _sender, _path, _interface, _method, arguments, invocation):
-        if arguments.unpack() == (GROUP, KEY):
+    def keep_awake(self, connection, asker, key, line):
+        self.awake[key] = line
+        self.write_awake()
+        Gio.bus_watch_name_on_connection(connection, asker, Gio.BusNameWatcherFlags.NONE, None, lambda *_: self.let_sleep(key))
+
+    def let_sleep(self, key):
+        self.awake.pop(key, None)
+        self.write_awake()
+
+    def value(self):
+        return GLib.Variant("u", SCHEMES[self.scheme])
+
+    def called(self, connection, sender, path, _interface, method, arguments, invocation):
+        arguments = arguments.unpack()
+        if method == "Read" and arguments == (GROUP, KEY):
             # The portal wraps its answer twice.
-            invocation.return_value(GLib.Variant("(v)", (GLib.Variant("v", value()),)))
+            invocation.return_value(GLib.Variant("(v)", (GLib.Variant("v", self.value()),)))
+        elif method == "Inhibit" and path == PATH and self.grants:
+            self.count += 1
+            handle = f"{PATH}/request/{self.count}"
+            self.register(connection, handle, REQUEST)
+            self.keep_awake(connection, sender, handle, f"portal {arguments[1]}")
+            invocation.return_value(GLib.Variant("(o)", (handle,)))
+        elif method == "Inhibit" and path != PATH:
+            self.count += 1
+            self.keep_awake(connection, sender, self.count, "screen saver")
+            invocation.return_value(GLib.Variant("(u)", (self.count,)))
+        elif method in ("Close", "UnInhibit"):
+            self.let_sleep(path if method == "Close" else arguments[0])
+            invocation.return_value(None)
         else:
-            invocation.return_dbus_error("org.freedesktop.portal.Error.NotFound", "no such setting")
+            invocation.return_dbus_error("org.freedesktop.portal.Error.NotFound", "no such thing")
 
-    def acquired(connection, _name):
-        interface = Gio.DBusNodeInfo.new_for_xml(INTERFACE).interfaces[0]
-        connection.register_object(PATH, interface, called, None, None)
+    def register(self, connection, path, description):
+        connection.register_object(path, Gio.DBusNodeInfo.new_for_xml(description).interfaces[0], self.called, None, None)
 
-        def told(_channel, _condition):
-            line = sys.stdin.readline().strip()
-            if line not in SCHEMES:
-                loop.quit()
-                return False
-            state["scheme"] = line
+    def acquired(self, connection, _name):
+        for description in (SETTINGS, INHIBIT):
+            self.register(connection, PATH, description)
+        self.register(connection, "/org/freedesktop/ScreenSaver", SCREEN_SAVER)
+        GLib.io_add_watch(GLib.IOChannel.unix_new(0), GLib.IO_IN | GLib.IO_HUP, self.told, connection)
+
+    def told(self, _channel, _condition, connection):
+        line = sys.stdin.readline().strip()
+        if line in ("grant", "refuse"):
+            self.grants = line == "grant"
+        elif line in SCHEMES:
+            self.scheme = line
             connection.emit_signal(None, PATH, "org.freedesktop.portal.Settings", "SettingChanged",
-                                   GLib.Variant("(ssv)", (GROUP, KEY, value())))
-            return True
-
-        GLib.io_add_watch(GLib.IOChannel.unix_new(0), GLib.IO_IN | GLib.IO_HUP, told)
-
-    Gio.bus_own_name(Gio.BusType.SESSION, "org.freedesktop.portal.Desktop", 0, acquired,
-                     lambda *_: print("ready", flush=True), lambda *_: loop.quit())
-    loop.run()
+                                   GLib.Variant("(ssv)", (GROUP, KEY, self.value())))
+        else:
+            LOOP.quit()
+            return False
+        return True
 
 
-main()
+LOOP = GLib.MainLoop()
+PORTAL = Portal(*sys.argv[1:])
+Gio.bus_own_name(Gio.BusType.SESSION, "org.freedesktop.ScreenSaver", 0, None, None, None)
+Gio.bus_own_name(Gio.BusType.SESSION, "org.freedesktop.portal.Desktop", 0, PORTAL.acquired,
+                 lambda *_: print("ready", flush=True), lambda *_: LOOP.quit())
+LOOP.run()

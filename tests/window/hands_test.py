@@ -232,7 +232,7 @@ class HandsTest(ProgramTest):
         window = self.open(self.song)
         self.wait_until_loaded()
         window.resize(1000, 860)
-        place = DESKTOP.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$").stdout.split()[-1].decode()
+        place = window.id()
         DESKTOP.key("space")
         settled = self.memory()
         with Watchdog(window) as watchdog:

@@ -42,13 +42,19 @@ class Window:
         self.desktop = desktop
         self.process = desktop.start(program, *map(str, arguments))
         self.application = wait_for("the program on the accessibility bus", self._find)
-        wait_for("the window", lambda: self.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$", check=False).stdout)
+        wait_for("the window", self.id)
 
     def _find(self):
         for application in self.pyatspi.Registry.getDesktop(0):
             if application is not None and application.get_process_id() == self.process.pid and application.childCount > 0:
                 return application
         return None
+
+    def id(self):
+        """The window's number on the screen, or None while it is not there. Its title begins with the song's."""
+        found = self.desktop.run("xdotool", "search", "--onlyvisible", "--all", "--pid", str(self.process.pid), "--name", "Quillet$",
+                                 check=False).stdout.split()
+        return found[-1].decode() if found else None
 
     def _walk(self, node):
         yield node
@@ -115,8 +121,7 @@ class Window:
         return int(round(x)), box.y + box.height * 3 // 4
 
     def resize(self, width, height):
-        window = self.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Quillet$").stdout.split()[-1].decode()
-        self.desktop.run("xdotool", "windowsize", "--sync", window, str(width), str(height))
+        self.desktop.run("xdotool", "windowsize", "--sync", self.id(), str(width), str(height))
 
     def close(self):
         if self.process.poll() is None:

@@ -4,6 +4,9 @@
 #include "AppCore/StemSettingsStore.h"
 #include "app/core/FileLoader.h"
 #include "app/core/keyboard/KeyHandler.h"
+#include "app/desktop/MprisPlayer.h"
+#include "app/desktop/SleepInhibitor.h"
+#include "app/desktop/WindowActivation.h"
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
 #include "app/download/UnfinishedDownloads.h"
@@ -31,12 +34,14 @@
 #include "platform/update/AppcastUpdater.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 #include <QToolTip>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <stop_token>
 #include <thread>
 
@@ -85,15 +90,16 @@ public:
         });
     }
 
-    void show(const std::optional<FilePath>& file)
+    void show(const std::optional<FilePath>& file, SingleInstance& instance)
     {
         m_window.show();
         // What is not needed for the first sight of the window comes after it.
-        m_scheduler.post([this, file] {
+        m_scheduler.post([this, file, &instance] {
             m_window.populate();
             if (file)
                 m_window.content().loadFile(*file, RestoreSettings::no);
-            m_theme.followDesktop();
+            instance.listen(m_scheduler, [this](const HandOver& handOver) { take(handOver); });
+            joinDesktop();
             m_graph.onOutputChange(
                 [this](AudioOutput::State state) { m_window.content().setHeard(state == AudioOutput::State::device); });
             m_graph.start();
@@ -117,6 +123,34 @@ public:
     }
 
 private:
+    /// As if the window had been opened for it.
+    void take(const HandOver& handOver)
+    {
+        bringToFront(*m_window.windowHandle(), { handOver.activationToken, handOver.startupId });
+        if (handOver.file)
+            m_window.content().loadFile(*handOver.file, RestoreSettings::no);
+    }
+
+    /// To connect to the bus is to wait for it, which may be for ever.
+    void joinDesktop()
+    {
+        m_background.run([this] {
+            if (QDBusConnection::sessionBus().isConnected())
+                m_scheduler.post([this] { meetDesktop(QDBusConnection::sessionBus()); });
+        });
+    }
+
+    void meetDesktop(const QDBusConnection& bus)
+    {
+        m_theme.followDesktop();
+        m_mpris.emplace(
+            MprisPlayer::Services{ *m_state, m_commands, m_scheduler, m_background },
+            MprisPlayer::Window{ [this] { bringToFront(*m_window.windowHandle(), {}); }, [this] { m_window.close(); },
+                                 [this](const FilePath& file) { m_window.content().loadFile(file, RestoreSettings::no); } },
+            bus);
+        m_sleepInhibitor.emplace(*m_state, bus);
+    }
+
     void sweepDownloads()
     {
         m_background.run([downloads = UnfinishedDownloads(m_downloadSettings.downloadDirectory())] {
@@ -216,11 +250,14 @@ private:
     MainWindow m_window{ { *m_state, m_loader, m_commands, m_recentFiles, m_downloader, m_ytDlpUpdater, m_separator,
                            m_stemSessions, m_stemMixes, m_media.audioFiles(), m_waveformCache, m_settings, m_stemSettings,
                            m_updater, m_background, m_scheduler, m_downloadSettings, m_theme, m_defaults } };
+    // Once there is a session bus.
+    std::optional<MprisPlayer> m_mpris;
+    std::optional<SleepInhibitor> m_sleepInhibitor;
 };
 
 }  // namespace
 
-int runWindow(int& argumentCount, char** arguments, const std::optional<FilePath>& file)
+int runWindow(int& argumentCount, char** arguments, const std::optional<FilePath>& file, SingleInstance& instance)
 {
     QApplication application(argumentCount, arguments);
     QApplication::setApplicationName(QStringLiteral("quillet"));
@@ -229,8 +266,10 @@ int runWindow(int& argumentCount, char** arguments, const std::optional<FilePath
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quillet.Quillet"));
     QApplication::setWindowIcon(applicationIcon());
     auto program = std::make_unique<QuilletApp>();
-    program->show(file);
+    program->show(file, instance);
     const int status = QApplication::exec();
+    // What it still has to do is no reason to keep another start waiting.
+    instance.release();
     if (!program->finish()) {
         // A disk that does not answer keeps a thread: what it may still touch is left alone.
         std::_Exit(status);

@@ -4,13 +4,15 @@
 #pragma once
 
 #include "platform/base/FilePath.h"
+#include "platform/process/SingleInstance.h"
 
 #include <optional>
 
 namespace quillet {
 
-/// Shows the window, opens `file` in it if there is one, and returns the exit status when it has been closed. `argumentCount`
-/// and `arguments` are the program's, for the toolkit.
-[[nodiscard]] int runWindow(int& argumentCount, char** arguments, const std::optional<FilePath>& file);
+/// Shows the window, opens `file` in it if there is one, and later what other starts of the program hand over by `instance`;
+/// returns the exit status when it has been closed. `argumentCount` and `arguments` are the program's, for the toolkit.
+[[nodiscard]] int runWindow(int& argumentCount, char** arguments, const std::optional<FilePath>& file,
+                            SingleInstance& instance);
 
 }  // namespace quillet

@@ -7,10 +7,13 @@
 #include "app/cli/SeparateCommand.h"
 #include "app/cli/WaveformCommand.h"
 #include "app/core/entry/QuilletApp.h"
+#include "platform/files/NormalPath.h"
 
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,6 +48,24 @@ int run(const quillet::Invocation& invocation)
     return report(quillet::playFile(std::get<quillet::PlayFile>(invocation).options));
 }
 
+std::string environment(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+/// Where one is open already, that one comes to the front and opens the file.
+int showWindow(int& argumentCount, char** arguments, const std::optional<quillet::FilePath>& file)
+{
+    using quillet::SingleInstance;
+    SingleInstance instance;
+    const quillet::HandOver handOver{ file ? std::optional(quillet::normalPath(*file)) : std::nullopt,
+                                      environment("XDG_ACTIVATION_TOKEN"), environment("DESKTOP_STARTUP_ID") };
+    if (instance.start(handOver) == SingleInstance::Start::handedOver)
+        return 0;
+    return quillet::runWindow(argumentCount, arguments, file, instance);
+}
+
 }  // namespace
 
 int main(int argc, char* argv[])
@@ -55,7 +76,7 @@ int main(int argc, char* argv[])
     if (!invocation)
         return fail(invocation.error().message + " See “quillet --help”.", wrongUsage);
     if (const auto* window = std::get_if<quillet::OpenWindow>(&*invocation))
-        return quillet::runWindow(argc, argv, window->file);
+        return showWindow(argc, argv, window->file);
     const QCoreApplication application(argc, argv);
     return run(*invocation);
 }

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 
 namespace quillet {
@@ -137,6 +138,50 @@ TEST_F(AppStateTest, PlayStartsAtTheRegionsStartEveryTime)
     state->setRegion({ 2, 2 });
     state->togglePlayPause();
     EXPECT_FALSE(state->isPlaying() || sounding());
+}
+
+TEST_F(AppStateTest, ASeekStaysInTheRegionAndTheLoopGoesOn)
+{
+    state->setRegion({ 2, 4 });
+    state->togglePlayPause();
+    state->seek(3);
+    EXPECT_EQ(sounding(), Window(3, 4));
+    EXPECT_EQ(state->playbackPosition(), 3);
+    ASSERT_EQ(graph.players.front()->plan.passes.size(), 1);
+    EXPECT_EQ(graph.players.front()->plan.passes[0].segment, (FrameRange{ 16000, 16000 }));
+    const int before = starts();
+    for (const double nowhere : { 1.99, 4.0, 1e99, -1e99, std::nan("") })
+        state->seek(nowhere);
+    EXPECT_EQ(starts(), before);
+    // Where no whole frame is left, the next pass begins.
+    state->setRegion({ 2, 4.00005 });
+    state->seek(4.00001);
+    EXPECT_EQ(sounding(), Window(2, 4));
+
+    // While nothing plays it chooses where the next start is, and that one alone.
+    state->togglePlayPause();
+    state->seek(3.5);
+    EXPECT_FALSE(sounding());
+    for (const Window& expected : { Window(3.5, 4), Window(2, 4) }) {
+        state->togglePlayPause();
+        EXPECT_EQ(sounding(), expected);
+        state->togglePlayPause();
+    }
+    // What moves the play head, or the region away from it, takes the choice back.
+    state->seek(3.5);
+    state->stopReset();
+    state->togglePlayPause();
+    EXPECT_EQ(sounding(), Window(2, 4));
+    state->togglePlayPause();
+    state->seek(3.5);
+    state->setRegion({ 1, 3 });
+    state->togglePlayPause();
+    EXPECT_EQ(sounding(), Window(1, 3));
+
+    state->toggleHold();
+    const auto held = sounding();
+    state->seek(2);
+    EXPECT_EQ(sounding(), held);
 }
 
 TEST_F(AppStateTest, HoldTakesThePlayHeadsPlaceWithinTheFile)
