@@ -174,6 +174,13 @@
     </message>
 </context>
 <context>
+    <name>SleepInhibitor</name>
+    <message>
+        <source>A song is playing</source>
+        <translation>Ein Stück läuft</translation>
+    </message>
+</context>
+<context>
     <name>StemControlsView</name>
     <message>
         <source>Vocals</source>
@@ -924,6 +931,14 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
     <message>
         <source>Quit</source>
         <translation>Beenden</translation>
+    </message>
+    <message>
+        <source>%1 – %2</source>
+        <translation>%1 – %2</translation>
+    </message>
+    <message>
+        <source>%1 — Quillet</source>
+        <translation>%1 — Quillet</translation>
     </message>
 </context>
 <context>
