@@ -37,9 +37,8 @@ class DownloadTest(ProgramTest):
 
     def ask_for(self, path):
         DESKTOP.key("ctrl+shift+o")
-        field = self.window.find("text", "Web address")
-        # What is typed before is lost.
-        self.expect("the sheet's keyboard", lambda: field.getState().contains(self.window.pyatspi.STATE_FOCUSED))
+        self.window.find("text", "Web address")
+        self.window.wait_for_keyboard()
         DESKTOP.type(self.server.address(path))
         self.expect("the button", self.can_submit)
         DESKTOP.key("Return")
