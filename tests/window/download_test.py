@@ -6,7 +6,6 @@ Usage: download_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]. Exit
 
 import os
 import sys
-import time
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
@@ -33,15 +32,15 @@ class DownloadTest(ProgramTest):
         super().open(*arguments).find("push button", "Open File...")
         return self.window
 
-    def expect(self, what, condition, seconds=30):
-        wait_for(what, condition, seconds)
+    def expect(self, what, condition):
+        wait_for(what, condition)
 
     def ask_for(self, path):
         DESKTOP.key("ctrl+shift+o")
         self.window.find("text", "Web address")
-        time.sleep(0.3)
+        self.window.wait_for_keyboard()
         DESKTOP.type(self.server.address(path))
-        self.expect("the button", self.can_submit, 5)
+        self.expect("the button", self.can_submit)
         DESKTOP.key("Return")
 
     def expect_download(self):
@@ -92,14 +91,14 @@ class DownloadTest(ProgramTest):
         self.ask_for("/endless/Endless.mp3")
         self.expect_download()
         DESKTOP.key("Escape")
-        self.expect("the notice", lambda: window.has("label", "The download goes on"), 5)
+        self.expect("the notice", lambda: window.has("label", "The download goes on"))
         group = self.own_session()
         window.click("push button", "Stop")
         self.assertTrue(ends(group), "something of it still runs")
         self.shot("stopped")
         self.assertTrue(any(self.downloads.glob(".quillet-*")))
         window.click("push button", "Discard")
-        self.expect("no remains", lambda: not any(self.downloads.glob(".quillet-*")), 5)
+        self.expect("no remains", lambda: not any(self.downloads.glob(".quillet-*")))
         self.assertFalse(window.has("label", "The download was stopped."))
         self.assertEqual(window.close(), 0)
 

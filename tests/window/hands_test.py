@@ -132,7 +132,7 @@ class HandsTest(ProgramTest):
             ("a wide window", lambda: (window.resize(1270, 960), time.sleep(0.3))),
             ("a second click on what Tab has led to", lambda: (tab_to("check box", "Loop"), click("check box", "Loop"),
                                                                click("check box", "Loop"))),
-            ("the open panel", lambda: (key("ctrl+o"), time.sleep(0.5), typed(str(DESKTOP.folder / "other.wav")), key("Return"),
+            ("the open panel", lambda: (key("ctrl+o"), window.wait_for_keyboard(), typed(str(DESKTOP.folder / "other.wav")), key("Return"),
                                         wait_for("the other song", lambda: window.has("label", "other.wav")), self.wait_until_loaded())),
             ("the recent files of the toolbar, by key", lambda: (tab_to("push button", "Recent files"), key("space"), time.sleep(0.3),
                                                                  key("Down", "Down", "Return"), self.wait_until_loaded())),

@@ -97,6 +97,11 @@ class Window:
     def is_checked(self, node):
         return node.getState().contains(self.pyatspi.STATE_CHECKED)
 
+    def wait_for_keyboard(self):
+        """Until a text is being edited: what is typed before is lost."""
+        wait_for("a text with the keyboard",
+                 lambda: any(node.getState().contains(self.pyatspi.STATE_FOCUSED) for node in self.all("text")))
+
     def value(self, name):
         return self.find("slider", name).queryValue().currentValue
 
