@@ -51,8 +51,8 @@ void UpdateFlow::checkForUpdates(QWidget& window, const std::function<void(QDial
 {
     if (m_sheet)
         m_sheet->close();
-    m_sheet = new QMessageBox(QMessageBox::NoIcon, tr("Check for Updates"), tr("Checking for updates…"), QMessageBox::Cancel,
-                              &window);
+    m_sheet =
+        new QMessageBox(QMessageBox::NoIcon, tr("Check for Updates"), tr("Checking for updates…"), QMessageBox::Close, &window);
     m_sheet->setAttribute(Qt::WA_DeleteOnClose);
     m_sheet->setWindowModality(Qt::WindowModal);
     m_sheet->setTextFormat(Qt::PlainText);
@@ -72,7 +72,6 @@ void UpdateFlow::showAnswer(const Updater::Answer& answer)
     }
     m_sheet->setText(answer ? tr("Quillet %1 is the newest version.").arg(QCoreApplication::applicationVersion())
                             : QString::fromStdString(answer.error()));
-    m_sheet->setStandardButtons(QMessageBox::Ok);
 }
 
 void UpdateFlow::showRelease(const Release& release)
@@ -80,7 +79,6 @@ void UpdateFlow::showRelease(const Release& release)
     m_sheet->setText(tr("Quillet %1 is available. You have %2.")
                          .arg(QString::fromStdString(release.version), QCoreApplication::applicationVersion()));
     m_sheet->setInformativeText(shownNotes(release));
-    m_sheet->setStandardButtons(QMessageBox::Close);
     if (release.page.empty())
         return;
     QPushButton* page = m_sheet->addButton(tr("Download Page"), QMessageBox::AcceptRole);
