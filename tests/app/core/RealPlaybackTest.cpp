@@ -25,6 +25,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <numbers>
+#include <numeric>
 #include <optional>
 #include <span>
 #include <unordered_map>
@@ -97,6 +98,28 @@ std::vector<float> rendered(const std::vector<std::string>& options, const Tempo
     return decodeWithFfmpeg(out);
 }
 
+/// Of a steady tone, by the mean of the middle half of its periods: the holes that a busy machine tears do not count.
+double usualFrequencyHz(std::span<const float> samples, int sampleRate)
+{
+    std::vector<double> periods;
+    double last = -1;
+    for (std::size_t i = 1; i < samples.size(); ++i) {
+        if (samples[i - 1] >= 0 || samples[i] < 0)
+            continue;
+        const auto before = static_cast<double>(samples[i - 1]);
+        const double crossing = static_cast<double>(i) - 1 + before / (before - static_cast<double>(samples[i]));
+        if (last >= 0)
+            periods.push_back(crossing - last);
+        last = crossing;
+    }
+    std::ranges::sort(periods);
+    const auto quarter = static_cast<std::ptrdiff_t>(periods.size() / 4);
+    const std::span middle(periods.begin() + quarter, periods.end() - quarter);
+    return middle.empty()
+        ? 0
+        : sampleRate * static_cast<double>(middle.size()) / std::accumulate(middle.begin(), middle.end(), 0.0);
+}
+
 /// Which frames of what is to be heard were heard directly after the frame before them, sample for sample, in one of several
 /// recordings. A machine that stalls the sound server tears holes into a recording, each time somewhere else; a fault of the
 /// program is at its place every time.
@@ -164,7 +187,7 @@ private:
 
 TEST(RealPlayback, WhatComesOutIsWhatRenderWrites)
 {
-    constexpr int mostAttempts = 6;
+    constexpr int mostAttempts = 30;
     const TemporaryFolder folder;
     const std::string song = (folder / "song.flac").native();
     runFfmpeg({ "-f", "lavfi", "-i", "anoisesrc=duration=2:seed=3:amplitude=0.5:color=pink:sample_rate=44100",  //
@@ -175,6 +198,7 @@ TEST(RealPlayback, WhatComesOutIsWhatRenderWrites)
         {},
         { "--from", "0.5", "--speed", "50" },
         { "--pitch", "300", "--eq", "6,-3,0,4,-6" },
+        { "--from", "0.5", "--to", "1.1", "--passes", "3" },
     };
     for (const auto& options : cases) {
         const auto expected = rendered(options, folder, song);
@@ -232,8 +256,7 @@ TEST(RealPlayback, AServerOfAnotherRatePlaysInTune)
     ASSERT_TRUE(first);
     if (!canBeHeard())
         return;
-    const auto middle = std::span(heard).subspan(static_cast<std::size_t>(*first + 9600), 24000);
-    EXPECT_NEAR(centsBetween(toneFrequencyHz(middle, 48000), 441), 0, 2);
+    EXPECT_NEAR(centsBetween(usualFrequencyHz(std::span(heard).subspan(static_cast<std::size_t>(*first)), 48000), 441), 0, 2);
 }
 
 TEST(RealPlayback, AnInterruptionEndsTheCommandSoon)
