@@ -15,7 +15,7 @@ from urllib.parse import unquote_to_bytes
 from gi.repository import Gio, GLib
 
 from desktop import loudness, wait_for
-from window import SLOWED, ProgramTest, Watchdog, run_tests, write_song
+from window import ProgramTest, Watchdog, run_tests, write_song
 
 SONG_SECONDS = 12
 NAME, PATH = "org.mpris.MediaPlayer2.quillet", "/org/mpris/MediaPlayer2"
@@ -109,8 +109,9 @@ class SessionTest(ProgramTest):
         for text in ("PlayPause", "OpenUri", "Seeked", "Volume", "HasTrackList"):
             self.assertIn(text, described)
 
-        # Play, jumps, pause; the window shows all of it.
+        # Play, jumps, pause; the window shows all of it. So slow that a busy machine's questions are no way on.
         self.assertEqual(playerctl("status"), "Stopped")
+        busctl("set-property", NAME, PATH, PLAYER, "Rate", "d", "0.05")
         playerctl("play")
         window.find("push button", "Pause")
         wait_for("Playing", lambda: playerctl("status") == "Playing")
@@ -129,7 +130,7 @@ class SessionTest(ProgramTest):
         playerctl("play-pause")
         playerctl("play-pause")
         self.assertLess(self.bus.get("Position"), 8 * 10**6)
-        self.assertGreater(loudness(DESKTOP.record(1)), 0.2)
+        wait_for("the sound", lambda: loudness(DESKTOP.record(1)) > 0.2)
 
         # The rate and the loop are edits.
         busctl("set-property", NAME, PATH, PLAYER, "Rate", "d", "0.55")
@@ -195,21 +196,17 @@ class SessionTest(ProgramTest):
             self.assertTrue(busctl("--", "call", NAME, PATH, PLAYER, *ignored)[1], ignored)
         self.assertEqual(state(), usual)
 
-        # A thousand of each at once, beside the machine's own delay; the best of three.
-        for _ in range(3):
-            with Watchdog(window) as watchdog:
-                for interface, method, arguments in (
-                        (PLAYER, "PlayPause", None), (PLAYER, "Seek", GLib.Variant("(x)", (10**5,))),
-                        (PROPERTIES, "Set", GLib.Variant("(ssv)", (PLAYER, "Rate", GLib.Variant("d", 0.7)))),
-                        (PROPERTIES, "GetAll", GLib.Variant("(s)", (PLAYER,))), (APPLICATION, "Raise", None),
-                        (PLAYER, "OpenUri", GLib.Variant("(s)", (self.song.as_uri(),)))):
-                    self.bus.flood(interface, method, arguments)
-                    self.bus.get("Rate")
-            if watchdog.slowest < 0.05 + 2 * watchdog.machine:
-                break
-        print(f"slowest answer {1000 * watchdog.slowest:.0f} ms (the machine's own delay {1000 * watchdog.machine:.0f} ms)")
-        if not SLOWED:
-            self.assertLess(watchdog.slowest, 0.05 + 2 * watchdog.machine)
+        # A thousand of each at once.
+        with Watchdog(window) as watchdog:
+            for interface, method, arguments in (
+                    (PLAYER, "PlayPause", None), (PLAYER, "Seek", GLib.Variant("(x)", (10**5,))),
+                    (PROPERTIES, "Set", GLib.Variant("(ssv)", (PLAYER, "Rate", GLib.Variant("d", 0.7)))),
+                    (PROPERTIES, "GetAll", GLib.Variant("(s)", (PLAYER,))), (APPLICATION, "Raise", None),
+                    (PLAYER, "OpenUri", GLib.Variant("(s)", (self.song.as_uri(),)))):
+                self.bus.flood(interface, method, arguments)
+                self.bus.get("Rate")
+        print(watchdog)
+        self.assertTrue(watchdog.is_quick, watchdog)
         window.wait_until_loaded()
         self.assertEqual(window.close(), 0)
 
@@ -248,6 +245,19 @@ class SessionTest(ProgramTest):
         self.addCleanup(lambda: (process.kill(), process.wait()))
         return process
 
+    def hand_over(self, *arguments, **environment):
+        """Starts it again until it has handed over; a busy machine's first instance may not answer in time."""
+        for _ in range(10):
+            process = self.start_again(*arguments, **environment)
+            begin = time.monotonic()
+            try:
+                self.assertEqual(process.wait(10), 0)
+                return time.monotonic() - begin
+            except subprocess.TimeoutExpired:
+                process.kill()
+                process.wait()
+        self.fail("nothing is handed over")
+
     def active_process(self):
         return int(DESKTOP.run("xdotool", "getactivewindow", "getwindowpid", check=False).stdout or 0)
 
@@ -260,16 +270,14 @@ class SessionTest(ProgramTest):
         # A name that is no text, from where the second start is.
         name = b"sch\xf6n.wav"
         os.link(self.plain, os.path.join(os.fsencode(DESKTOP.folder), name))
-        begin = time.monotonic()
-        second = self.start_again(b"./" + name, DESKTOP_STARTUP_ID=f"launcher-1-host_TIME{self.display_time()}")
-        self.assertEqual(second.wait(60), 0)
-        print(f"handed over in {1000 * (time.monotonic() - begin):.0f} ms")
+        took = self.hand_over(b"./" + name, DESKTOP_STARTUP_ID=f"launcher-1-host_TIME{self.display_time()}")
+        print(f"handed over in {1000 * took:.0f} ms")
         wait_for("the song", lambda: self.title() == "sch�n.wav — Quillet")
         wait_for("the window in front", lambda: self.active_process() == window.process.pid)
         self.assertEqual(playerctl("metadata", "xesam:url"), f"file://{DESKTOP.folder}/sch%F6n.wav")
         # Without a file it only comes to the front, out of the dock as well.
         DESKTOP.run("xdotool", "windowminimize", "--sync", window.id())
-        self.assertEqual(self.start_again().wait(60), 0)
+        self.hand_over()
         wait_for("the window in front", lambda: self.active_process() == window.process.pid)
         # Commands have nothing to do with it.
         shown = subprocess.run([sys.argv[1], "info", str(self.plain)], env=DESKTOP.environment, capture_output=True, check=True)
@@ -284,7 +292,7 @@ class SessionTest(ProgramTest):
         shows = ("xdotool", "search", "--onlyvisible", "--all", "--pid", str(third.pid), "--name", "Anna Żak — Quillet$")
         wait_for("a window of its own", lambda: DESKTOP.run(*shows, check=False).stdout)
         window.process.send_signal(signal.SIGCONT)
-        self.assertEqual(self.start_again().wait(60), 0)
+        self.hand_over()
         self.assertEqual(self.title(), "sch�n.wav — Quillet")
         third.terminate()
         third.wait(60)
@@ -294,7 +302,7 @@ class SessionTest(ProgramTest):
         window.process.wait()
         self.open(self.plain)
         wait_for("the song", lambda: self.title() == "plain.wav — Quillet")
-        self.assertEqual(self.start_again(str(self.song)).wait(60), 0)
+        self.hand_over(str(self.song))
         wait_for("the other song", lambda: self.title().startswith("Étude"))
 
     @staticmethod
