@@ -19,11 +19,10 @@
 #include "app/ui/ToolBar.h"
 #include "app/ui/UpdateFlow.h"
 #include "app/ui/settings/SettingsWindow.h"
+#include "platform/files/FileExists.h"
 #include "platform/files/SystemFileAttributes.h"
 
 #include <QDragEnterEvent>
-#include <QFile>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QMimeData>
@@ -42,14 +41,14 @@ constexpr double shadeOpacity = 0.45;
 constexpr int alertSymbolSize = 32;
 constexpr std::string_view panelFolderKey = "QLT.openPanelDirectory";
 
-QString audioFilter(const QString& name)
+FilePanel::Filter audioFilter(const QString& name)
 {
-    QStringList patterns;
+    FilePanel::Filter filter{ name, {} };
     for (const std::string_view type : supportedAudioTypes) {
         const QString pattern = QStringLiteral("*.") + QLatin1String(type.data(), static_cast<qsizetype>(type.size()));
-        patterns << pattern << pattern.toUpper();
+        filter.patterns << pattern << pattern.toUpper();
     }
-    return name + QStringLiteral(" (") + patterns.join(QLatin1Char(' ')) + QLatin1Char(')');
+    return filter;
 }
 
 class Shade final : public QWidget {
@@ -66,10 +65,10 @@ protected:
 };
 
 /// Where songs are looked for at first.
-QString musicFolder()
+FilePath musicFolder()
 {
     const QString music = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
-    return QFileInfo::exists(music) ? music : QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
+    return pathOf(QFileInfo::exists(music) ? music : QStandardPaths::writableLocation(QStandardPaths::HomeLocation));
 }
 
 }  // namespace
@@ -207,23 +206,18 @@ void ContentView::openFile()
         m_openPanel->raise();
         return;
     }
-    const auto folder = m_services.defaults.string(panelFolderKey);
-    const QString last = folder ? QFile::decodeName(QByteArray::fromStdString(*folder)) : QString();
-    auto* panel = new QFileDialog(this, tr("Open File..."), QFileInfo::exists(last) ? last : musicFolder());
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setWindowModality(Qt::WindowModal);
-    panel->setFileMode(QFileDialog::ExistingFile);
-    panel->setOption(QFileDialog::HideNameFilterDetails);
-    // It opens songs; it renames and deletes nothing.
-    panel->setOption(QFileDialog::ReadOnly);
-    panel->setNameFilters({ audioFilter(tr("Audio files")), tr("All files") + QStringLiteral(" (*)") });
-    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& file) {
-        const FilePath path = pathOf(file);
-        m_services.defaults.setString(panelFolderKey, path.parent_path().native());
-        loadFile(path, RestoreSettings::no);
-    });
-    m_openPanel = panel;
-    openSheet(*panel);
+    const FilePath last = m_services.defaults.string(panelFolderKey).value_or("");
+    const auto take = [this](const FilePath& file) {
+        m_services.defaults.setString(panelFolderKey, file.parent_path().native());
+        loadFile(file, RestoreSettings::no);
+    };
+    m_openPanel = new FilePanel(*this,
+                                { tr("Open File..."),
+                                  fileExists(last) ? last : musicFolder(),
+                                  false,
+                                  {},
+                                  { audioFilter(tr("Audio files")), { tr("All files"), { QStringLiteral("*") } } } },
+                                take, [this](QDialog& panel) { openSheet(panel); });
 }
 
 void ContentView::openFromURL()

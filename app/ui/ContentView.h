@@ -12,6 +12,7 @@
 #include "app/download/YtDlpUpdater.h"
 #include "app/stems/StemSeparator.h"
 #include "app/ui/DropOverlay.h"
+#include "app/ui/FilePanel.h"
 #include "app/ui/ThemeSource.h"
 #include "platform/defaults/DefaultsDomain.h"
 #include "platform/defaults/DefaultsHealth.h"
@@ -137,7 +138,7 @@ private:
     SettingsWindow* m_settings = nullptr;
     QPointer<HelpSheet> m_help;
     QPointer<OpenFromURLSheet> m_openFromURL;
-    QPointer<QDialog> m_openPanel;
+    QPointer<FilePanel> m_openPanel;
     /// Those that exist, in the order in which they were opened.
     std::vector<QDialog*> m_sheets;
     std::vector<Notifications::Subscription> m_subscriptions;

@@ -10,7 +10,6 @@
 #include "app/ui/controls/Fonts.h"
 
 #include <QAccessible>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QPointer>
@@ -233,17 +232,16 @@ void OpenFromURLSheet::reject() { m_handlers.onCancel(); }
 
 void OpenFromURLSheet::chooseDirectory()
 {
-    auto* panel = new QFileDialog(this, tr("Download folder"), pathText(m_downloadDirectory));
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setFileMode(QFileDialog::Directory);
-    panel->setOption(QFileDialog::ShowDirsOnly);
-    panel->setLabelText(QFileDialog::Accept, tr("Select"));
-    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& folder) {
-        m_downloadDirectory = pathOf(folder);
+    if (m_panel) {
+        m_panel->raise();
+        return;
+    }
+    const auto take = [this](const FilePath& folder) {
+        m_downloadDirectory = folder;
         m_services.settings.defaults.setString(DownloadSettingsStore::directoryKey, m_downloadDirectory.native());
         showDirectory();
-    });
-    panel->open();
+    };
+    m_panel = new FilePanel(*this, { tr("Download folder"), m_downloadDirectory, true, tr("Select"), {} }, take, openPanel);
 }
 
 // ---- What is shown ----

@@ -7,6 +7,7 @@
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
 #include "app/download/YtDlpUpdater.h"
+#include "app/ui/FilePanel.h"
 #include "app/ui/RunningDownload.h"
 #include "app/ui/ThemeSource.h"
 
@@ -86,6 +87,7 @@ private:
     FilePath m_downloadDirectory;
     std::optional<QString> m_errorMessage;
     std::unique_ptr<RunningDownload> m_download;
+    QPointer<FilePanel> m_panel;
 
     QLineEdit* m_urlField;
     ElidedLabel* m_directory;

@@ -5,9 +5,9 @@
 #include "app/ui/ClosableNotice.h"
 #include "app/ui/ExportNotice.h"
 #include "app/ui/FileNames.h"
+#include "app/ui/FilePanel.h"
 #include "app/ui/Questions.h"
 
-#include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -134,15 +134,11 @@ void StemSeparationFlow::askWhatToExport()
 
 void StemSeparationFlow::chooseExportFolder(Export what)
 {
-    auto* panel =
-        new QFileDialog(&m_host.window, tr("Export Stems"), QStandardPaths::writableLocation(QStandardPaths::MusicLocation));
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setWindowModality(Qt::WindowModal);
-    panel->setFileMode(QFileDialog::Directory);
-    panel->setOption(QFileDialog::ShowDirsOnly);
-    panel->setLabelText(QFileDialog::Accept, tr("Export"));
-    connect(panel, &QFileDialog::fileSelected, this, [this, what](const QString& folder) { exportTo(pathOf(folder), what); });
-    m_host.openSheet(*panel);
+    const FilePath music = pathOf(QStandardPaths::writableLocation(QStandardPaths::MusicLocation));
+    // It goes with the window, as the flow does.
+    new FilePanel(
+        m_host.window, { tr("Export Stems"), music, true, tr("Export"), {} },
+        [this, what](const FilePath& folder) { exportTo(folder, what); }, m_host.openSheet);
 }
 
 void StemSeparationFlow::exportTo(const FilePath& folder, Export what)

@@ -1,11 +1,15 @@
 #!/usr/bin/env python3
 """Stands in for the desktop on the session bus. As the portal it says which appearance the user prefers, and changes it when told; it
-keeps the machine awake, or when told so leaves that to the screen saver's service, which it is as well.
+keeps the machine awake, or when told so leaves that to the screen saver's service, which it is as well. It has no panel for files until
+it is told what is chosen in it.
 
-Usage: fake_portal.py light|dark|none FILE, then a line with one of them, or with "refuse" or "grant", on standard input for every change.
-It prints "ready" when it can be asked, and ends with its input. FILE says what keeps the machine awake, a line each.
+Usage: fake_portal.py light|dark|none FILE, then a line with one of them, or with "refuse" or "grant", or with "choose ADDRESS" ("choose"
+alone: the panel is left; "choose never": it does not answer), on standard input for every change.
+It prints "ready" when it can be asked, and ends with its input. FILE says what keeps the machine awake, a line each; FILE.panel what
+the last panel was asked for.
 """
 
+import json
 import sys
 from pathlib import Path
 
@@ -21,6 +25,13 @@ INHIBIT = """
 <node><interface name="org.freedesktop.portal.Inhibit">
   <method name="Inhibit">
     <arg type="s" direction="in"/><arg type="u" direction="in"/><arg type="a{sv}" direction="in"/><arg type="o" direction="out"/>
+  </method>
+</interface></node>
+"""
+FILE_CHOOSER = """
+<node><interface name="org.freedesktop.portal.FileChooser">
+  <method name="OpenFile">
+    <arg type="s" direction="in"/><arg type="s" direction="in"/><arg type="a{sv}" direction="in"/><arg type="o" direction="out"/>
   </method>
 </interface></node>
 """
@@ -42,6 +53,7 @@ class Portal:
         self.awake_file = Path(awake_file)
         self.awake = {}
         self.grants = True
+        self.chosen = None
         self.count = 0
         self.write_awake()
 
@@ -75,17 +87,29 @@ class Portal:
             self.count += 1
             self.keep_awake(connection, sender, self.count, "screen saver")
             invocation.return_value(GLib.Variant("(u)", (self.count,)))
+        elif method == "OpenFile" and self.chosen is not None:
+            self.open_panel(connection, sender, arguments, invocation)
         elif method in ("Close", "UnInhibit"):
             self.let_sleep(path if method == "Close" else arguments[0])
             invocation.return_value(None)
         else:
             invocation.return_dbus_error("org.freedesktop.portal.Error.NotFound", "no such thing")
 
+    def open_panel(self, connection, sender, arguments, invocation):
+        self.awake_file.with_suffix(".panel").write_text(json.dumps(arguments))
+        handle = f"{PATH}/request/{sender[1:].replace('.', '_')}/{arguments[2]['handle_token']}"
+        if self.chosen == "never":
+            return
+        invocation.return_value(GLib.Variant("(o)", (handle,)))
+        results = {"uris": GLib.Variant("as", [self.chosen])} if self.chosen else {}
+        connection.emit_signal(sender, handle, "org.freedesktop.portal.Request", "Response",
+                               GLib.Variant("(ua{sv})", (0 if self.chosen else 1, results)))
+
     def register(self, connection, path, description):
         connection.register_object(path, Gio.DBusNodeInfo.new_for_xml(description).interfaces[0], self.called, None, None)
 
     def acquired(self, connection, _name):
-        for description in (SETTINGS, INHIBIT):
+        for description in (SETTINGS, INHIBIT, FILE_CHOOSER):
             self.register(connection, PATH, description)
         self.register(connection, "/org/freedesktop/ScreenSaver", SCREEN_SAVER)
         GLib.io_add_watch(GLib.IOChannel.unix_new(0), GLib.IO_IN | GLib.IO_HUP, self.told, connection)
@@ -94,6 +118,8 @@ class Portal:
         line = sys.stdin.readline().strip()
         if line in ("grant", "refuse"):
             self.grants = line == "grant"
+        elif line.partition(" ")[0] == "choose":
+            self.chosen = line.partition(" ")[2]
         elif line in SCHEMES:
             self.scheme = line
             connection.emit_signal(None, PATH, "org.freedesktop.portal.Settings", "SettingChanged",

@@ -5,6 +5,7 @@ keeps the machine awake, and what a second start of the program does.
 Usage: session_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]
 """
 
+import json
 import os
 import signal
 import subprocess
@@ -217,6 +218,35 @@ class SessionTest(ProgramTest):
         wait_for("the song's name", lambda: DESKTOP.run(*shows, check=False).stdout)
         process.terminate()
         self.assertEqual(process.wait(60), 0)
+
+    # ---- The desktop's panel ----
+
+    def test_files_are_chosen_in_the_desktops_panel(self):
+        window = self.open_song()
+        asked = DESKTOP.awake_file.with_suffix(".panel")
+        DESKTOP.tell_portal("choose")
+        DESKTOP.key("ctrl+o")
+        wait_for("the question", asked.exists)
+        DESKTOP.tell_portal(f"choose {self.plain.as_uri()}")
+        DESKTOP.key("space")
+        window.find("push button", "Pause")
+        DESKTOP.key("space", "ctrl+o")
+        wait_for("the other song", lambda: self.title() == "plain.wav — Quillet")
+        parent, title, options = json.loads(asked.read_text())
+        self.assertEqual((int(parent.removeprefix("x11:"), 16), title), (int(window.id()), "Open File..."))
+        self.assertEqual((options["directory"], options["filters"][0], options["filters"][1]),
+                         (False, options["current_filter"], ["All files", [[0, "*"]]]))
+        self.assertIn([0, "*.FLAC"], options["current_filter"][1])
+        DESKTOP.key("space")
+        window.find("push button", "Pause")
+        # Where it was; and one that does not answer is not waited for for ever.
+        DESKTOP.tell_portal("choose never")
+        DESKTOP.key("ctrl+o")
+        wait_for("the toolkit's panel", lambda: window.has("file chooser") or window.has("dialog"))
+        folder = bytes(json.loads(asked.read_text())[2]["current_folder"])
+        self.assertEqual(folder, bytes(self.plain.parent) + b"\0")
+        DESKTOP.key("Escape")
+        self.assertEqual(window.close(), 0)
 
     # ---- Sleep ----
 

@@ -11,6 +11,7 @@
 #include "app/download/URLDownloader.h"
 #include "app/download/UnfinishedDownloads.h"
 #include "app/download/YtDlpUpdater.h"
+#include "app/ui/FilePanel.h"
 #include "app/ui/MainWindow.h"
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
@@ -143,6 +144,7 @@ private:
     void meetDesktop(const QDBusConnection& bus)
     {
         m_theme.followDesktop();
+        FilePanel::joinDesktop(bus);
         m_mpris.emplace(
             MprisPlayer::Services{ *m_state, m_commands, m_scheduler, m_background },
             MprisPlayer::Window{ [this] { bringToFront(*m_window.windowHandle(), {}); }, [this] { m_window.close(); },

@@ -3,7 +3,6 @@
 #include "app/ui/FileNames.h"
 #include "app/ui/controls/ElidedLabel.h"
 
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QPushButton>
 
@@ -43,14 +42,10 @@ void FolderRow::setFolder(const FilePath& folder)
 
 void FolderRow::choose()
 {
-    auto* panel = new QFileDialog(this, m_name, pathText(m_folder));
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setWindowModality(Qt::WindowModal);
-    panel->setFileMode(QFileDialog::Directory);
-    panel->setOption(QFileDialog::ShowDirsOnly);
-    panel->setLabelText(QFileDialog::Accept, tr("Select"));
-    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& folder) { m_handlers.chosen(pathOf(folder)); });
-    panel->open();
+    if (m_panel)
+        m_panel->raise();
+    else
+        m_panel = new FilePanel(*this, { m_name, m_folder, true, tr("Select"), {} }, m_handlers.chosen, openPanel);
 }
 
 }  // namespace quillet

@@ -2,6 +2,7 @@
 // Threads: main thread.
 #pragma once
 
+#include "app/ui/FilePanel.h"
 #include "app/ui/ThemeSource.h"
 #include "platform/base/FilePath.h"
 
@@ -32,6 +33,7 @@ private:
     QString m_name;
     Handlers m_handlers;
     FilePath m_folder;
+    QPointer<FilePanel> m_panel;
     ElidedLabel* m_path;
 };
 

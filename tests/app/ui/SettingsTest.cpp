@@ -203,6 +203,7 @@ TEST_F(SettingsTest, AFolderThatHoldsOtherThingsIsAskedAboutFirst)
             Q_EMIT panel->fileSelected(QString::fromStdString(folder.native()));
             panel->close();
         }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         finishWork();
     };
     write(tools / "music/song.wav");
