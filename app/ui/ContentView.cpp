@@ -120,6 +120,8 @@ ContentView::ContentView(const Services& services, QWidget* parent)
         if (focused != nullptr && focused == window()->windowHandle() && frontSheet() != nullptr)
             QMetaObject::invokeMethod(this, &ContentView::activateSheet, Qt::QueuedConnection);
     });
+    m_lastingNotices = m_notices->count();
+    showScreen();
     subscribe();
     m_services.loader.refreshRecentFiles();
 }
@@ -264,10 +266,30 @@ void ContentView::showSettings()
               { m_services.theme, m_services.waveformCache, m_services.settings, m_services.background, m_services.scheduler },
               { m_services.theme, m_services.downloadSettings, m_services.ytDlpUpdater, m_services.background,
                 m_services.scheduler },
-              check },
+              check,
+              [this] { return changeLanguage(); } },
             this);
     }
     m_settings->present();
+}
+
+void ContentView::showLanguageSettings(const QRect& place)
+{
+    showSettings();
+    m_settings->setGeometry(place);
+    m_settings->presentLanguage();
+}
+
+QRect ContentView::settingsPlace() const { return m_settings->geometry(); }
+
+/// False while something is under way that the view shows or asks about.
+bool ContentView::changeLanguage()
+{
+    const bool isAtWork = !m_sheets.empty() || m_notices->count() > m_lastingNotices || m_services.separator.isRunning()
+        || m_services.ytDlpUpdater.isRunning();
+    if (!isAtWork)
+        Q_EMIT languageChosen();
+    return !isAtWork;
 }
 
 void ContentView::checkForUpdatesInBackground() { m_updates->checkForUpdatesInBackground(); }

@@ -81,6 +81,10 @@ public:
     /// Asks for a web address.
     void openFromURL();
     void showSettings();
+    /// At the choice of the language, in the place where another view's stood.
+    void showLanguageSettings(const QRect& place);
+    /// Of the settings' window, which is open.
+    [[nodiscard]] QRect settingsPlace() const;
     /// Says so, later, if there is a newer version, and nothing else.
     void checkForUpdatesInBackground();
     /// One sentence in an alert over the window.
@@ -92,6 +96,10 @@ public:
     /// Plays or pauses if the event is a press of the space bar; whether it is.
     bool takeSpace(const QKeyEvent& event);
 
+Q_SIGNALS:
+    /// The user has chosen another language, and nothing is lost if the view is made again to speak it.
+    void languageChosen();
+
 protected:
     void resizeEvent(QResizeEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -102,6 +110,7 @@ protected:
 private:
     void subscribe();
     void showScreen();
+    [[nodiscard]] bool changeLanguage();
     void openSheet(QDialog& sheet);
     [[nodiscard]] QDialog* frontSheet() const;
     void activateSheet();
@@ -115,6 +124,8 @@ private:
     PlayerScreen* m_player = nullptr;
     /// What is to be said under the toolbar.
     QVBoxLayout* m_notices;
+    /// Those that are always there, shown or not.
+    int m_lastingNotices = 0;
     Notice* m_silenceNotice;
     SettingsNotice* m_settingsNotice;
     DropOverlay* m_overlay;

@@ -32,8 +32,9 @@ QString songName(const AppState& state)
 
 }  // namespace
 
-MainWindow::MainWindow(const ContentView::Services& services)
-    : m_services(services)
+MainWindow::MainWindow(const ContentView::Services& services, Translations& translations)
+    : m_services(services),
+      m_translations(translations)
 {
     syncTitle();
     for (const auto changed : { &AppState::audioFileURLChanged, &AppState::songTagsChanged })
@@ -47,10 +48,41 @@ void MainWindow::populate()
     REQUIRE(m_content == nullptr);
     m_content = new ContentView(m_services);
     m_content->setMinimumSize(minContentSize);
+    // Not while it is still being asked.
+    connect(m_content, &ContentView::languageChosen, this, &MainWindow::changeLanguage, Qt::QueuedConnection);
     buildMenus();
     setCentralWidget(m_content);
+    // At once, not in the loop's next turn.
+    m_content->show();
     // The menus come on top of it.
     setMinimumSize(minContentSize + QSize(0, menuBar()->isNativeMenuBar() ? 0 : menuBar()->sizeHint().height()));
+}
+
+/// Every text is asked for once, when its view is made: so the views are made again.
+void MainWindow::changeLanguage()
+{
+    m_translations.install(Translations::chosen(m_services.defaults));
+    const QRect settingsPlace = m_content->settingsPlace();
+    delete takeCentralWidget();
+    m_content = nullptr;
+    setMenuBar(new QMenuBar);
+    populate();
+    syncTitle();
+    setHeard(m_isHeard);
+    setSettingsHealth(m_settingsHealth);
+    m_content->showLanguageSettings(settingsPlace);
+}
+
+void MainWindow::setHeard(bool isHeard)
+{
+    m_isHeard = isHeard;
+    m_content->setHeard(isHeard);
+}
+
+void MainWindow::setSettingsHealth(const DefaultsHealth& health)
+{
+    m_settingsHealth = health;
+    m_content->setSettingsHealth(health);
 }
 
 void MainWindow::buildMenus()

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/ui/ContentView.h"
+#include "app/ui/Translations.h"
 
 #include <QMainWindow>
 
@@ -14,20 +15,24 @@ class MainWindow final : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// All outlive the window. It is bare at first, so that it can be shown at once: loading fonts alone takes as long as
-    /// showing it.
-    explicit MainWindow(const ContentView::Services& services);
+    /// All outlive the window, the translations too, in whose language it speaks. It is bare at first, so that it can be shown
+    /// at once: loading fonts alone takes as long as showing it.
+    MainWindow(const ContentView::Services& services, Translations& translations);
 
     /// Gives the window its menus and its content. Once, when it is on the screen.
     void populate();
     /// After `populate`.
     [[nodiscard]] ContentView& content() { return *m_content; }
+    /// What the window says for as long as it is so: that nothing can be heard, and that the settings cannot be saved.
+    void setHeard(bool isHeard);
+    void setSettingsHealth(const DefaultsHealth& health);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    void changeLanguage();
     void buildMenus();
     void addRecentFiles(QMenu& menu);
     void addQuit(QMenu& menu);
@@ -37,7 +42,10 @@ private:
     void syncTitle();
 
     ContentView::Services m_services;
+    Translations& m_translations;
     ContentView* m_content = nullptr;
+    bool m_isHeard = true;
+    DefaultsHealth m_settingsHealth;
 };
 
 }  // namespace quillet

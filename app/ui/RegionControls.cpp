@@ -18,8 +18,8 @@ RegionControls::RegionControls(AppState& state, const ThemeSource& source, QWidg
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setHorizontalSpacing(10);
     grid->setVerticalSpacing(12);
-    m_start = addRow(*grid, 0, tr("Start"), source);
-    m_end = addRow(*grid, 1, tr("End"), source);
+    m_start = addRow(*grid, 0, tr("Start"), tr("Region start, %1"), source);
+    m_end = addRow(*grid, 1, tr("End"), tr("Region end, %1"), source);
     grid->setColumnStretch(5, 1);
     for (TimePickerField* field : { m_start.minutes, m_start.seconds, m_start.milliseconds })
         field->onCommit([this] { applyStart(); });
@@ -29,9 +29,10 @@ RegionControls::RegionControls(AppState& state, const ThemeSource& source, QWidg
     syncFromState();
 }
 
-RegionControls::Fields RegionControls::addRow(QGridLayout& grid, int row, const QString& title, const ThemeSource& source)
+RegionControls::Fields RegionControls::addRow(QGridLayout& grid, int row, const QString& title, const QString& name,
+                                              const ThemeSource& source)
 {
-    const auto named = [&](const QString& unit) { return tr("Region %1, %2").arg(title.toLower(), unit); };
+    const auto named = [&](const QString& unit) { return name.arg(unit); };
     const Fields fields{ new TimePickerField(source, tr("min"), named(tr("minutes")), { 0, 999 }),
                          new TimePickerField(source, tr("sec"), named(tr("seconds")), { 0, 59 }),
                          new TimePickerField(source, tr("ms"), named(tr("milliseconds")), { 0, 999 }) };

@@ -32,7 +32,9 @@ private:
         void show(double seconds) const;
     };
 
-    [[nodiscard]] Fields addRow(QGridLayout& grid, int row, const QString& title, const ThemeSource& source);
+    /// `name` is what a field is called, with its unit in place of %1.
+    [[nodiscard]] Fields addRow(QGridLayout& grid, int row, const QString& title, const QString& name,
+                                const ThemeSource& source);
     void syncFromState();
     void applyStart();
     void applyEnd();

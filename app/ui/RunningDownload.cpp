@@ -1,4 +1,5 @@
 #include "app/ui/RunningDownload.h"
+#include "app/ui/controls/DecimalText.h"
 
 #include <QCoreApplication>
 
@@ -19,7 +20,7 @@ QString sizeText(std::int64_t bytes)
 {
     if (bytes < bytesPerMB)
         return Text::tr("%1 KB").arg((bytes + bytesPerKB - 1) / bytesPerKB);
-    return Text::tr("%1 MB").arg(static_cast<double>(bytes) / bytesPerMB, 0, 'f', 1);
+    return Text::tr("%1 MB").arg(decimalText(static_cast<double>(bytes) / bytesPerMB));
 }
 
 struct ErrorText {

@@ -44,6 +44,9 @@ void Translations::choose(DefaultsDomain& defaults, const std::string& language)
 
 void Translations::install(const std::string& chosen)
 {
+    for (QTranslator* translator : { &m_own, &m_toolkit })
+        QCoreApplication::removeTranslator(translator);
+    QLocale::setDefault(QLocale::system());
     const std::string language = chosen.empty() ? desktopLanguage() : chosen;
     const QString code = QString::fromStdString(language);
     // One's own country's numbers, where the language agrees.

@@ -27,10 +27,10 @@ public:
 
     /// What the user has chosen; empty where the desktop decides.
     [[nodiscard]] static std::string chosen(const DefaultsDomain& defaults);
-    /// `language` is a code; empty leaves it to the desktop. It holds from the next start on.
+    /// `language` is a code; empty leaves it to the desktop. It holds once it is installed.
     static void choose(DefaultsDomain& defaults, const std::string& language);
 
-    /// Texts that are asked for from now on come in that language, those of the toolkit too; to be called before the first is.
+    /// Texts that are asked for from now on come in that language, those of the toolkit too, in place of the one before.
     /// A chosen language brings its numbers along.
     void install(const std::string& chosen);
 

@@ -1,6 +1,7 @@
 #include "app/ui/WaveformPanel.h"
 
 #include "AppCore/WaveformZoomPan.h"
+#include "app/ui/controls/DecimalText.h"
 #include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/SymbolButton.h"
@@ -124,8 +125,8 @@ void WaveformPanel::syncZoom()
 {
     const double zoom = m_state.zoomLevel();
     m_view->setZoomAndPan(zoom, m_state.panOffset());
-    m_zoom->setText(QString::number(zoom, 'f', 1) + QLatin1Char('x'));
-    m_zoom->setAccessibleName(tr("Zoom %1 times").arg(QString::number(zoom, 'f', 1)));
+    m_zoom->setText(decimalText(zoom) + QLatin1Char('x'));
+    m_zoom->setAccessibleName(tr("Zoom %1 times").arg(decimalText(zoom)));
     m_zoomOut->setEnabled(zoom > WaveformZoomPan::min);
     m_zoomIn->setEnabled(zoom < WaveformZoomPan::max);
     m_panLeft->setEnabled(m_state.panOffset() > 0);

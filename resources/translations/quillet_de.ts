@@ -861,8 +861,8 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
 <context>
     <name>quillet::LanguageSettings</name>
     <message>
-        <source>It changes when Quillet is started again.</source>
-        <translation>Gilt ab dem nächsten Start von Quillet.</translation>
+        <source>Something is still under way: it changes when Quillet is started again.</source>
+        <translation>Noch ist etwas im Gange: Gilt ab dem nächsten Start von Quillet.</translation>
     </message>
     <message>
         <source>As the desktop</source>
@@ -1072,8 +1072,12 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
         <translation>Ende</translation>
     </message>
     <message>
-        <source>Region %1, %2</source>
-        <translation>Bereich: %1, %2</translation>
+        <source>Region start, %1</source>
+        <translation>Anfang des Bereichs, %1</translation>
+    </message>
+    <message>
+        <source>Region end, %1</source>
+        <translation>Ende des Bereichs, %1</translation>
     </message>
     <message>
         <source>min</source>

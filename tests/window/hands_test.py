@@ -126,6 +126,7 @@ class HandsTest(ProgramTest):
             ("the help opened by key and left", lambda: (tab_to("push button", "Help"), key("space"),
                                                          window.find("push button", "Done"), key("Escape"), time.sleep(0.3))),
             ("the web address left", lambda: (key("ctrl+shift+o"), window.find("text", "Web address"), key("Escape"), time.sleep(0.3))),
+            ("the settings left", lambda: (key("ctrl+comma"), window.find("push button", "Check for Updates"), key("Escape"), time.sleep(0.3))),
             ("Stop and Reset", lambda: key("ctrl+r")),
             ("another size while typing", lambda: (type_into("Speed in percent", "80"), window.resize(700, 620), time.sleep(0.3),
                                                      key("Return"))),

@@ -101,7 +101,7 @@ public:
             instance.listen(m_scheduler, [this](const HandOver& handOver) { take(handOver); });
             joinDesktop();
             m_graph.onOutputChange(
-                [this](AudioOutput::State state) { m_window.content().setHeard(state == AudioOutput::State::device); });
+                [this](AudioOutput::State state) { m_window.setHeard(state == AudioOutput::State::device); });
             m_graph.start();
             watchSettings();
             m_background.run([this] { m_media.preload(); });
@@ -178,7 +178,7 @@ private:
             health.trouble = other.trouble;
         if (!health.movedAside)
             health.movedAside = other.movedAside;
-        m_window.content().setSettingsHealth(health);
+        m_window.setSettingsHealth(health);
     }
 
     /// What was fetched in place of what came with the program.
@@ -249,7 +249,8 @@ private:
     QuilletStyle* m_style = new QuilletStyle(m_theme);
     MainWindow m_window{ { *m_state, m_loader, m_commands, m_recentFiles, m_downloader, m_ytDlpUpdater, m_separator,
                            m_stemSessions, m_stemMixes, m_media.audioFiles(), m_waveformCache, m_settings, m_stemSettings,
-                           m_updater, m_background, m_scheduler, m_downloadSettings, m_theme, m_defaults } };
+                           m_updater, m_background, m_scheduler, m_downloadSettings, m_theme, m_defaults },
+                         m_translations };
     // Once there is a session bus.
     std::optional<MprisPlayer> m_mpris;
     std::optional<SleepInhibitor> m_sleepInhibitor;

@@ -1,4 +1,5 @@
 #include "app/ui/controls/Fader.h"
+#include "app/ui/controls/DecimalText.h"
 
 #include "AppCore/StemMix.h"
 
@@ -26,7 +27,7 @@ QString decibelLabel(double volume)
         return Fader::tr("-∞ dB");
     const double decibels = std::round(10 * decibelsPerFactorOfTen * std::log10(volume)) / 10;
     // Without the sign that a zero may have.
-    return Fader::tr("%1 dB").arg(decibels == 0 ? 0.0 : decibels, 0, 'f', 1);
+    return Fader::tr("%1 dB").arg(decimalText(decibels == 0 ? 0.0 : decibels));
 }
 
 Fader::Fader(const ThemeSource& source, const QString& name, const QColor& color, QWidget* parent)

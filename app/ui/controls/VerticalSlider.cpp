@@ -1,4 +1,5 @@
 #include "app/ui/controls/VerticalSlider.h"
+#include "app/ui/controls/DecimalText.h"
 
 #include "platform/audio/AudioGraph.h"
 
@@ -65,7 +66,7 @@ QString gainLabel(double gainDb)
 {
     const double snapped = snappedGain(gainDb);
     // Without the sign that a zero may have.
-    return snapped == std::trunc(snapped) ? QString::number(static_cast<int>(snapped)) : QString::number(snapped, 'f', 1);
+    return snapped == std::trunc(snapped) ? QString::number(static_cast<int>(snapped)) : decimalText(snapped);
 }
 
 VerticalSlider::VerticalSlider(const ThemeSource& source, const QString& name, QWidget* parent)

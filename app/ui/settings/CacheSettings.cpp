@@ -2,6 +2,7 @@
 
 #include "AppCore/CacheLimits.h"
 #include "app/ui/Questions.h"
+#include "app/ui/controls/DecimalText.h"
 #include "app/ui/controls/Label.h"
 #include "app/ui/settings/LimitPicker.h"
 
@@ -120,7 +121,7 @@ void CacheSettings::refreshStats(bool clearFirst)
                 return;
             self->m_entries->setText(QString::number(entryCount));
             self->m_totalSize->setText(
-                tr("%1 MB").arg(static_cast<double>(totalBytes) / static_cast<double>(bytesPerMB), 0, 'f', 1));
+                tr("%1 MB").arg(decimalText(static_cast<double>(totalBytes) / static_cast<double>(bytesPerMB))));
         });
     });
 }

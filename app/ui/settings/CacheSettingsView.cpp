@@ -13,7 +13,7 @@ CacheSettingsView::CacheSettingsView(const Services& services, QWidget* parent)
       m_downloads(new DownloadSettings(services.downloads)),
       m_stems(new StemSettings(services.stems)),
       m_updates(new UpdateSettings(services.cache.theme, services.stems.defaults, services.checkForUpdates)),
-      m_language(new LanguageSettings(services.cache.theme, services.stems.defaults)),
+      m_language(new LanguageSettings(services.cache.theme, services.stems.defaults, services.changeLanguage)),
       m_cache(new CacheSettings(services.cache))
 {
     auto* column = new QVBoxLayout(this);

@@ -27,9 +27,13 @@ public:
         DownloadSettings::Services downloads;
         /// Asks for a newer version, now.
         std::function<void()> checkForUpdates;
+        /// Takes up the chosen language in the whole window, later, or cannot now.
+        std::function<bool()> changeLanguage;
     };
 
     explicit CacheSettingsView(const Services& services, QWidget* parent = nullptr);
+
+    [[nodiscard]] QWidget& language() { return *m_language; }
 
 protected:
     /// Shows everything as it is now.

@@ -7,13 +7,18 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace quillet {
 
-LanguageSettings::LanguageSettings(const ThemeSource& source, DefaultsDomain& defaults, QWidget* parent)
+LanguageSettings::LanguageSettings(const ThemeSource& source, DefaultsDomain& defaults, std::function<bool()> changeLanguage,
+                                   QWidget* parent)
     : QWidget(parent),
       m_defaults(defaults),
+      m_changeLanguage(std::move(changeLanguage)),
       m_choice(new QComboBox),
-      m_hint(new Label(source, Label::Role::secondary, tr("It changes when Quillet is started again.")))
+      m_hint(new Label(source, Label::Role::secondary,
+                       tr("Something is still under way: it changes when Quillet is started again.")))
 {
     m_choice->addItem(tr("As the desktop"), QString());
     for (const Language& language : Translations::languages)
@@ -21,6 +26,7 @@ LanguageSettings::LanguageSettings(const ThemeSource& source, DefaultsDomain& de
     m_choice->setAccessibleDescription(tr("Language"));
     auto* title = new Label(source, Label::Role::text, tr("Language"));
     title->setBuddy(m_choice);
+    setFocusProxy(m_choice);
     auto* row = new QHBoxLayout;
     row->addWidget(title);
     row->addStretch(1);
@@ -33,7 +39,7 @@ LanguageSettings::LanguageSettings(const ThemeSource& source, DefaultsDomain& de
     m_hint->hide();
     connect(m_choice, &QComboBox::activated, this, [this] {
         Translations::choose(m_defaults, m_choice->currentData().toString().toStdString());
-        m_hint->show();
+        m_hint->setVisible(!m_changeLanguage());
     });
 }
 

@@ -1,4 +1,4 @@
-// In which language the window speaks.
+// In which language the window speaks: from the choice on, if nothing is under way that the window shows.
 // Threads: main thread.
 #pragma once
 
@@ -6,6 +6,8 @@
 #include "platform/defaults/DefaultsDomain.h"
 
 #include <QWidget>
+
+#include <functional>
 
 class QComboBox;
 
@@ -17,13 +19,15 @@ class LanguageSettings final : public QWidget {
     Q_OBJECT
 
 public:
-    /// `defaults` outlives the view.
-    LanguageSettings(const ThemeSource& source, DefaultsDomain& defaults, QWidget* parent = nullptr);
+    /// `defaults` outlives the view. `changeLanguage` changes the window's to the chosen one, later, or cannot now.
+    LanguageSettings(const ThemeSource& source, DefaultsDomain& defaults, std::function<bool()> changeLanguage,
+                     QWidget* parent = nullptr);
 
     void loadCurrentSettings();
 
 private:
     DefaultsDomain& m_defaults;
+    std::function<bool()> m_changeLanguage;
     QComboBox* m_choice;
     Label* m_hint;
 };

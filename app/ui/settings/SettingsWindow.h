@@ -6,6 +6,8 @@
 
 #include <QDialog>
 
+class QScrollArea;
+
 namespace quillet {
 
 class SettingsWindow final : public QDialog {
@@ -16,6 +18,12 @@ public:
 
     /// In front, with the keys.
     void present();
+    /// The same, at the choice of the language.
+    void presentLanguage();
+
+private:
+    CacheSettingsView* m_view;
+    QScrollArea* m_scroll;
 };
 
 }  // namespace quillet

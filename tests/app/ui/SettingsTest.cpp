@@ -1,5 +1,7 @@
 #include "app/ui/ContentView.h"
+#include "app/ui/MainWindow.h"
 #include "app/ui/Notice.h"
+#include "app/ui/PlayerScreen.h"
 #include "app/ui/Translations.h"
 #include "app/ui/UpdateFlow.h"
 #include "app/ui/controls/ElidedLabel.h"
@@ -9,6 +11,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QTest>
 
@@ -24,9 +27,10 @@ constexpr std::int64_t megabyte = 1'048'576;
 
 struct SettingsTest : testing::Test, WindowRig {
     AppState& state = *WindowRig::state;
-    ContentView view{ { state, loader, commands, recentFiles, downloader, ytDlpUpdater, separator, stemSessions, stemMixes,
-                        opener, cache, settings, stemSettings, updater, background, scheduler, downloadSettings, theme,
-                        defaults } };
+    ContentView::Services services{ state,        loader,    commands,         recentFiles, downloader, ytDlpUpdater, separator,
+                                    stemSessions, stemMixes, opener,           cache,       settings,   stemSettings, updater,
+                                    background,   scheduler, downloadSettings, theme,       defaults };
+    ContentView view{ services };
     FilePath stems = tools / "stems";
     FilePath venv = tools / "venv";
     SettingsWindow* window = nullptr;
@@ -247,9 +251,7 @@ TEST_F(SettingsTest, NoTextIsCutInAnyLanguage)
     for (const Language& language : Translations::languages) {
         Translations translations;
         translations.install(language.code);
-        ContentView narrow({ state, loader, commands, recentFiles, downloader, ytDlpUpdater, separator, stemSessions, stemMixes,
-                             opener, cache, settings, stemSettings, updater, background, scheduler, downloadSettings, theme,
-                             defaults });
+        ContentView narrow(services);
         narrow.resize(680, 900);
         narrow.show();
         const StemSession session{ { { "drums", "/drums.wav" }, { "other", "/other.wav" } } };
@@ -269,6 +271,36 @@ TEST_F(SettingsTest, NoTextIsCutInAnyLanguage)
                   QLatin1String(std::string_view(language.code) == "de" ? "Einstellungen" : "Settings"));
         state.exitStemMode();
     }
+}
+
+TEST_F(SettingsTest, TheLanguageChangesAtOnceUnlessSomethingIsUnderWay)
+{
+    Translations translations;
+    MainWindow main(services, translations);
+    main.show();
+    main.populate();
+    main.setHeard(false);
+    const auto firstMenu = [&main] { return main.menuBar()->actions().front()->text().toStdString(); };
+    const auto chooseLanguage = [&](const char* language) {
+        for (QComboBox* box : main.findChildren<QComboBox*>())
+            if (const int index = box->findText(QLatin1String(language)); index >= 0) {
+                box->setCurrentIndex(index);
+                Q_EMIT box->activated(index);
+            }
+        QApplication::processEvents();
+    };
+    commands.execute(CommandId::showSettings);
+    chooseLanguage("Deutsch");
+    EXPECT_EQ(firstMenu(), "Datei");
+    EXPECT_EQ(main.findChild<SettingsWindow*>()->windowTitle(), QLatin1String("Einstellungen"));
+    EXPECT_TRUE(main.findChild<SettingsWindow*>()->isVisible());
+    EXPECT_TRUE(main.findChild<PlayerScreen*>()->isVisible());
+    EXPECT_TRUE(isShown(main, "Es gibt kein Audiogerät: Bis es eines gibt, läuft die Wiedergabe ohne Ton."));
+
+    commands.execute(CommandId::openFromURL);
+    chooseLanguage("English");
+    EXPECT_EQ(firstMenu(), "Datei") << "what the sheet shows would be lost";
+    EXPECT_TRUE(isShown(main, "Noch ist etwas im Gange: Gilt ab dem nächsten Start von Quillet."));
 }
 
 TEST_F(SettingsTest, UpdatesAreToldOfAndNothingInThemActs)
