@@ -51,7 +51,7 @@ enum class CommandId {
 };
 
 /// A key by its place on the keyboard, so that it stays where it is on every layout; by its name where an event carries no
-/// place.
+/// place, or every layout has the same name for it.
 struct PhysicalKey {
     /// As X11 and Wayland number the places; 0: no key.
     quint32 scanCode = 0;

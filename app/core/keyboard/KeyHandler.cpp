@@ -125,7 +125,9 @@ bool isAt(const PhysicalKey& key, const QKeyEvent& event)
 {
     if (key.scanCode == 0)
         return false;
-    return event.nativeScanCode() != 0 ? event.nativeScanCode() == key.scanCode : event.key() == key.key;
+    // What every layout calls the same; a keyboard on the screen has places of its own.
+    const bool hasOneName = key.key == Qt::Key_Space || key.key >= Qt::Key_Escape;
+    return event.nativeScanCode() == key.scanCode || ((hasOneName || event.nativeScanCode() == 0) && event.key() == key.key);
 }
 
 bool isTextEditor(const QObject* widget)

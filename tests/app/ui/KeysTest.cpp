@@ -96,10 +96,14 @@ TEST_F(KeysTest, EveryKeyGivesItsCommandByPlaceAndByName)
              Case{ 116, Qt::Key_Down, Qt::ControlModifier, "QLT.pitchDown" },
              Case{ 65, Qt::Key_Space, Qt::NoModifier, "QLT.playPause" },
          }) {
-        for (const quint32 scanCode : { test.scanCode, quint32{ 0 } }) {
+        constexpr quint32 noPlace = 0;
+        constexpr quint32 anotherPlace = 9;
+        for (const quint32 scanCode : { test.scanCode, noPlace, anotherPlace }) {
+            if (scanCode == anotherPlace && test.key >= Qt::Key_A && test.key <= Qt::Key_Z)
+                continue;
             heard.clear();
             // By its place the letter does not matter.
-            QKeyEvent event(QEvent::KeyPress, scanCode != 0 ? Qt::Key_Z : test.key, test.modifier, scanCode, 0, 0);
+            QKeyEvent event(QEvent::KeyPress, scanCode == test.scanCode ? Qt::Key_Z : test.key, test.modifier, scanCode, 0, 0);
             QApplication::sendEvent(responder, &event);
             rig.scheduler.advance(0);
             EXPECT_EQ(heard, std::vector<std::string>{ test.notification });
