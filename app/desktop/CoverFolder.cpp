@@ -42,8 +42,9 @@ void removeOldest(const FilePath& folder)
 {
     std::error_code unknown;
     std::vector<std::pair<std::filesystem::file_time_type, FilePath>> files;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, unknown))
-        files.emplace_back(entry.last_write_time(unknown), entry.path());
+    for (auto entry = std::filesystem::directory_iterator(folder, unknown); entry != std::filesystem::directory_iterator();
+         entry.increment(unknown))
+        files.emplace_back(entry->last_write_time(unknown), entry->path());
     std::ranges::sort(files, std::ranges::greater());
     for (std::size_t i = keptCovers; i < files.size(); ++i)
         std::filesystem::remove(files[i].second, unknown);
@@ -56,7 +57,7 @@ std::optional<FilePath> keepCover(const FilePath& folder, const std::string& pic
     const std::string_view extension = pictureExtension(picture);
     if (extension.empty() || !createPrivateDirectory(folder))
         return std::nullopt;
-    const FilePath file = folder / (nameOf(picture) + std::string(extension));
+    FilePath file = folder / (nameOf(picture) + std::string(extension));
     std::error_code absent;
     std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now(), absent);
     if (!absent)
