@@ -16,10 +16,6 @@
 namespace quillet {
 namespace {
 
-struct Freeing {
-    void operator()(void* memory) const { std::free(memory); }
-};
-
 /// One conversation with the display, about one of our windows.
 class X11Window {
 public:
@@ -70,7 +66,8 @@ private:
     xcb_client_message_event_t messageOf(std::uint8_t format, std::string_view type)
     {
         const auto question = xcb_intern_atom(&m_display, 0, static_cast<std::uint16_t>(type.size()), type.data());
-        const std::unique_ptr<xcb_intern_atom_reply_t, Freeing> atom(xcb_intern_atom_reply(&m_display, question, nullptr));
+        const std::unique_ptr<xcb_intern_atom_reply_t, void (*)(void*)> atom(
+            xcb_intern_atom_reply(&m_display, question, nullptr), std::free);
         xcb_client_message_event_t message{};
         message.response_type = XCB_CLIENT_MESSAGE;
         message.format = format;

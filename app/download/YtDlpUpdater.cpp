@@ -57,9 +57,9 @@ void YtDlpUpdater::finish(const std::expected<ProcessEnd, ProcessStartError>& en
     tellAll(std::unexpected((reason.isEmpty() ? Text::tr("The newest yt-dlp could not be fetched.") : reason).toStdString()));
 }
 
-void YtDlpUpdater::undo(std::function<void(const Outcome& outcome)> done) { tellPresent(std::move(done), true); }
+void YtDlpUpdater::undo(const std::function<void(const Outcome& outcome)>& done) { tellPresent(done, true); }
 
-void YtDlpUpdater::tellPresent(std::function<void(const Outcome& outcome)> told, bool undoFirst)
+void YtDlpUpdater::tellPresent(const std::function<void(const Outcome& outcome)>& told, bool undoFirst)
 {
     m_services.background.run(
         [releases = m_releases, &scheduler = m_services.scheduler, self = std::weak_ptr(m_self), told, undoFirst] {

@@ -40,11 +40,11 @@ public:
     /// Tells `ended` how it went; one who asks while another's question runs is told of the same outcome.
     void update(std::function<void(const Outcome& outcome)> ended);
     /// Goes back to what came with the program, and tells `done` what that is.
-    void undo(std::function<void(const Outcome& outcome)> done);
+    void undo(const std::function<void(const Outcome& outcome)>& done);
 
 private:
     void finish(const std::expected<ProcessEnd, ProcessStartError>& end);
-    void tellPresent(std::function<void(const Outcome& outcome)> told, bool undoFirst);
+    void tellPresent(const std::function<void(const Outcome& outcome)>& told, bool undoFirst);
 
     Services m_services;
     YtDlpReleases m_releases;

@@ -42,7 +42,7 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, PortalPattern& pa
     argument.beginStructure();
     argument >> pattern.kind >> pattern.pattern;
     argument.endStructure();
-    return argument;
+    return argument;  // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit's signature.
 }
 
 QDBusArgument& operator<<(QDBusArgument& argument, const PortalFilter& filter)
@@ -58,7 +58,7 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, PortalFilter& fil
     argument.beginStructure();
     argument >> filter.name >> filter.patterns;
     argument.endStructure();
-    return argument;
+    return argument;  // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit's signature.
 }
 
 namespace {

@@ -4,6 +4,7 @@
 #include <QXmlStreamReader>
 
 #include <algorithm>
+#include <utility>
 
 namespace quillet {
 namespace {
@@ -47,12 +48,12 @@ struct Item {
 
     [[nodiscard]] std::optional<FeedRelease> release() const
     {
-        const auto number = parseVersion(shortVersion.isEmpty() ? version : shortVersion);
-        if (!number || !isForThisSystem(system))
+        const QVersionNumber number = parseVersion(shortVersion.isEmpty() ? version : shortVersion);
+        if (number.isNull() || !isForThisSystem(system))
             return std::nullopt;
         const QUrl address(page, QUrl::StrictMode);
         const bool isSafe = address.isValid() && address.scheme() == QLatin1String("https") && !address.host().isEmpty();
-        return FeedRelease{ *number, notes, isSafe ? address.toString() : QString() };
+        return FeedRelease{ number, notes, isSafe ? address.toString() : QString() };
     }
 };
 
@@ -73,18 +74,18 @@ Item readItem(QXmlStreamReader& xml)
 
 }  // namespace
 
-std::optional<QVersionNumber> parseVersion(QStringView text)
+QVersionNumber parseVersion(QStringView text)
 {
     QList<int> numbers;
     for (const QStringView part : text.split(QLatin1Char('.'))) {
         const bool isNumber = !part.isEmpty() && part.size() <= maxDigits
             && std::ranges::all_of(part, [](QChar digit) { return digit >= QLatin1Char('0') && digit <= QLatin1Char('9'); });
         if (!isNumber)
-            return std::nullopt;
+            return {};
         numbers << part.toInt();
     }
     if (numbers.size() < 2 || numbers.size() > maxSegments)
-        return std::nullopt;
+        return {};
     return QVersionNumber(numbers).normalized();
 }
 
@@ -103,8 +104,8 @@ std::optional<std::vector<FeedRelease>> releasesIn(QByteArrayView feed)
         const Item item = readItem(xml);
         if (xml.hasError())
             break;
-        if (const auto release = item.release())
-            releases.push_back(*release);
+        if (auto release = item.release())
+            releases.push_back(*std::move(release));
     }
     // Of a feed that breaks off nobody knows what it would have said.
     if (xml.hasError())

@@ -21,9 +21,9 @@ struct FeedRelease {
     bool operator==(const FeedRelease&) const = default;
 };
 
-/// A version as this program has them: two to four numbers of at most six digits each, with dots between them. Nothing for any
-/// other text.
-[[nodiscard]] std::optional<QVersionNumber> parseVersion(QStringView text);
+/// A version as this program has them: two to four numbers of at most six digits each, with dots between them. Null for any
+/// other text, and for nothing but zeros.
+[[nodiscard]] QVersionNumber parseVersion(QStringView text);
 
 /// The releases of an RSS feed whose items name their version in an element or an attribute of their enclosure
 /// (`shortVersionString`, or `version`). Items without a version, for other systems, or that do not read are left out. Nothing

@@ -47,21 +47,24 @@ DownloadSettings::DownloadSettings(const Services& services, QWidget* parent)
     column->addWidget(m_folder);
     column->addLayout(row);
     column->addWidget(m_words);
-    connect(m_update, &QAbstractButton::clicked, this, [this] {
-        m_services.updater.update([self = QPointer(this)](const YtDlpUpdater::Outcome& outcome) {
-            if (self)
-                self->showOutcome(outcome);
-        });
-        m_words->setText(tr("The newest yt-dlp is being fetched…"));
-        m_words->show();
-        sync();
-    });
+    connect(m_update, &QAbstractButton::clicked, this, &DownloadSettings::fetchNewest);
     connect(m_undo, &QAbstractButton::clicked, this, [this] {
         m_services.updater.undo([self = QPointer(this)](const YtDlpUpdater::Outcome& outcome) {
             if (self)
                 self->showOutcome(outcome);
         });
     });
+}
+
+void DownloadSettings::fetchNewest()
+{
+    m_words->setText(tr("The newest yt-dlp is being fetched…"));
+    m_words->show();
+    m_services.updater.update([self = QPointer(this)](const YtDlpUpdater::Outcome& outcome) {
+        if (self)
+            self->showOutcome(outcome);
+    });
+    sync();
 }
 
 void DownloadSettings::loadCurrentSettings()

@@ -37,6 +37,7 @@ public:
 
 private:
     void showDirectory();
+    void fetchNewest();
     void showOutcome(const YtDlpUpdater::Outcome& outcome);
     void sync();
 
