@@ -101,12 +101,7 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     column->setSpacing(0);
     column->addWidget(m_toolBar);
     column->addLayout(m_notices);
-    m_notices->setSpacing(0);
-    m_notices->addWidget(m_settingsNotice);
-    m_notices->addWidget(m_silenceNotice);
-    m_silenceNotice->hide();
-    m_notices->addWidget(new LevelNotice(services.state, services.theme));
-    m_notices->addWidget(new OfferNotice(services.state, services.theme));
+    addLastingNotices();
     m_keys->setGeometry(0, 0, 0, 0);
     column->addLayout(m_screens, 1);
     m_screens->addWidget(new EmptyScreen(services.state, services.commands, services.theme));
@@ -119,7 +114,6 @@ ContentView::ContentView(const Services& services, QWidget* parent)
         if (focused != nullptr && focused == window()->windowHandle() && frontSheet() != nullptr)
             QMetaObject::invokeMethod(this, &ContentView::activateSheet, Qt::QueuedConnection);
     });
-    m_lastingNotices = m_notices->count();
     showScreen();
     subscribe();
     m_services.loader.refreshRecentFiles();
@@ -131,6 +125,17 @@ ContentView::~ContentView()
     // The sheets end with the view, and have nobody to tell.
     for (QDialog* sheet : m_sheets)
         sheet->disconnect(this);
+}
+
+void ContentView::addLastingNotices()
+{
+    m_notices->setSpacing(0);
+    m_notices->addWidget(m_settingsNotice);
+    m_notices->addWidget(m_silenceNotice);
+    m_silenceNotice->hide();
+    m_notices->addWidget(new LevelNotice(m_services.state, m_services.theme));
+    m_notices->addWidget(new OfferNotice(m_services.state, m_services.theme));
+    m_lastingNotices = m_notices->count();
 }
 
 void ContentView::subscribe()

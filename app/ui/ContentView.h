@@ -109,6 +109,7 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    void addLastingNotices();
     void subscribe();
     void showScreen();
     [[nodiscard]] bool changeLanguage();

@@ -107,7 +107,7 @@ void StemSeparationFlow::cleanupCurrentTrackStems()
         sessions.remove(song);
         mixes.remove(song);
     });
-    m_services.commands.execute(CommandId::stemFilesDeleted, *song);
+    m_services.commands.execute(CommandId::stemFilesDeleted, song);
 }
 
 // ---- Export ----
