@@ -154,6 +154,10 @@ void FilePanel::raise()
     if (m_panel) {
         m_panel->raise();
         m_panel->activateWindow();
+    } else if (!m_request.isEmpty()) {
+        // Only the desktop can raise its own; and it may have lost it.
+        closePortals();
+        askPortal();
     }
 }
 
@@ -178,10 +182,10 @@ void FilePanel::askPortal()
         portalService(), portalPath(), QStringLiteral("org.freedesktop.portal.FileChooser"), QStringLiteral("OpenFile"));
     question << portalName(m_window) << m_options.title << portalOptions(m_options, token);
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(question, timeoutMilliseconds), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, request = m_request] {
         const QDBusPendingReply<QDBusObjectPath> answer = *watcher;
         watcher->deleteLater();
-        if (answer.isValid() || m_request.isEmpty())
+        if (answer.isValid() || m_request != request)
             return;
         // One that is only slow opens none any more.
         closePortals();

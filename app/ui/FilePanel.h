@@ -52,7 +52,7 @@ public:
     FilePanel(const FilePanel&) = delete;
     FilePanel& operator=(const FilePanel&) = delete;
 
-    /// To the front, as far as that is ours.
+    /// To the front; the desktop's is opened anew.
     void raise();
 
 private Q_SLOTS:

@@ -227,6 +227,11 @@ class SessionTest(ProgramTest):
         DESKTOP.tell_portal("choose")
         DESKTOP.key("ctrl+o")
         wait_for("the question", asked.exists)
+        # One that stays open, or was lost, is opened anew.
+        asked.unlink()
+        DESKTOP.tell_portal("choose later")
+        DESKTOP.key("ctrl+o")
+        wait_for("the question", asked.exists)
         DESKTOP.tell_portal(f"choose {self.plain.as_uri()}")
         DESKTOP.key("space")
         window.find("push button", "Pause")
