@@ -18,50 +18,11 @@
 #include <utility>
 
 namespace quillet {
-
-/// As the portal has them: a kind, of which 0 is a pattern of names, and the pattern.
-struct PortalPattern {
-    uint kind = 0;
-    QString pattern;
-};
-struct PortalFilter {
-    QString name;
-    QList<PortalPattern> patterns;
-};
-
-QDBusArgument& operator<<(QDBusArgument& argument, const PortalPattern& pattern)
-{
-    argument.beginStructure();
-    argument << pattern.kind << pattern.pattern;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, PortalPattern& pattern)
-{
-    argument.beginStructure();
-    argument >> pattern.kind >> pattern.pattern;
-    argument.endStructure();
-    return argument;  // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit's signature.
-}
-
-QDBusArgument& operator<<(QDBusArgument& argument, const PortalFilter& filter)
-{
-    argument.beginStructure();
-    argument << filter.name << filter.patterns;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, PortalFilter& filter)
-{
-    argument.beginStructure();
-    argument >> filter.name >> filter.patterns;
-    argument.endStructure();
-    return argument;  // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit's signature.
-}
-
 namespace {
+
+/// As the portal has them: a kind, of which 0 is a pattern of names, and the pattern; and a name with its patterns.
+using PortalPattern = std::pair<uint, QString>;
+using PortalFilter = std::pair<QString, QList<PortalPattern>>;
 
 /// By then a portal that is only being started has answered, too.
 constexpr int timeoutMilliseconds = 5000;
@@ -89,10 +50,10 @@ QList<PortalFilter> portalFilters(const std::vector<FilePanel::Filter>& filters)
 {
     QList<PortalFilter> all;
     for (const FilePanel::Filter& filter : filters) {
-        PortalFilter portals{ filter.name, {} };
+        QList<PortalPattern> patterns;
         for (const QString& pattern : filter.patterns)
-            portals.patterns.append({ 0, pattern });
-        all.append(portals);
+            patterns.append({ 0, pattern });
+        all.append({ filter.name, patterns });
     }
     return all;
 }

@@ -52,7 +52,7 @@ public:
     FilePanel(const FilePanel&) = delete;
     FilePanel& operator=(const FilePanel&) = delete;
 
-    /// To the front; the desktop's is opened anew.
+    /// To the front; the desktop's panel is closed and opened again.
     void raise();
 
 private Q_SLOTS:

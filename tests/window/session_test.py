@@ -227,7 +227,7 @@ class SessionTest(ProgramTest):
         DESKTOP.tell_portal("choose")
         DESKTOP.key("ctrl+o")
         wait_for("the question", asked.exists)
-        # One that stays open, or was lost, is opened anew.
+        # One that stays open, or was lost, is opened again.
         asked.unlink()
         DESKTOP.tell_portal("choose later")
         DESKTOP.key("ctrl+o")
