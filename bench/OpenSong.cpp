@@ -42,6 +42,7 @@ struct Program {
     WaveformCache cache{ defaults, attributes };
     StemSessionStore stemSessions{ defaults };
     StemMixStore stemMixes{ defaults };
+    PracticeStore practices{ defaults };
     RecentFilesStore recentFiles{ defaults };
     FfmpegAudioFileOpener opener;
     FfmpegAmplitudeReaderOpener readers;
@@ -49,7 +50,7 @@ struct Program {
     PlaybackGraph graph{ output, scheduler };
     AudioEngine engine{ graph, scheduler };
     std::shared_ptr<AppState> state =
-        std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ settings, stemSessions, stemMixes }, engine);
+        std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ settings, stemSessions, stemMixes, practices }, engine);
     FileLoader loader{ { *state,
                          scheduler,
                          background,
@@ -60,7 +61,8 @@ struct Program {
                          stemSessions,
                          recentFiles,
                          stemMixes,
-                         attributes } };
+                         attributes,
+                         practices } };
 
     Program() { engine.setAppState(state); }
 

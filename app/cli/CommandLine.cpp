@@ -1,8 +1,8 @@
 #include "app/cli/CommandLine.h"
 
+#include "AppCore/Practice.h"
 #include "AppCore/StemMix.h"
 #include "AppCore/StemSession.h"
-#include "app/core/SupportedAudio.h"
 
 #include <CLI/CLI.hpp>
 
@@ -66,7 +66,7 @@ CLI::Validator wholeBetween(int least, int most)
 
 /// What both commands take, as text until the values have been checked.
 struct PlaybackArguments {
-    std::string input, from, to, speed, pitch, passes, delay, hold;
+    std::string input, from, to, speed, pitch, channels, passes, delay, hold;
     std::vector<std::string> gains, stems;
     bool keepsFormants = false;
 
@@ -81,6 +81,8 @@ struct PlaybackArguments {
         command.add_option("--pitch", pitch, "Transposition in cents, -1200 to 1200 (0); the speed stays")
             ->check(between(-1200, 1200, "cents"));
         command.add_flag("--keep-formants", keepsFormants, "Let voices keep their character when they are transposed");
+        command.add_option("--channels", channels, "Which channels: stereo, left, right, mono or sides (stereo)")
+            ->check(CLI::IsMember(channelNames()));
         command
             .add_option("--eq", gains, "Equaliser gains in dB at 60, 250, 1000, 4000 and 12000 Hz, -12 to 12, comma-separated")
             ->delimiter(',')
@@ -112,6 +114,7 @@ struct PlaybackArguments {
         result.speedPercent = number(speed).value_or(100);
         result.pitchCents = number(pitch).value_or(0);
         result.keepsFormants = keepsFormants;
+        result.channels = channelsNamed(channels).value_or(ChannelMode::stereo);
         result.passes = static_cast<int>(number(passes).value_or(1));
         result.delaySeconds = number(delay).value_or(0);
         result.holdSeconds = number(hold);
@@ -140,15 +143,6 @@ struct PlaybackArguments {
     }
 };
 
-/// A desktop hands over all that was selected, and the window has one song: the first that is one.
-std::optional<FilePath> fileToOpen(const std::vector<std::string>& files)
-{
-    const auto song = std::ranges::find_if(files, [](const FilePath& file) { return isSupportedAudio(file); });
-    if (song != files.end())
-        return *song;
-    return files.empty() ? std::nullopt : std::optional<FilePath>(files.front());
-}
-
 /// CLI11's message as one sentence.
 std::string sentence(std::string message)
 {
@@ -172,12 +166,16 @@ std::expected<Invocation, UsageError> parseCommandLine(const std::vector<std::st
     PlaybackArguments play, render;
     std::vector<std::string> files;
     std::string output;
-    program.add_option("FILE", files, "An audio file to open in the window; of several the first that is one");
+    program.add_option("FILE", files,
+                       "Audio files or folders to open in the window: the first song, and several as a list to go through");
     CLI::App* playCommand = program.add_subcommand("play", "Play an audio file, or a part of it");
     play.addTo(*playCommand);
-    CLI::App* renderCommand = program.add_subcommand("render", "Write what would be played to a WAV file");
+    CLI::App* renderCommand = program.add_subcommand("render", "Write what would be played to a file");
     render.addTo(*renderCommand);
-    renderCommand->add_option("-o,--output", output, "The WAV file to write (32-bit float, stereo)")->required();
+    renderCommand
+        ->add_option("-o,--output", output,
+                     "The file to write: .flac, .mp3, .m4a, .opus, or else a WAV file (32-bit float, stereo)")
+        ->required();
 
     std::string waveformInput, picture;
     bool json = false;
@@ -235,7 +233,7 @@ std::expected<Invocation, UsageError> parseCommandLine(const std::vector<std::st
             return std::unexpected(options.error());
         return PlayFile{ std::move(*options) };
     }
-    return OpenWindow{ fileToOpen(files) };
+    return OpenWindow{ { files.begin(), files.end() } };
 }
 
 }  // namespace quillet

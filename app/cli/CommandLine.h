@@ -40,9 +40,9 @@ struct ShowInfo {
     InfoOptions options;
 };
 
-/// The window, with a file to open in it, or without.
+/// The window, with files and folders to open in it, or without.
 struct OpenWindow {
-    std::optional<FilePath> file;
+    std::vector<FilePath> files;
 };
 
 using Invocation = std::variant<PrintText, OpenWindow, PlayFile, RenderFile, ShowWaveform, ShowInfo, SeparateSongs>;

@@ -21,7 +21,7 @@ std::expected<int, std::string> renderFile(const RenderOptions& options)
     if (found.playback.stemVolumes)
         if (auto stems = StemPlaces().findStems(found.playback); !stems)
             return std::unexpected(stems.error());
-    const auto end = renderToFile(found, media.audioFiles(), handlers);
+    const auto end = renderToFile(found, { media.audioFiles(), media.encoders() }, handlers);
     if (!end)
         return std::unexpected(end.error());
     return *end == RenderEnd::cancelled ? Interruption::exitStatus : 0;

@@ -1,4 +1,4 @@
-// `quillet render`: writes what the engine would play to a WAV file, through the same graph, faster than real time.
+// `quillet render`: writes what the engine would play to a file, through the same graph, faster than real time.
 // Threads: main thread; returns when it is done.
 #pragma once
 

@@ -10,7 +10,8 @@ namespace quillet {
 
 AppState::AppState(Scheduler& scheduler, const SettingsSaver::Stores& stores, AudioEngine& engine)
     : m_engine(engine),
-      m_saver(scheduler, stores, *this)
+      m_saver(scheduler, stores, *this),
+      m_history(scheduler)
 {
 }
 
@@ -22,13 +23,26 @@ void AppState::edit(T& field, T value, ChangeSignal changed, const TellEngine& t
     settingsDidChange();
 }
 
+template <typename T, typename TellEngine>
+void AppState::edit(EditKind kind, T& field, T value, ChangeSignal changed, const TellEngine& tellEngine)
+{
+    if (field != value)
+        noteEdit(kind);
+    edit(field, std::move(value), changed, tellEngine);
+}
+
 // ---- The open file ----
 
 void AppState::beginOpening(FilePath url)
 {
     saveSettingsNow();
     exitStemMode();
+    setTrainerState(TrainerState::off, 0);
+    leaveLoopList();
+    assign(m_waitingLoop, {}, &AppState::waitingLoopChanged);
     setOfferedSettings(std::nullopt);
+    m_history.clear();
+    Q_EMIT historyChanged();
     setAudioFileURL(std::move(url));
     assign(m_sampleLevel, SampleLevel::usual, &AppState::sampleLevelChanged);
     assign(m_songTags, SongTags(), &AppState::songTagsChanged);
@@ -43,9 +57,11 @@ void AppState::finishOpening(OpenedFile file)
     const double duration = static_cast<double>(file.audio->length()) / file.audio->sampleRate();
     assign(m_sampleLevel, file.audio->level(), &AppState::sampleLevelChanged);
     assign(m_songTags, file.audio->tags(), &AppState::songTagsChanged);
+    assign(m_isStereo, file.audio->channelCount() > 1, &AppState::isStereoChanged);
     m_engine.setAudioFile(std::move(file.audio));
     setAudioDuration(duration);
     resetToDefaults(duration);
+    setPractice(std::make_shared<Practice>(std::move(file.practice)));
     if (file.settings)
         applySettings(*file.settings);
     if (!file.stemFiles.empty())
@@ -95,12 +111,20 @@ void AppState::setIsShowingHelp(bool isShowing) { assign(m_isShowingHelp, isShow
 
 void AppState::setRegion(TimeRange region)
 {
-    edit(m_region, region, &AppState::regionChanged, [this] { tellWhatFollows(); });
+    if (!m_isByItself && region != m_region)
+        leaveLoopList();
+    edit(EditKind::region, m_region, region, &AppState::regionChanged, [this] { tellWhatFollows(); });
 }
 
 void AppState::setSpeed(double speedPercent)
 {
-    edit(m_speed, speedPercent, &AppState::speedChanged, [this] { m_engine.timePitch().setRate(m_speed / 100); });
+    if (!m_isByItself && m_trainerState == TrainerState::on && speedPercent != m_speed)
+        setTrainerState(TrainerState::paused, m_trainerPass);
+    edit(EditKind::speed, m_speed, speedPercent, &AppState::speedChanged, [this] {
+        m_engine.timePitch().setRate(m_speed / 100);
+        if (m_listPlace)
+            tellWhatFollows();
+    });
 }
 
 void AppState::adjustSpeed(double byPercent)
@@ -115,7 +139,11 @@ void AppState::setSpeedStep(double stepPercent)
 
 void AppState::setPitch(double pitchCents)
 {
-    edit(m_pitch, pitchCents, &AppState::pitchChanged, [this] { m_engine.timePitch().setPitch(m_pitch); });
+    edit(EditKind::pitch, m_pitch, pitchCents, &AppState::pitchChanged, [this] {
+        m_engine.timePitch().setPitch(m_pitch);
+        if (m_listPlace)
+            tellWhatFollows();
+    });
 }
 
 void AppState::adjustPitch(double byCents)
@@ -125,12 +153,13 @@ void AppState::adjustPitch(double byCents)
 
 void AppState::setEqEnabled(bool enabled)
 {
-    edit(m_eqEnabled, enabled, &AppState::eqEnabledChanged, [this] { m_engine.eq().setBypass(!m_eqEnabled); });
+    edit(EditKind::equalizer, m_eqEnabled, enabled, &AppState::eqEnabledChanged,
+         [this] { m_engine.eq().setBypass(!m_eqEnabled); });
 }
 
 void AppState::setEqGains(std::vector<double> gainsDb)
 {
-    edit(m_eqGains, std::move(gainsDb), &AppState::eqGainsChanged, [this] {
+    edit(EditKind::equalizer, m_eqGains, std::move(gainsDb), &AppState::eqGainsChanged, [this] {
         for (std::size_t band = 0; band < m_eqGains.size(); ++band)
             m_engine.setEQGain(m_eqGains[band], static_cast<int>(band));
     });
@@ -158,11 +187,77 @@ void AppState::setLoopDelayMilliseconds(std::int64_t milliseconds)
     edit(m_loopDelayMilliseconds, milliseconds, &AppState::loopDelayMillisecondsChanged, [this] { tellWhatFollows(); });
 }
 
+// ---- Steps back and forth ----
+
+/// What a song begins with is no edit.
+void AppState::noteEdit(EditKind kind)
+{
+    if (m_isByItself || !isLoaded())
+        return;
+    m_history.note(kind, editedValues());
+    Q_EMIT historyChanged();
+}
+
+EditedValues AppState::editedValues() const
+{
+    EditedValues values{ m_region, m_speed, m_pitch, m_eqEnabled, m_eqGains, m_practice, {}, {} };
+    if (!m_stemSession)
+        return values;
+    values.stemMix = m_stemMix;
+    for (const StemSession::Stem& stem : m_stemSession->stems)
+        values.mutes.emplace(stem.key, stem.isMuted);
+    return values;
+}
+
+void AppState::undo() { goTo(m_history.undo(editedValues())); }
+
+void AppState::redo() { goTo(m_history.redo(editedValues())); }
+
+void AppState::goTo(const std::optional<EditedValues>& values)
+{
+    if (values) {
+        m_isByItself = true;
+        const bool isOtherRegion = values->region != m_region;
+        if (isOtherRegion)
+            leaveLoopList();
+        setRegion(values->region);
+        setSpeed(values->speed);
+        setPitch(values->pitch);
+        setEqEnabled(values->eqEnabled);
+        setEqGains(values->eqGains);
+        editPractice(EditKind::loops, *values->practice);
+        for (const auto& [key, isMuted] : values->mutes)
+            if (const StemSession::Stem* present = stem(key); present != nullptr && present->isMuted != isMuted)
+                setStemMuted(key, isMuted);
+        // Before there were stems their mix was none.
+        if (!values->mutes.empty())
+            for (const std::string_view key : StemSession::keys)
+                setStemChannel(key, values->stemMix.channel(key));
+        m_isByItself = false;
+        if (isOtherRegion)
+            restartRegion();
+    }
+    Q_EMIT historyChanged();
+}
+
 void AppState::setZoomLevel(double zoomLevel) { assign(m_zoomLevel, zoomLevel, &AppState::zoomLevelChanged); }
 
 void AppState::setPanOffset(double panOffset) { assign(m_panOffset, panOffset, &AppState::panOffsetChanged); }
 
 // ---- Transport ----
+
+void AppState::stopReset()
+{
+    m_transport.stopReset();
+    assign(m_waitingLoop, {}, &AppState::waitingLoopChanged);
+    rewindTrainer();
+}
+
+void AppState::playbackDidEnd()
+{
+    rewindTrainer();
+    Q_EMIT playbackEnded();
+}
 
 void AppState::setIsPlaying(bool isPlaying) { assign(m_isPlaying, isPlaying, &AppState::isPlayingChanged); }
 
@@ -222,8 +317,11 @@ void AppState::tellStemVolumes()
 
 void AppState::setStemMuted(std::string_view key, bool isMuted)
 {
-    if (stem(key) == nullptr)
+    const StemSession::Stem* present = stem(key);
+    if (present == nullptr)
         return;
+    if (present->isMuted != isMuted)
+        noteEdit(EditKind::stems);
     StemSession session = *m_stemSession;
     session.setMuted(isMuted, key);
     setStemSession(std::move(session));
@@ -253,6 +351,8 @@ void AppState::setStemChannel(std::string_view key, StemMix::Channel channel)
     mix.channels.erase(std::string(key));
     if (channel != StemMix::Channel())
         mix.channels.emplace(key, channel);
+    if (mix != m_stemMix)
+        noteEdit(EditKind::stems);
     if (!assign(m_stemMix, std::move(mix), &AppState::stemMixChanged))
         return;
     tellStemVolumes();

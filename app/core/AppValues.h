@@ -4,6 +4,7 @@
 #pragma once
 
 #include "AppCore/FileSettings.h"
+#include "AppCore/Practice.h"
 #include "AppCore/StemMix.h"
 #include "AppCore/StemSession.h"
 #include "AppCore/TimeRange.h"
@@ -15,11 +16,23 @@
 #include <QObject>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
 namespace quillet {
+
+/// `paused`: something was changed by hand, and stays as it is.
+enum class TrainerState { off, on, paused };
+
+/// A pass of a loop of the list, both counted from 0.
+struct ListPlace {
+    std::size_t loop = 0;
+    std::int64_t pass = 0;
+
+    bool operator==(const ListPlace&) const = default;
+};
 
 class AppValues : public QObject, public PlaybackState {
     Q_OBJECT
@@ -71,6 +84,26 @@ public:
     [[nodiscard]] bool isShowingHelp() const { return m_isShowingHelp; }
     [[nodiscard]] const std::optional<StemSession>& stemSession() const { return m_stemSession; }
     [[nodiscard]] const StemMix& stemMix() const { return m_stemMix; }
+    /// What is kept for the song beyond its settings.
+    [[nodiscard]] const Practice& practice() const { return *m_practice; }
+    /// Which channels are heard.
+    [[nodiscard]] ChannelMode channels() const { return m_practice->channels; }
+    /// The speeds that passes are played at, one after the other, while it is on.
+    [[nodiscard]] const Trainer& trainer() const { return m_practice->trainer; }
+    [[nodiscard]] TrainerState trainerState() const { return m_trainerState; }
+    /// The trainer's pass that plays, counted from 0.
+    [[nodiscard]] std::int64_t trainerPass() const { return m_trainerPass; }
+    [[nodiscard]] const std::vector<NamedLoop>& loops() const { return m_practice->loops; }
+    /// The saved loop that the region is, if it is one.
+    [[nodiscard]] std::optional<std::size_t> presentLoop() const;
+    /// The saved loop that was called up and begins when the present pass has ended.
+    [[nodiscard]] std::optional<std::size_t> waitingLoop() const { return m_waitingLoop; }
+    /// Whether the loops are played one after the other, and if so which is.
+    [[nodiscard]] const std::optional<ListPlace>& listPlace() const { return m_listPlace; }
+
+    [[nodiscard]] std::vector<UpcomingPass> upcomingPasses() const override;
+    /// Whether the song has two of them.
+    [[nodiscard]] bool isStereo() const { return m_isStereo; }
     /// What the song was practised with before, while the user may still go back to it.
     [[nodiscard]] const std::optional<FileSettings>& offeredSettings() const { return m_offeredSettings; }
 
@@ -103,7 +136,19 @@ Q_SIGNALS:
     void isShowingHelpChanged();
     void stemSessionChanged();
     void stemMixChanged();
+    void channelsChanged();
+    void isStereoChanged();
+    void trainerChanged();
+    void trainerStateChanged();
+    void trainerPassChanged();
+    void loopsChanged();
+    /// The region has just been kept as that loop.
+    void loopSaved(std::size_t loop);
+    void waitingLoopChanged();
+    void listPlaceChanged();
     void offeredSettingsChanged();
+    /// What can be undone, or done again.
+    void historyChanged();
     /// The last segment has been handed to the device to its last frame, and nothing follows it.
     void playbackEnded();
 
@@ -151,6 +196,13 @@ protected:
     bool m_isShowingHelp = false;
     std::optional<StemSession> m_stemSession;
     StemMix m_stemMix;
+    /// Never null.
+    std::shared_ptr<const Practice> m_practice = std::make_shared<Practice>();
+    bool m_isStereo = true;
+    TrainerState m_trainerState = TrainerState::off;
+    std::int64_t m_trainerPass = 0;
+    std::optional<std::size_t> m_waitingLoop;
+    std::optional<ListPlace> m_listPlace;
     std::optional<FileSettings> m_offeredSettings;
 };
 

@@ -1,5 +1,6 @@
 #include "app/core/CommandCenter.h"
 
+#include "app/core/RegionMarks.h"
 #include "platform/base/Require.h"
 
 #include <QCoreApplication>
@@ -29,6 +30,8 @@ template <std::size_t place> void toggleSolo(AppState& state)
     state.setStemSoloed(key, !state.stemMix().channel(key).isSoloed);
 }
 
+template <std::size_t place, AppState::CallUp when> void callLoop(AppState& state) { state.callLoop(place, when); }
+
 constexpr std::array playbackCommands{
     PlaybackCommand{ CommandId::playPause, [](AppState& state) { state.togglePlayPause(); } },
     PlaybackCommand{ CommandId::stopReset, [](AppState& state) { state.stopReset(); } },
@@ -36,6 +39,42 @@ constexpr std::array playbackCommands{
     PlaybackCommand{ CommandId::toggleHold, [](AppState& state) { state.toggleHold(); } },
     PlaybackCommand{ CommandId::holdForward, [](AppState& state) { state.stepHoldForward(); } },
     PlaybackCommand{ CommandId::holdBackward, [](AppState& state) { state.stepHoldBackward(); } },
+    PlaybackCommand{ CommandId::undo, [](AppState& state) { state.undo(); } },
+    PlaybackCommand{ CommandId::redo, [](AppState& state) { state.redo(); } },
+    PlaybackCommand{ CommandId::markRegionStart, &RegionMarks::markStart },
+    PlaybackCommand{ CommandId::markRegionEnd, &RegionMarks::markEnd },
+    PlaybackCommand{ CommandId::startEarlier,
+                     [](AppState& state) { RegionMarks::nudgeStart(state, -RegionMarks::nudgeSeconds); } },
+    PlaybackCommand{ CommandId::startLater,
+                     [](AppState& state) { RegionMarks::nudgeStart(state, RegionMarks::nudgeSeconds); } },
+    PlaybackCommand{ CommandId::endEarlier, [](AppState& state) { RegionMarks::nudgeEnd(state, -RegionMarks::nudgeSeconds); } },
+    PlaybackCommand{ CommandId::endLater, [](AppState& state) { RegionMarks::nudgeEnd(state, RegionMarks::nudgeSeconds); } },
+    PlaybackCommand{ CommandId::regionBack, [](AppState& state) { RegionMarks::moveByItsLength(state, -1); } },
+    PlaybackCommand{ CommandId::regionOn, [](AppState& state) { RegionMarks::moveByItsLength(state, 1); } },
+    PlaybackCommand{ CommandId::wholeSong, &RegionMarks::selectAll },
+    PlaybackCommand{ CommandId::saveLoop, [](AppState& state) { state.saveLoop(); } },
+    PlaybackCommand{ CommandId::playLoopList,
+                     [](AppState& state) { state.listPlace() ? state.leaveLoopList() : state.playLoopList(); } },
+    PlaybackCommand{ CommandId::callLoop1, &callLoop<0, AppState::CallUp::atJoint> },
+    PlaybackCommand{ CommandId::callLoop1AtOnce, &callLoop<0, AppState::CallUp::atOnce> },
+    PlaybackCommand{ CommandId::callLoop2, &callLoop<1, AppState::CallUp::atJoint> },
+    PlaybackCommand{ CommandId::callLoop2AtOnce, &callLoop<1, AppState::CallUp::atOnce> },
+    PlaybackCommand{ CommandId::callLoop3, &callLoop<2, AppState::CallUp::atJoint> },
+    PlaybackCommand{ CommandId::callLoop3AtOnce, &callLoop<2, AppState::CallUp::atOnce> },
+    PlaybackCommand{ CommandId::callLoop4, &callLoop<3, AppState::CallUp::atJoint> },
+    PlaybackCommand{ CommandId::callLoop4AtOnce, &callLoop<3, AppState::CallUp::atOnce> },
+    PlaybackCommand{ CommandId::callLoop5, &callLoop<4, AppState::CallUp::atJoint> },
+    PlaybackCommand{ CommandId::callLoop5AtOnce, &callLoop<4, AppState::CallUp::atOnce> },
+    PlaybackCommand{ CommandId::callLoop6, &callLoop<5, AppState::CallUp::atJoint> },
+    PlaybackCommand{ CommandId::callLoop6AtOnce, &callLoop<5, AppState::CallUp::atOnce> },
+    PlaybackCommand{ CommandId::callLoop7, &callLoop<6, AppState::CallUp::atJoint> },
+    PlaybackCommand{ CommandId::callLoop7AtOnce, &callLoop<6, AppState::CallUp::atOnce> },
+    PlaybackCommand{ CommandId::callLoop8, &callLoop<7, AppState::CallUp::atJoint> },
+    PlaybackCommand{ CommandId::callLoop8AtOnce, &callLoop<7, AppState::CallUp::atOnce> },
+    PlaybackCommand{ CommandId::callLoop9, &callLoop<8, AppState::CallUp::atJoint> },
+    PlaybackCommand{ CommandId::callLoop9AtOnce, &callLoop<8, AppState::CallUp::atOnce> },
+    PlaybackCommand{ CommandId::callLoop10, &callLoop<9, AppState::CallUp::atJoint> },
+    PlaybackCommand{ CommandId::callLoop10AtOnce, &callLoop<9, AppState::CallUp::atOnce> },
     PlaybackCommand{ CommandId::decreaseSpeed, [](AppState& state) { state.adjustSpeed(-state.speedStep()); } },
     PlaybackCommand{ CommandId::increaseSpeed, [](AppState& state) { state.adjustSpeed(state.speedStep()); } },
     PlaybackCommand{ CommandId::pitchUp, [](AppState& state) { state.adjustPitch(1); } },

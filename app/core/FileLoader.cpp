@@ -116,6 +116,7 @@ private:
         if (!peaks)
             return std::unexpected(noWaveform);
         loaded.peaks = std::move(*peaks);
+        loaded.practice = m_services.practices.load(m_request.url);
         if (isCurrent())
             openStems(loaded);
         return loaded;

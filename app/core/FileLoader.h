@@ -4,6 +4,7 @@
 // Threads: main thread.
 #pragma once
 
+#include "AppCore/PracticeStore.h"
 #include "AppCore/RecentFilesStore.h"
 #include "AppCore/SettingsStore.h"
 #include "AppCore/StemMixStore.h"
@@ -44,6 +45,7 @@ public:
         RecentFilesStore& recentFiles;
         StemMixStore& stemMixes;
         const FileAttributesReader& attributes;
+        PracticeStore& practices;
     };
 
     explicit FileLoader(Services services);

@@ -21,21 +21,32 @@ void SettingsSaver::saveStemSession()
         m_stemSessions.save(*m_values.stemSession(), *m_values.audioFileURL());
 }
 
-void SettingsSaver::saveStemMixSoon()
+void SettingsSaver::saveSoon(Late& late, void (SettingsSaver::*save)())
 {
-    m_isStemMixSaved = false;
-    m_stemMixSaveTask = m_scheduler.after(delaySeconds, [this] { saveStemMix(); });
+    late.isSaved = false;
+    late.task = m_scheduler.after(delaySeconds, [this, save] { (this->*save)(); });
 }
+
+void SettingsSaver::saveStemMixSoon() { saveSoon(m_stemMix, &SettingsSaver::saveStemMix); }
+
+void SettingsSaver::savePracticeSoon() { saveSoon(m_practice, &SettingsSaver::savePractice); }
 
 void SettingsSaver::saveStemMix()
 {
-    if (!std::exchange(m_isStemMixSaved, true) && m_values.audioFileURL())
+    if (!std::exchange(m_stemMix.isSaved, true) && m_values.audioFileURL())
         m_stemMixes.save(m_values.stemMix(), *m_values.audioFileURL());
+}
+
+void SettingsSaver::savePractice()
+{
+    if (!std::exchange(m_practice.isSaved, true) && m_values.audioFileURL())
+        m_practices.save(m_values.practice(), *m_values.audioFileURL());
 }
 
 void SettingsSaver::saveNow()
 {
     saveStemMix();
+    savePractice();
     if (m_values.audioFileURL() && m_values.isLoaded())
         m_store.save(m_values.currentSettings(), *m_values.audioFileURL());
 }

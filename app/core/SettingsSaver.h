@@ -3,6 +3,7 @@
 // Threads: main thread.
 #pragma once
 
+#include "AppCore/PracticeStore.h"
 #include "AppCore/SettingsStore.h"
 #include "AppCore/StemMixStore.h"
 #include "AppCore/StemSessionStore.h"
@@ -22,6 +23,7 @@ public:
         SettingsStore& settings;
         StemSessionStore& stemSessions;
         StemMixStore& stemMixes;
+        PracticeStore& practices;
     };
 
     /// All outlive the saver.
@@ -30,6 +32,7 @@ public:
           m_store(stores.settings),
           m_stemSessions(stores.stemSessions),
           m_stemMixes(stores.stemMixes),
+          m_practices(stores.practices),
           m_values(values)
     {
     }
@@ -48,6 +51,8 @@ public:
     void saveStemSession();
     /// Saves their mix after the last of several changes, or with the settings if that is earlier.
     void saveStemMixSoon();
+    /// The same for what is kept of the practice.
+    void savePracticeSoon();
 
     /// What the song was practised with before, for a song that starts with the defaults: it is kept beside the settings, so
     /// that it is not lost if the program ends before the user has answered.
@@ -55,17 +60,24 @@ public:
     void forgetAside() { m_store.forgetAside(*m_values.audioFileURL()); }
 
 private:
+    /// Something that is saved a moment after it was changed.
+    struct Late {
+        ScheduledTask task;
+        bool isSaved = true;
+    };
+    void saveSoon(Late& late, void (SettingsSaver::*save)());
     void saveStemMix();
+    void savePractice();
 
     Scheduler& m_scheduler;
     SettingsStore& m_store;
     StemSessionStore& m_stemSessions;
     StemMixStore& m_stemMixes;
+    PracticeStore& m_practices;
     const AppValues& m_values;
     std::optional<FilePath> m_file;
     ScheduledTask m_settingsSaveTask;
-    ScheduledTask m_stemMixSaveTask;
-    bool m_isStemMixSaved = true;
+    Late m_stemMix, m_practice;
 };
 
 }  // namespace quillet

@@ -8,6 +8,8 @@ namespace quillet {
 void Transport::togglePlayPause()
 {
     if (m_values.m_isPlaying) {
+        if (!m_values.m_holdEnabled)
+            m_values.setPlaybackPosition(heardPosition());
         m_engine.pause();
         setPlaying(false);
         return;
@@ -94,6 +96,22 @@ void Transport::restartRegion()
         return;
     if (!m_engine.play(m_values.m_region.start, m_values.m_region.end))
         stopReset();
+}
+
+void Transport::followRegionEnd()
+{
+    if (m_values.m_isPlaying && !m_values.m_holdEnabled)
+        m_engine.moveEnd(m_values.m_region.end);
+}
+
+double Transport::heardPosition()
+{
+    double seconds = m_values.m_playbackPosition;
+    if (m_values.m_holdEnabled)
+        seconds = m_values.m_holdPosition;
+    else if (m_values.m_isPlaying)
+        seconds = m_engine.heardSeconds().value_or(seconds);
+    return std::clamp(seconds, 0.0, m_values.m_audioDuration);
 }
 
 void Transport::setPlaying(bool isPlaying) { m_values.setIsPlaying(isPlaying); }

@@ -35,6 +35,10 @@ public:
     /// Plays the region from its start, if a region plays: it has been edited. One without sound in it ends the playing; a held
     /// instant sounds on.
     void restartRegion();
+    /// Lets what plays go on to the region's end, wherever that has gone.
+    void followRegionEnd();
+    /// Which instant is heard, or would be looked at: seconds of file time, within the file.
+    [[nodiscard]] double heardPosition();
 
 private:
     /// True if the window sounds.

@@ -95,8 +95,8 @@ std::vector<DBusProperty> MprisPlayer::playerProperties()
         std::move(position),
         constant("MinimumRate", "d", SpeedInputParser::min / 100),
         constant("MaximumRate", "d", SpeedInputParser::max / 100),
-        constant("CanGoNext", "b", false),
-        constant("CanGoPrevious", "b", false),
+        changing("CanGoNext", "b", [this] { return m_services.songs.next() != nullptr; }),
+        changing("CanGoPrevious", "b", [this] { return m_services.songs.previous() != nullptr; }),
         changing("CanPlay", "b", [this] { return canPlay(); }),
         changing("CanPause", "b", [this] { return m_state.isLoaded(); }),
         changing("CanSeek", "b", [this] { return canSeek(); }),
@@ -122,8 +122,8 @@ std::vector<DBusMethod> MprisPlayer::playerMethods()
         return DBusOutcome();
     };
     return {
-        simple("Next", [] {}),
-        simple("Previous", [] {}),
+        simple("Next", [this] { m_services.commands.execute(CommandId::nextSong); }),
+        simple("Previous", [this] { m_services.commands.execute(CommandId::previousSong); }),
         simple("Play", [playPauseIf] { playPauseIf(false); }),
         simple("Pause", [playPauseIf] { playPauseIf(true); }),
         simple("Stop", [this] { m_services.commands.execute(CommandId::stopReset); }),

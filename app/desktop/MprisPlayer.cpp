@@ -74,6 +74,8 @@ void MprisPlayer::followState()
         connect(&m_state, changed, this, &MprisPlayer::followRate);
     for (const auto changed : { &AppState::loopEnabledChanged, &AppState::regionChanged })
         connect(&m_state, changed, this, [this] { m_object.propertiesMayHaveChanged(); });
+    for (const auto changed : { &SongList::songsChanged, &SongList::placeChanged })
+        connect(&m_services.songs, changed, this, [this] { m_object.propertiesMayHaveChanged(); });
 }
 
 void MprisPlayer::followLoading()

@@ -6,6 +6,7 @@
 
 #include "app/core/AppState.h"
 #include "app/core/CommandCenter.h"
+#include "app/core/SongList.h"
 #include "app/desktop/BelievedPosition.h"
 #include "app/desktop/DBusObject.h"
 #include "platform/base/FilePath.h"
@@ -34,6 +35,7 @@ public:
     /// All outlive the player.
     struct Services {
         AppState& state;
+        const SongList& songs;
         CommandCenter& commands;
         Scheduler& scheduler;
         BackgroundRunner& background;

@@ -18,7 +18,7 @@ BackgroundRender::BackgroundRender(const Services& services, const RenderOptions
                     all->progress(percent);
             });
         };
-        const auto end = renderToFile(options, services.opener, { showProgress, [&] { return isCancelled->load(); } });
+        const auto end = renderToFile(options, services.media, { showProgress, [&] { return isCancelled->load(); } });
         services.scheduler.post([told, end] {
             if (const auto all = told.lock())
                 all->ended(end);

@@ -15,7 +15,7 @@ class BackgroundRender {
 public:
     /// Outlive the work, which may go on for a moment after this object.
     struct Services {
-        AudioFileOpener& opener;
+        RenderMedia media;
         BackgroundRunner& background;
         Scheduler& scheduler;
     };

@@ -38,6 +38,8 @@ std::string reason(int number)
         return "it is neither a file nor a pipe";
     case ENAMETOOLONG:
         return "its name is too long";
+    case ENOTSUP:
+        return "this computer cannot make files of that kind";
     case EPIPE:
         return "nothing reads it any more";
     default:
@@ -142,10 +144,10 @@ std::expected<void, WriteError> OutputFile::write(std::span<const std::byte> byt
     return {};
 }
 
-std::expected<void, WriteError> OutputFile::rewind()
+std::expected<void, WriteError> OutputFile::seek(std::int64_t position)
 {
-    REQUIRE(canRewind());
-    if (::lseek(m_descriptor, 0, SEEK_SET) != 0)
+    REQUIRE(canSeek());
+    if (::lseek(m_descriptor, position, SEEK_SET) != position)
         return failure(errno);
     return {};
 }

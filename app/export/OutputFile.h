@@ -7,6 +7,7 @@
 #include "platform/base/FilePath.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <expected>
 #include <memory>
 #include <span>
@@ -40,13 +41,15 @@ public:
     [[nodiscard]] std::expected<void, WriteError> write(std::span<const std::byte> bytes);
 
     /// Whether what has been written can be overwritten: not in a pipe.
-    [[nodiscard]] bool canRewind() const { return !m_temporary.empty(); }
-    /// Goes on writing at the start.
-    [[nodiscard]] std::expected<void, WriteError> rewind();
+    [[nodiscard]] bool canSeek() const { return !m_temporary.empty(); }
+    /// Goes on writing at that byte, which is not beyond the end.
+    [[nodiscard]] std::expected<void, WriteError> seek(std::int64_t position);
 
     /// Brings the file to the disk and gives it its name. Once, and nothing can be written afterwards.
     [[nodiscard]] std::expected<void, WriteError> finish();
 
+    /// As the user named it.
+    [[nodiscard]] const FilePath& name() const { return m_named; }
     /// The unfinished file, for a signal handler that must remove it; empty when there is none.
     [[nodiscard]] const FilePath& temporaryPath() const { return m_temporary; }
 
@@ -59,7 +62,7 @@ private:
     std::unexpected<WriteError> failure(int number) const;
     void discard();
 
-    const FilePath m_named;  // as the user named it, for messages
+    const FilePath m_named;
     FilePath m_target;
     FilePath m_temporary;
     int m_descriptor = -1;

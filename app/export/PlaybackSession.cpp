@@ -20,7 +20,8 @@ std::string seconds(double value)
 PlaybackSession::PlaybackSession(AudioGraph& graph, AudioFileOpener& opener, Scheduler& scheduler)
     : m_opener(opener),
       m_engine(graph, scheduler),
-      m_state(std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ m_settings, m_stemSessions, m_stemMixes }, m_engine))
+      m_state(std::make_shared<AppState>(
+          scheduler, SettingsSaver::Stores{ m_settings, m_stemSessions, m_stemMixes, m_practices }, m_engine))
 {
     m_engine.setAppState(m_state);
 }
@@ -74,6 +75,7 @@ void PlaybackSession::setUp(const PlaybackOptions& options)
         { options.holdSeconds.value_or(options.fromSeconds), std::min(options.toSeconds.value_or(duration), duration) });
     m_state->setSpeed(options.speedPercent);
     m_state->setPitch(options.pitchCents);
+    m_state->setChannels(options.channels);
     m_state->setKeepsFormants(options.keepsFormants);
     m_state->setLoopEnabled(options.passes > 1);
     const auto delayMilliseconds = std::llround(options.delaySeconds * 1000);
@@ -82,6 +84,13 @@ void PlaybackSession::setUp(const PlaybackOptions& options)
     if (options.equalizerGainsDb)
         m_state->setEqGains({ options.equalizerGainsDb->begin(), options.equalizerGainsDb->end() });
     m_state->setEqEnabled(options.equalizerGainsDb.has_value());
+    if (!options.loops.empty()) {
+        std::int64_t times = 0;
+        for (const NamedLoop& loop : options.loops)
+            times += loop.times;
+        m_state->setPassLimit(times * options.passes);
+        m_state->setLoops(options.loops);
+    }
 }
 
 void PlaybackSession::start(const std::function<void()>& finished)
@@ -89,12 +98,20 @@ void PlaybackSession::start(const std::function<void()>& finished)
     QObject::connect(m_state.get(), &AppState::playbackEnded, m_state.get(), finished);
     if (m_options.holdSeconds)
         m_state->toggleHold();
+    else if (!m_options.loops.empty())
+        m_state->playLoopList();
     else
         m_state->togglePlayPause();
 }
 
 double PlaybackSession::playingSeconds() const
 {
+    double listSeconds = 0;
+    for (const NamedLoop& loop : m_options.loops)
+        listSeconds += static_cast<double>(loop.times)
+            * ((loop.region.end - loop.region.start) / (loop.speed / 100) + m_options.delaySeconds);
+    if (!m_options.loops.empty())
+        return m_options.passes * listSeconds - m_options.delaySeconds;
     const TimeRange region = m_state->region();
     const double length = m_options.holdSeconds ? AppState::holdWindowSize : region.end - region.start;
     return m_options.passes * length / (m_options.speedPercent / 100) + (m_options.passes - 1) * m_options.delaySeconds;

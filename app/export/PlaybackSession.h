@@ -47,6 +47,7 @@ private:
     SettingsStore m_settings{ m_defaults };
     StemSessionStore m_stemSessions{ m_defaults };
     StemMixStore m_stemMixes{ m_defaults };
+    PracticeStore m_practices{ m_defaults };
     AudioEngine m_engine;
     std::shared_ptr<AppState> m_state;
     std::shared_ptr<AudioFile> m_file;

@@ -1,7 +1,7 @@
 #include "app/export/Rendering.h"
 
 #include "app/export/PlaybackSession.h"
-#include "app/export/WavWriter.h"
+#include "app/export/SoundWriter.h"
 #include "platform/audio/Limiter.h"
 #include "platform/audio/OfflineOutput.h"
 #include "platform/audio/PlaybackGraph.h"
@@ -22,7 +22,7 @@ constexpr std::size_t samplesPerWrite = 1 << 16;
 /// Pulls sound and hands it on in larger pieces, without the delay that it comes with.
 class SoundToFile {
 public:
-    SoundToFile(OfflineOutput& output, WavWriter& writer)
+    SoundToFile(OfflineOutput& output, SoundWriter& writer)
         : m_output(output),
           m_writer(writer)
     {
@@ -66,7 +66,7 @@ private:
     }
 
     OfflineOutput& m_output;
-    WavWriter& m_writer;
+    SoundWriter& m_writer;
     std::int64_t m_pulled = 0;
     std::vector<float> m_pending;
 };
@@ -79,7 +79,7 @@ bool isSameFile(const FilePath& one, const FilePath& other)
 
 }  // namespace
 
-std::expected<RenderEnd, std::string> renderToFile(const RenderOptions& options, AudioFileOpener& opener,
+std::expected<RenderEnd, std::string> renderToFile(const RenderOptions& options, const RenderMedia& media,
                                                    const RenderHandlers& handlers)
 {
     if (isSameFile(options.playback.input, options.output))
@@ -87,11 +87,12 @@ std::expected<RenderEnd, std::string> renderToFile(const RenderOptions& options,
     VirtualScheduler scheduler;
     OfflineOutput output;
     PlaybackGraph graph(output, scheduler);
-    PlaybackSession session(graph, opener, scheduler);
+    PlaybackSession session(graph, media.opener, scheduler);
     if (auto opened = session.open(options.playback); !opened)
         return std::unexpected(opened.error());
-    const int sampleRate = session.file().sampleRate();
-    auto writer = WavWriter::create(options.output, sampleRate);
+    const int sampleRate = writtenRate(options.output, session.file().sampleRate());
+    output.fixSampleRate(sampleRate);
+    auto writer = makeSoundWriter(options.output, sampleRate, session.file().tags(), media.encoders);
     if (!writer)
         return std::unexpected(describe(writer.error()));
 

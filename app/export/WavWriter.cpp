@@ -36,8 +36,8 @@ std::expected<void, WriteError> WavWriter::write(std::span<const float> stereo)
 
 std::expected<void, WriteError> WavWriter::finish()
 {
-    if (m_file->canRewind()) {
-        if (auto rewound = m_file->rewind(); !rewound)
+    if (m_file->canSeek()) {
+        if (auto rewound = m_file->seek(0); !rewound)
             return rewound;
         if (auto written = m_file->write(wavHeader(m_sampleRate, m_frames)); !written)
             return written;

@@ -3,7 +3,7 @@
 // Threads: one thread at a time.
 #pragma once
 
-#include "app/export/OutputFile.h"
+#include "app/export/SoundWriter.h"
 
 #include <cstdint>
 #include <expected>
@@ -12,16 +12,13 @@
 
 namespace quillet {
 
-class WavWriter {
+class WavWriter final : public SoundWriter {
 public:
     /// `sampleRate` is frames per second. Fails if nothing can be written to `target`.
     [[nodiscard]] static std::expected<std::unique_ptr<WavWriter>, WriteError> create(const FilePath& target, int sampleRate);
 
-    /// Appends frames (left, right, left, …; full scale is ±1). After a failure only destruction makes sense.
-    [[nodiscard]] std::expected<void, WriteError> write(std::span<const float> stereo);
-
-    /// Completes the file, brings it to the disk and gives it its name. Once, and nothing can be written afterwards.
-    [[nodiscard]] std::expected<void, WriteError> finish();
+    [[nodiscard]] std::expected<void, WriteError> write(std::span<const float> stereo) override;
+    [[nodiscard]] std::expected<void, WriteError> finish() override;
 
     [[nodiscard]] std::int64_t framesWritten() const { return m_frames; }
 

@@ -4,6 +4,7 @@
 #include "platform/base/Require.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace quillet {
@@ -75,23 +76,29 @@ bool AudioEngine::play(double fromSeconds, double toSeconds)
     const TimeRange segment{ fromSeconds, toSeconds };
     if (segment.isEmpty())
         return false;
-    if (isInStemMode())
-        return playStemMode(segment);
+    const bool plays = isInStemMode() ? playStems(segment) : playFile(segment);
+    // Of a sound that goes on, since it was planned.
+    m_passesSeen = plays ? primaryPlayer().passesEnded() : 0;
+    return plays;
+}
+
+bool AudioEngine::playFile(const TimeRange& segment)
+{
     if (!m_audioFile)
         return false;
     const GraphChange atOnce(m_graph);
     stop();
     if (!hasSound(*m_audioFile, framesOf(segment, m_audioFile->sampleRate())))
         return false;
-    beginGeneration();
+    beginGeneration(segment);
     schedule(*m_player, m_audioFile, segment, completionHandler());
     nextSegmentDidChange();
     m_player->play();
-    startPositionTimer(segment.start, *m_player, m_audioFile->sampleRate());
+    startPositionTimer();
     return true;
 }
 
-bool AudioEngine::playStemMode(const TimeRange& segment)
+bool AudioEngine::playStems(const TimeRange& segment)
 {
     const GraphChange atOnce(m_graph);
     stop();
@@ -99,15 +106,14 @@ bool AudioEngine::playStemMode(const TimeRange& segment)
         return hasSound(*stem.file, framesOf(segment, stem.file->sampleRate()));
     };
     StemNode& first = m_stemNodes.front();
-    const int sampleRate = first.file->sampleRate();
-    if (!framesOf(segment, sampleRate) || std::ranges::none_of(m_stemNodes, sounds))
+    if (!framesOf(segment, first.file->sampleRate()) || std::ranges::none_of(m_stemNodes, sounds))
         return false;
-    beginGeneration();
+    beginGeneration(segment);
     for (StemNode& stem : m_stemNodes)
         schedule(*stem.player, stem.file, segment, &stem == &first ? completionHandler() : nullptr);
     nextSegmentDidChange();
     forEachPlayer([](PlayerNode& player) { player.play(); });
-    startPositionTimer(segment.start, *first.player, sampleRate);
+    startPositionTimer();
     return true;
 }
 
@@ -124,6 +130,8 @@ void AudioEngine::schedule(PlayerNode& player, const std::shared_ptr<AudioFile>&
 }
 
 PlayerNode& AudioEngine::primaryPlayer() { return isInStemMode() ? *m_stemNodes.front().player : *m_player; }
+
+const AudioFile& AudioEngine::primaryFile() const { return isInStemMode() ? *m_stemNodes.front().file : *m_audioFile; }
 
 void AudioEngine::pause()
 {
@@ -160,24 +168,68 @@ void AudioEngine::advanceGeneration()
     m_transport = Transport::idle;
 }
 
-void AudioEngine::beginGeneration()
+void AudioEngine::beginGeneration(const TimeRange& segment)
 {
     advanceGeneration();
+    m_segment = segment;
     m_transport = Transport::scheduled;
     if (!m_graph.isRunning())
         m_graph.start();
 }
 
-void AudioEngine::startPositionTimer(double fileStart, const PlayerNode& primaryPlayer, int sampleRate)
+void AudioEngine::moveEnd(double toSeconds)
 {
-    m_positionTimer = m_scheduler.every(positionIntervalSeconds, [this, fileStart, player = &primaryPlayer, sampleRate] {
+    if (m_transport != Transport::scheduled || heldWindow() == m_segment)
+        return;
+    const TimeRange segment{ m_segment.start, toSeconds };
+    const auto frames = framesOf(segment, primaryFile().sampleRate());
+    const GraphChange atOnce(m_graph);
+    if (!frames || !primaryPlayer().moveEnd(frames->count))
+        return;
+    m_segment = segment;
+    // Where it ends is the first one's business; the others go along.
+    for (StemNode& stem : m_stemNodes)
+        if (const auto moved = framesOf(segment, stem.file->sampleRate()))
+            stem.player->moveEnd(moved->count);
+}
+
+// ---- Where it is ----
+
+/// Where the scheduled segment is heard, as if it went on for ever.
+std::optional<double> AudioEngine::reachedSeconds()
+{
+    if (m_transport == Transport::idle)
+        return std::nullopt;
+    const auto sampleTime = primaryPlayer().sampleTime();
+    if (!sampleTime)
+        return std::nullopt;
+    return m_segment.start + *sampleTime / primaryFile().sampleRate();
+}
+
+std::optional<double> AudioEngine::heardSeconds()
+{
+    const auto reached = reachedSeconds();
+    const auto state = m_appState.lock();
+    if (!reached || !state || *reached < m_segment.end)
+        return reached;
+    // The next pass has begun, and this thread has not been told yet.
+    const auto upcoming = state->upcomingPasses();
+    if (upcoming.empty())
+        return m_segment.end;
+    const TimeRange next = upcoming.front().segment;
+    return next.start + std::fmod(*reached - m_segment.end, next.end - next.start);
+}
+
+void AudioEngine::startPositionTimer()
+{
+    m_positionTimer = m_scheduler.every(positionIntervalSeconds, [this] {
         const auto state = m_appState.lock();
-        const auto sampleTime = player->sampleTime();
-        if (!state || !sampleTime)
+        const auto reached = reachedSeconds();
+        if (!state || !reached)
             return;
         const double limit =
             state->holdEnabled() ? state->holdPosition() + PlaybackState::holdWindowSeconds : state->region().end;
-        state->setPlaybackPosition(std::min(fileStart + *sampleTime / sampleRate, limit));
+        state->setPlaybackPosition(std::min(*reached, limit));
     });
 }
 
@@ -197,15 +249,14 @@ void AudioEngine::handleCompletion(std::int64_t generation)
     if (generation != m_generation || m_transport != Transport::scheduled || !state)
         return;
     m_transport = Transport::ended;
-    const TimeRange region = state->region();
-    const bool repeats = state->holdEnabled() || (state->loopEnabled() && !region.isEmpty());
-    const bool ends = hasPlayedAllPasses() || !repeats;
+    m_upcoming = state->upcomingPasses();
+    const bool ends = hasPlayedAllPasses() || m_upcoming.empty();
     if (ends)
         followUp(tailSeconds(), [this] { finishRegion(); });
-    else if (const auto window = heldWindow())
-        followUp(tailSeconds(), [this, window = *window] { repeat(window); });
+    else if (m_upcoming.front().isHeld)
+        followUp(tailSeconds(), [this] { playNextPass(); });
     else
-        followUp(tailSeconds(), [this, region, delay = loopDelay(*state)] { repeatRegion(region, delay); });
+        followUp(tailSeconds(), [this, end = state->region().end, delay = loopDelay(*state)] { awaitNextPass(end, delay); });
     if (ends)
         state->playbackDidEnd();
 }
@@ -237,24 +288,37 @@ void AudioEngine::finishRegion()
     }
 }
 
-void AudioEngine::repeatRegion(const TimeRange& region, double delaySeconds)
+void AudioEngine::awaitNextPass(double regionEnd, double delaySeconds)
 {
     m_positionTimer.cancel();
     if (const auto state = m_appState.lock())
-        state->setPlaybackPosition(region.end);
+        state->setPlaybackPosition(regionEnd);
     if (delaySeconds > 0)
-        followUp(delaySeconds, [this, region] { repeat(region); });
+        followUp(delaySeconds, [this] { playNextPass(); });
     else
-        repeat(region);
+        playNextPass();
 }
 
-/// Plays the segment once more, unless the last of the wanted passes has ended meanwhile or there is nothing to play in it.
-void AudioEngine::repeat(const TimeRange& segment)
+/// Plays the pass that sounds by now, unless the last of the wanted ones has ended meanwhile or there is nothing to play in it.
+void AudioEngine::playNextPass()
 {
-    if (!hasPlayedAllPasses() && play(segment.start, segment.end))
-        return;
+    std::int64_t behind = std::max<std::int64_t>(0, primaryPlayer().passesEnded() - m_passesSeen - 1);
+    auto next = m_upcoming.begin();
+    for (; next != m_upcoming.end() && behind >= next->times; ++next)
+        behind -= next->times;
+    const auto state = m_appState.lock();
+    if (next != m_upcoming.end() && !hasPlayedAllPasses()) {
+        const TimeRange segment = next->segment;
+        const bool isElsewhere = segment != m_segment;
+        if (state)
+            state->passBegins(*next, behind);
+        if (state && isElsewhere)
+            state->setPlaybackPosition(segment.start);
+        if (play(segment.start, segment.end))
+            return;
+    }
     finishRegion();
-    if (const auto state = m_appState.lock())
+    if (state)
         state->playbackDidEnd();
 }
 
@@ -266,24 +330,28 @@ std::optional<TimeRange> AudioEngine::heldWindow() const
     return TimeRange{ state->holdPosition(), state->holdPosition() + PlaybackState::holdWindowSeconds };
 }
 
-/// What follows a segment of `file`, as the state is now: the held window again and again, or the region after its pause, or
-/// nothing.
+/// What follows a segment of `file`, as the state is now.
 PassPlan AudioEngine::planFor(const AudioFile& file) const
 {
+    PassPlan plan;
     const auto state = m_appState.lock();
-    const auto window = heldWindow();
-    if (!state || (!window && !state->loopEnabled()))
-        return {};
-    const TimeRange next = window.value_or(state->region());
-    const auto frames = framesOf(next, file.sampleRate());
-    if (!frames)
-        return {};
-    PlannedPass pass;
-    pass.segment = *frames;
-    pass.times = PlannedPass::endless;
-    pass.held = window.has_value();
-    pass.pauseSeconds = window ? 0 : std::max(0.0, loopDelay(*state));
-    return { { pass }, m_passLimit };
+    if (!state)
+        return plan;
+    const double pause = std::max(0.0, loopDelay(*state));
+    for (const UpcomingPass& pass : state->upcomingPasses()) {
+        const auto frames = framesOf(pass.segment, file.sampleRate());
+        if (!frames)
+            break;
+        plan.passes.push_back({ .segment = *frames,
+                                .pauseSeconds = pass.isHeld ? 0 : pause,
+                                .rate = pass.speed ? std::optional(*pass.speed / 100) : std::nullopt,
+                                .pitchCents = pass.pitch,
+                                .held = pass.isHeld,
+                                .times = pass.times });
+    }
+    if (!plan.passes.empty())
+        plan.passLimit = m_passLimit;
+    return plan;
 }
 
 void AudioEngine::nextSegmentDidChange()
@@ -291,8 +359,7 @@ void AudioEngine::nextSegmentDidChange()
     // What follows a segment that has ended is settled already.
     if (m_transport != Transport::scheduled)
         return;
-    const AudioFile& file = isInStemMode() ? *m_stemNodes.front().file : *m_audioFile;
-    primaryPlayer().setPlan(planFor(file));
+    primaryPlayer().setPlan(planFor(primaryFile()));
 }
 
 // ---- Stems ----

@@ -48,6 +48,13 @@ public:
     /// Ends the sound and calls off every repetition. Does not touch the state.
     void stop();
 
+    /// Lets what plays go on to `toSeconds`, and end there; what follows it does so then. Does nothing where nothing plays, for
+    /// a held window, and where the sound is beyond that place or its old end by now.
+    void moveEnd(double toSeconds);
+
+    /// Which instant of the file is heard now, seconds; nothing while nothing has been heard since `play`.
+    [[nodiscard]] std::optional<double> heardSeconds();
+
     /// From the next `play` on, a loop or a hold ends after so many passes; nothing: it does not end by itself.
     void setPassLimit(std::optional<std::int64_t> passes) { m_passLimit = passes; }
 
@@ -58,6 +65,7 @@ public:
     /// Speed (as a rate, 1 is normal) and pitch (cents).
     [[nodiscard]] TimePitchNode& timePitch() { return m_graph.timePitch(); }
     [[nodiscard]] EqualizerNode& eq() { return m_graph.equalizer(); }
+    void setChannels(ChannelMode channels) { m_graph.setChannels(channels); }
     /// `gain` in dB. A band that does not exist is ignored.
     void setEQGain(double gain, int band);
 
@@ -77,22 +85,25 @@ private:
         std::unique_ptr<MixerNode> mixer;
         std::shared_ptr<AudioFile> file;
     };
-    bool playStemMode(const TimeRange& segment);
+    bool playFile(const TimeRange& segment);
+    bool playStems(const TimeRange& segment);
     void schedule(PlayerNode& player, const std::shared_ptr<AudioFile>& file, const TimeRange& segment,
                   PlayerNode::CompletionHandler playedBack);
     [[nodiscard]] PlayerNode& primaryPlayer();
     void forEachPlayer(const std::function<void(PlayerNode&)>& action);
     void advanceGeneration();
-    void beginGeneration();
-    void startPositionTimer(double fileStart, const PlayerNode& primaryPlayer, int sampleRate);
+    void beginGeneration(const TimeRange& segment);
+    void startPositionTimer();
+    [[nodiscard]] const AudioFile& primaryFile() const;
+    [[nodiscard]] std::optional<double> reachedSeconds();
 
     PlayerNode::CompletionHandler completionHandler();
     void handleCompletion(std::int64_t generation);
     [[nodiscard]] double tailSeconds() const;
     void followUp(double delaySeconds, std::function<void()> action);
     void finishRegion();
-    void repeatRegion(const TimeRange& region, double delaySeconds);
-    void repeat(const TimeRange& segment);
+    void awaitNextPass(double regionEnd, double delaySeconds);
+    void playNextPass();
     [[nodiscard]] bool hasPlayedAllPasses();
     [[nodiscard]] std::optional<TimeRange> heldWindow() const;
     [[nodiscard]] PassPlan planFor(const AudioFile& file) const;
@@ -111,6 +122,11 @@ private:
     // Of the present generation: nothing scheduled, a segment scheduled, or that segment completed.
     enum class Transport { idle, scheduled, ended };
     Transport m_transport = Transport::idle;
+    /// What was scheduled last.
+    TimeRange m_segment;
+    /// What follows the segment that has ended, as it was settled then; and how many passes had ended when it was scheduled.
+    std::vector<UpcomingPass> m_upcoming;
+    std::int64_t m_passesSeen = 0;
     ScheduledTask m_followUp;
     std::optional<std::int64_t> m_passLimit;
     // Expires with the engine, for handlers that the graph keeps longer.

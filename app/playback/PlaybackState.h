@@ -4,8 +4,10 @@
 #pragma once
 
 #include "AppCore/TimeRange.h"
+#include "app/playback/UpcomingPass.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace quillet {
 
@@ -24,6 +26,24 @@ public:
     /// The pause between two passes of the loop is the sum of both.
     [[nodiscard]] virtual std::int64_t loopDelaySeconds() const = 0;
     [[nodiscard]] virtual std::int64_t loopDelayMilliseconds() const = 0;
+
+    /// What follows the pass that plays, in order; nothing: it is the last one. The held window, or the region if it loops.
+    [[nodiscard]] virtual std::vector<UpcomingPass> upcomingPasses() const
+    {
+        UpcomingPass next{ .segment = region() };
+        if (holdEnabled())
+            next = { .segment = { holdPosition(), holdPosition() + holdWindowSeconds }, .isHeld = true };
+        else if (!loopEnabled() || next.segment.isEmpty())
+            return {};
+        return { next };
+    }
+    /// One of them is heard from now on, for the `repetition`th time in a row, counted from 0: it is what `region`, speed and
+    /// pitch are to say.
+    virtual void passBegins(const UpcomingPass& pass, std::int64_t repetition)
+    {
+        static_cast<void>(pass);
+        static_cast<void>(repetition);
+    }
 
     virtual void setIsPlaying(bool isPlaying) = 0;
     /// Seconds of file time.

@@ -30,6 +30,11 @@ struct AppTheme {
     static constexpr std::array<QColor, 6> stemColors{ QColor(217, 70, 160), QColor(217, 119, 6),  QColor(37, 99, 235),
                                                        QColor(5, 150, 105),  QColor(124, 58, 237), QColor(100, 116, 139) };
 
+    /// Of saved loops: purple, orange, green, blue, pink, yellow, teal, gray.
+    static constexpr std::array<QColor, 8> loopColors{ QColor(124, 58, 237), QColor(234, 88, 12),  QColor(22, 163, 74),
+                                                       QColor(37, 99, 235),  QColor(219, 39, 119), QColor(202, 138, 4),
+                                                       QColor(13, 148, 136), QColor(100, 116, 139) };
+
     /// How much of the accent such a ground has, over a card.
     static constexpr double tintOpacity = 0.2;
 

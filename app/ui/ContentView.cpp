@@ -5,15 +5,20 @@
 #include "app/ui/DownloadNotice.h"
 #include "app/ui/DroppedFiles.h"
 #include "app/ui/EmptyScreen.h"
+#include "app/ui/ExportFlow.h"
 #include "app/ui/FileNames.h"
+#include "app/ui/FlowHost.h"
 #include "app/ui/HelpSheet.h"
+#include "app/ui/HintNotice.h"
 #include "app/ui/LevelNotice.h"
 #include "app/ui/LoadingScreen.h"
+#include "app/ui/LoopFileFlow.h"
 #include "app/ui/OfferNotice.h"
 #include "app/ui/OpenFromURLSheet.h"
 #include "app/ui/PlayerScreen.h"
 #include "app/ui/Questions.h"
 #include "app/ui/SettingsNotice.h"
+#include "app/ui/SongStrip.h"
 #include "app/ui/StemSeparationFlow.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/ToolBar.h"
@@ -25,6 +30,7 @@
 #include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
 #include <QStackedLayout>
@@ -85,15 +91,32 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_overlay(new DropOverlay(services.theme, this)),
       m_shade(new Shade(this)),
       m_keys(new KeyResponderView(services.state, services.commands, this)),
-      m_stems(new StemSeparationFlow(
-          { services.state, services.loader, services.commands, services.separator, services.stemSessions, services.stemMixes,
-            services.audioFiles, services.background, services.scheduler, services.theme },
-          { *this, [this](QDialog& sheet) { openSheet(sheet); }, [this](Notice& notice) { m_notices->addWidget(&notice); } })),
+      m_opener({ services.songs, services.commands, services.background, services.scheduler },
+               { [this](const FilePath& song) { loadFile(song, RestoreSettings::no); },
+                 [this](const FilePath& path) { refuse(path); } }),
+      m_stems(new StemSeparationFlow({ services.state,
+                                       services.loader,
+                                       services.commands,
+                                       services.separator,
+                                       services.stemSessions,
+                                       services.stemMixes,
+                                       { services.audioFiles, services.encoders },
+                                       services.background,
+                                       services.scheduler,
+                                       services.theme },
+                                     flowHost())),
+      m_export(new ExportFlow({ services.state,
+                                { { services.audioFiles, services.encoders }, services.background, services.scheduler },
+                                services.theme },
+                              flowHost())),
+      m_loopFiles(new LoopFileFlow({ services.state, services.background, services.scheduler, services.theme }, flowHost())),
       m_updates(new UpdateFlow(
           { services.updater, services.defaults, services.theme, currentDate },
           [this](Notice& notice) { m_notices->addWidget(&notice); }, this))
 {
     m_stems->setParent(this);
+    m_export->setParent(this);
+    m_loopFiles->setParent(this);
     connect(m_stems, &StemSeparationFlow::isInFrontChanged, this, &ContentView::syncShade);
     setAcceptDrops(true);
     auto* column = new QVBoxLayout(this);
@@ -102,9 +125,10 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     column->addWidget(m_toolBar);
     column->addLayout(m_notices);
     addLastingNotices();
+    column->addWidget(new SongStrip(services.state, services.songs, services.commands, services.theme));
     m_keys->setGeometry(0, 0, 0, 0);
     column->addLayout(m_screens, 1);
-    m_screens->addWidget(new EmptyScreen(services.state, services.commands, services.theme));
+    m_screens->addWidget(new EmptyScreen(services.state, services.songs, services.commands, services.theme));
     m_screens->addWidget(new LoadingScreen(services.state, services.theme));
     connect(&services.state, &AppState::loadingStateChanged, this, &ContentView::showScreen);
     connect(&services.state, &AppState::isShowingHelpChanged, this, &ContentView::syncHelp);
@@ -117,6 +141,11 @@ ContentView::ContentView(const Services& services, QWidget* parent)
     showScreen();
     subscribe();
     m_services.loader.refreshRecentFiles();
+}
+
+FlowHost ContentView::flowHost()
+{
+    return { *this, [this](QDialog& sheet) { openSheet(sheet); }, [this](Notice& notice) { m_notices->addWidget(&notice); } };
 }
 
 ContentView::~ContentView()
@@ -135,6 +164,7 @@ void ContentView::addLastingNotices()
     m_silenceNotice->hide();
     m_notices->addWidget(new LevelNotice(m_services.state, m_services.theme));
     m_notices->addWidget(new OfferNotice(m_services.state, m_services.theme));
+    m_notices->addWidget(new HintNotice(m_services.hints, m_services.keys, m_services.theme));
     m_lastingNotices = m_notices->count();
 }
 
@@ -159,6 +189,10 @@ void ContentView::subscribe()
             m_stems->confirmCleanup();
     });
     on(CommandId::exportStems, [this](const auto&) { m_stems->askWhatToExport(); });
+    on(CommandId::exportHeard, [this](const auto&) { m_export->ask(); });
+    on(CommandId::saveLoopFile, [this](const auto&) { m_loopFiles->askWhereToSave(); });
+    on(CommandId::loadLoopFile, [this](const auto&) { m_loopFiles->askWhatToLoad(); });
+    on(CommandId::toggleFollow, [this](const auto&) { m_services.follow.toggle(); });
     on(CommandId::showSettings, [this](const auto&) { showSettings(); });
     on(CommandId::checkForUpdates,
        [this](const auto&) { m_updates->checkForUpdates(*this, [this](QDialog& sheet) { openSheet(sheet); }); });
@@ -181,7 +215,10 @@ void ContentView::showScreen()
     case LoadingState::Stage::loaded:
         // Made when it is first needed, so that the window is there sooner.
         if (m_player == nullptr) {
-            m_player = new PlayerScreen(m_services.state, m_services.theme);
+            m_player = new PlayerScreen(
+                m_services.state, m_services.theme,
+                { { m_services.amplitudes, m_services.background, m_services.scheduler, m_services.programEnds },
+                  m_services.follow });
             m_screens->addWidget(m_player);
         }
         m_screens->setCurrentWidget(m_player);
@@ -193,14 +230,20 @@ void ContentView::showScreen()
 
 void ContentView::loadFile(const FilePath& url, RestoreSettings restoreSettings)
 {
+    m_opener.cancel();
     // Before the song that is open is closed for it.
     if (isNoAudio(url)) {
-        showError(tr("“%1” is not an audio file.").arg(fileName(url)));
+        refuse(url);
         return;
     }
     // What is being typed still belongs to the song before.
     m_keys->takeFocus();
     m_services.loader.loadFile(url, restoreSettings);
+}
+
+void ContentView::refuse(const FilePath& path)
+{
+    showError(tr("“%1” is not an audio file.").arg(fileName(path.has_filename() ? path : path.parent_path())));
 }
 
 bool ContentView::takeSpace(const QKeyEvent& event) { return m_keys->takeSpace(event); }
@@ -212,16 +255,17 @@ void ContentView::openFile()
         return;
     }
     const FilePath last = m_services.defaults.string(panelFolderKey).value_or("");
-    const auto take = [this](const FilePath& file) {
-        m_services.defaults.setString(panelFolderKey, file.parent_path().native());
-        loadFile(file, RestoreSettings::no);
+    const auto take = [this](const std::vector<FilePath>& files) {
+        m_services.defaults.setString(panelFolderKey, files.front().parent_path().native());
+        open(files);
     };
     m_openPanel = new FilePanel(*this,
                                 { tr("Open File..."),
                                   fileExists(last) ? last : musicFolder(),
                                   false,
                                   {},
-                                  { audioFilter(tr("Audio files")), { tr("All files"), { QStringLiteral("*") } } } },
+                                  { audioFilter(tr("Audio files")), { tr("All files"), { QStringLiteral("*") } } },
+                                  true },
                                 take, [this](QDialog& panel) { openSheet(panel); });
 }
 
@@ -266,7 +310,8 @@ void ContentView::showSettings()
               { m_services.theme, m_services.downloadSettings, m_services.ytDlpUpdater, m_services.background,
                 m_services.scheduler },
               check,
-              [this] { return changeLanguage(); } },
+              [this] { return changeLanguage(); },
+              m_services.keys },
             this);
     }
     m_settings->present();
@@ -364,6 +409,15 @@ void ContentView::syncHelp()
     openSheet(*m_help);
 }
 
+/// What nothing in the view has handled.
+void ContentView::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape && m_services.hints.areShown())
+        m_services.hints.dismiss();
+    else
+        QWidget::keyPressEvent(event);
+}
+
 // ---- Drops ----
 
 void ContentView::resizeEvent(QResizeEvent* event)
@@ -375,7 +429,8 @@ void ContentView::resizeEvent(QResizeEvent* event)
 
 void ContentView::dragEnterEvent(QDragEnterEvent* event)
 {
-    m_overlay->setDrag(firstAudioFile(*event->mimeData()) ? DropOverlay::Drag::audio : DropOverlay::Drag::unsupported);
+    m_overlay->setDrag(mayHoldSongs(droppedFiles(*event->mimeData())) ? DropOverlay::Drag::audio
+                                                                      : DropOverlay::Drag::unsupported);
     // Also where nothing may be dropped: the view has to hear of the drag's end.
     event->acceptProposedAction();
 }
@@ -387,13 +442,13 @@ void ContentView::dragLeaveEvent(QDragLeaveEvent*) { m_overlay->setDrag(DropOver
 void ContentView::dropEvent(QDropEvent* event)
 {
     m_overlay->setDrag(DropOverlay::Drag::none);
-    const auto file = firstAudioFile(*event->mimeData());
-    if (!file) {
+    const auto files = droppedFiles(*event->mimeData());
+    if (!mayHoldSongs(files)) {
         event->ignore();
         return;
     }
     event->acceptProposedAction();
-    loadFile(*file, RestoreSettings::no);
+    open(files);
 }
 
 }  // namespace quillet

@@ -7,6 +7,10 @@
 #include "app/core/AppState.h"
 #include "app/core/CommandCenter.h"
 #include "app/core/FileLoader.h"
+#include "app/core/FollowChoice.h"
+#include "app/core/Hints.h"
+#include "app/core/KeyMap.h"
+#include "app/core/SongOpener.h"
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
 #include "app/download/YtDlpUpdater.h"
@@ -16,12 +20,15 @@
 #include "app/ui/ThemeSource.h"
 #include "platform/defaults/DefaultsDomain.h"
 #include "platform/defaults/DefaultsHealth.h"
+#include "platform/media/AmplitudeReader.h"
+#include "platform/media/AudioEncoder.h"
 #include "platform/update/Updater.h"
 
 #include <QPointer>
 #include <QWidget>
 
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -31,8 +38,11 @@ class QVBoxLayout;
 
 namespace quillet {
 
+class ExportFlow;
+struct FlowHost;
 class HelpSheet;
 class KeyResponderView;
+class LoopFileFlow;
 class Notice;
 class OpenFromURLSheet;
 class PlayerScreen;
@@ -58,6 +68,7 @@ public:
         StemSessionStore& stemSessions;
         StemMixStore& stemMixes;
         AudioFileOpener& audioFiles;
+        AudioEncoderMaker& encoders;
         WaveformCache& waveformCache;
         SettingsStore& settings;
         StemSettingsStore& stemSettings;
@@ -68,6 +79,13 @@ public:
         const ThemeSource& theme;
         /// Keeps what the window remembers.
         DefaultsDomain& defaults;
+        KeyMap& keys;
+        FollowChoice& follow;
+        AmplitudeReaderOpener& amplitudes;
+        /// The end of the program, for what is read until then.
+        std::stop_token programEnds = {};
+        SongList& songs;
+        Hints& hints;
     };
 
     explicit ContentView(const Services& services, QWidget* parent = nullptr);
@@ -77,7 +95,9 @@ public:
 
     /// Opens a file in place of the present one.
     void loadFile(const FilePath& url, RestoreSettings restoreSettings);
-    /// Asks for a file.
+    /// Opens files and folders, at least one: several songs are a list to go through.
+    void open(const std::vector<FilePath>& paths) { m_opener.open(paths); }
+    /// Asks for files.
     void openFile();
     /// Asks for a web address.
     void openFromURL();
@@ -103,15 +123,18 @@ Q_SIGNALS:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
+    [[nodiscard]] FlowHost flowHost();
     void addLastingNotices();
     void subscribe();
     void showScreen();
+    void refuse(const FilePath& path);
     [[nodiscard]] bool changeLanguage();
     void openSheet(QDialog& sheet);
     [[nodiscard]] QDialog* frontSheet() const;
@@ -134,7 +157,10 @@ private:
     /// Dims the window under a sheet.
     QWidget* m_shade;
     KeyResponderView* m_keys;
+    SongOpener m_opener;
     StemSeparationFlow* m_stems;
+    ExportFlow* m_export;
+    LoopFileFlow* m_loopFiles;
     UpdateFlow* m_updates;
     SettingsWindow* m_settings = nullptr;
     QPointer<HelpSheet> m_help;

@@ -19,7 +19,11 @@ DownloadNotice::DownloadNotice(const ThemeSource& source, std::unique_ptr<Runnin
     showProgress();
 }
 
-void DownloadNotice::showProgress() { setSentence(tr("The download goes on: %1").arg(m_download->words())); }
+void DownloadNotice::showProgress()
+{
+    setSentence(tr("The download goes on: %1").arg(m_download->words()));
+    setProgress(m_download->percent());
+}
 
 void DownloadNotice::stop()
 {
@@ -60,6 +64,7 @@ void DownloadNotice::offerDiscard()
 
 void DownloadNotice::offerClose()
 {
+    setProgress({});
     m_stop.hide();
     QPushButton& close = addButton(tr("Close"));
     connect(&close, &QAbstractButton::clicked, this, &QObject::deleteLater);

@@ -20,11 +20,6 @@ std::vector<FilePath> droppedFiles(const QMimeData& data)
     return files;
 }
 
-std::optional<FilePath> firstAudioFile(const QMimeData& data)
-{
-    const auto files = droppedFiles(data);
-    const auto found = std::ranges::find_if(files, isSupportedAudio);
-    return found == files.end() ? std::nullopt : std::optional(*found);
-}
+bool mayHoldSongs(const std::vector<FilePath>& files) { return !std::ranges::all_of(files, isNoAudio); }
 
 }  // namespace quillet

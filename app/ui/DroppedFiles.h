@@ -4,17 +4,16 @@
 
 #include "platform/base/FilePath.h"
 
-#include <optional>
 #include <vector>
 
 class QMimeData;
 
 namespace quillet {
 
-/// The local files, in their order.
+/// The local files and folders, in their order.
 [[nodiscard]] std::vector<FilePath> droppedFiles(const QMimeData& data);
 
-/// The first of them that the program opens.
-[[nodiscard]] std::optional<FilePath> firstAudioFile(const QMimeData& data);
+/// Whether any of them is a song, or may be a folder of songs: by the names alone, since a disk may not answer.
+[[nodiscard]] bool mayHoldSongs(const std::vector<FilePath>& files);
 
 }  // namespace quillet

@@ -1,5 +1,6 @@
 #include "app/ui/EQView.h"
 
+#include "app/ui/controls/Choice.h"
 #include "app/ui/controls/Drawer.h"
 #include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
@@ -22,15 +23,33 @@ constexpr std::array<const char*, EqualizerNode::bandCount> frequencies{
     QT_TRANSLATE_NOOP("quillet::EQView", "12kHz"),
 };
 
+struct ChannelChoice {
+    ChannelMode mode;
+    const char* label;
+};
+
+constexpr std::array channelChoices{
+    ChannelChoice{ ChannelMode::stereo, QT_TRANSLATE_NOOP("quillet::EQView", "Stereo") },
+    ChannelChoice{ ChannelMode::left, QT_TRANSLATE_NOOP("quillet::EQView", "Left") },
+    ChannelChoice{ ChannelMode::right, QT_TRANSLATE_NOOP("quillet::EQView", "Right") },
+    ChannelChoice{ ChannelMode::mono, QT_TRANSLATE_NOOP("quillet::EQView", "Mono") },
+    ChannelChoice{ ChannelMode::sides, QT_TRANSLATE_NOOP("quillet::EQView", "No Middle") },
+};
+
 }  // namespace
 
 EQView::EQView(AppState& state, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
       m_state(state),
       m_switch(new Switch(source, tr("EQ"))),
+      m_channels(new Choice(tr("Channels"))),
       m_reset(new QPushButton(tr("Reset")))
 {
     m_reset->setAccessibleName(tr("Reset EQ"));
+    for (const ChannelChoice& choice : channelChoices)
+        m_channels->addItem(tr(choice.label), static_cast<int>(choice.mode));
+    m_channels->setToolTip(
+        tr("Which channels are heard. “No Middle” leaves out what both sides have alike, as voices often are."));
     auto* caption = new Label(source, Label::Role::title, tr("EQ"));
     caption->setFixedWidth(ValueRow::titleWidth());
     auto* header = new QHBoxLayout;
@@ -38,6 +57,7 @@ EQView::EQView(AppState& state, const ThemeSource& source, QWidget* parent)
     header->addWidget(caption);
     header->addWidget(m_switch);
     header->addStretch();
+    header->addWidget(m_channels);
     header->addWidget(m_reset);
     auto* columns = new QWidget;
     auto* bands = new QHBoxLayout(columns);
@@ -53,10 +73,15 @@ EQView::EQView(AppState& state, const ThemeSource& source, QWidget* parent)
 
     connect(m_switch, &QAbstractButton::clicked, this, [this](bool isOn) { m_state.setEqEnabled(isOn); });
     connect(m_reset, &QAbstractButton::clicked, this, &EQView::resetGains);
+    connect(m_channels, &QComboBox::activated, this,
+            [this](int place) { m_state.setChannels(channelChoices[static_cast<std::size_t>(place)].mode); });
+    connect(&state, &AppState::channelsChanged, this, &EQView::syncChannels);
+    connect(&state, &AppState::isStereoChanged, this, &EQView::syncChannels);
     connect(&state, &AppState::eqEnabledChanged, this, &EQView::syncSwitch);
     connect(&state, &AppState::eqGainsChanged, this, &EQView::syncGains);
     syncSwitch();
     syncGains();
+    syncChannels();
 }
 
 EQView::Band EQView::addBand(QHBoxLayout& row, int band, const ThemeSource& source)
@@ -80,6 +105,13 @@ void EQView::syncSwitch()
 {
     m_switch->setChecked(m_state.eqEnabled());
     m_drawer->setOpen(m_state.eqEnabled());
+}
+
+/// A song of one channel has nothing to choose.
+void EQView::syncChannels()
+{
+    m_channels->setCurrentIndex(m_channels->findData(static_cast<int>(m_state.channels())));
+    m_channels->setVisible(m_state.isStereo());
 }
 
 void EQView::syncGains()

@@ -15,6 +15,7 @@ class QPushButton;
 
 namespace quillet {
 
+class Choice;
 class Drawer;
 class Label;
 class Switch;
@@ -36,10 +37,12 @@ private:
     [[nodiscard]] Band addBand(QHBoxLayout& row, int band, const ThemeSource& source);
     void resetGains();
     void syncSwitch();
+    void syncChannels();
     void syncGains();
 
     AppState& m_state;
     Switch* m_switch;
+    Choice* m_channels;
     QPushButton* m_reset;
     Drawer* m_drawer;
     std::array<Band, EqualizerNode::bandCount> m_bands{};

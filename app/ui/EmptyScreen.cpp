@@ -2,6 +2,8 @@
 
 #include "app/ui/FileNames.h"
 #include "app/ui/QuilletStyle.h"
+#include "app/ui/SongListModel.h"
+#include "app/ui/SongListView.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/controls/Card.h"
 #include "app/ui/controls/Fonts.h"
@@ -24,6 +26,8 @@ constexpr QSize openButtonSize(142, 38);
 constexpr int recentWidth = 440;
 constexpr int rowHeight = 38;
 constexpr int rowSymbolSize = 18;
+/// Of the list of songs, more are scrolled to.
+constexpr int songRows = 10;
 
 class LargeSymbol final : public QWidget {
 public:
@@ -83,13 +87,14 @@ private:
 
 }  // namespace
 
-EmptyScreen::EmptyScreen(AppState& state, CommandCenter& center, const ThemeSource& source, QWidget* parent)
+EmptyScreen::EmptyScreen(AppState& state, SongList& songs, CommandCenter& center, const ThemeSource& source, QWidget* parent)
     : QWidget(parent),
       m_state(state),
       m_center(center),
       m_source(source),
       m_recent(new Card(source)),
-      m_rows(new QVBoxLayout)
+      m_rows(new QVBoxLayout),
+      m_invitation(new Label(source, Label::Role::secondary, tr("Open a song to practise, or drop songs or a folder here.")))
 {
     auto* title = new Label(source, Label::Role::title, QStringLiteral("Quillet"));
     title->setHeading(titlePixels);
@@ -139,10 +144,14 @@ EmptyScreen::EmptyScreen(AppState& state, CommandCenter& center, const ThemeSour
     column->addWidget(title, 0, Qt::AlignHCenter);
     column->addSpacing(16);
     column->addLayout(openings);
-    column->addSpacing(24);
+    column->addSpacing(16);
+    column->addWidget(m_invitation, 0, Qt::AlignHCenter);
+    column->addSpacing(8);
     auto* centred = new QHBoxLayout;
+    centred->setSpacing(AppTheme::cardSpacing);
     centred->addStretch(1);
-    centred->addWidget(m_recent, 1000);
+    centred->addWidget(makeSongCard(songs), 1000, Qt::AlignTop);
+    centred->addWidget(m_recent, 1000, Qt::AlignTop);
     centred->addStretch(1);
     column->addLayout(centred);
     column->addStretch(3);
@@ -162,6 +171,37 @@ EmptyScreen::EmptyScreen(AppState& state, CommandCenter& center, const ThemeSour
     listRecentFiles();
 }
 
+Card* EmptyScreen::makeSongCard(SongList& songs)
+{
+    auto* card = new Card(m_source);
+    auto* caption = new Label(m_source, Label::Role::secondary, {});
+    auto* close = new QPushButton(tr("Close List"));
+    close->setFocusPolicy(Qt::TabFocus);
+    connect(close, &QAbstractButton::clicked, &songs, &SongList::forget);
+    auto* header = new QHBoxLayout;
+    header->addSpacing(8);
+    header->addWidget(caption);
+    header->addStretch();
+    header->addWidget(close);
+    auto* view = new SongListView(songs, m_center, m_source);
+    auto* column = new QVBoxLayout(card);
+    column->setContentsMargins(12, 12, 12, 12);
+    column->addLayout(header);
+    column->addSpacing(4);
+    column->addWidget(view);
+    card->setMaximumWidth(recentWidth);
+    card->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Maximum);
+    const auto sync = [card, caption, view, &songs] {
+        caption->setText(tr("Songs, %1", "The place in the list").arg(placeText(songs)));
+        view->setFixedHeight(view->heightOfRows(songRows));
+        card->setVisible(!songs.songs().empty());
+    };
+    for (const auto changed : { &SongList::songsChanged, &SongList::placeChanged })
+        connect(&songs, changed, card, sync);
+    sync();
+    return card;
+}
+
 void EmptyScreen::listRecentFiles()
 {
     while (QLayoutItem* row = m_rows->takeAt(0)) {
@@ -176,6 +216,7 @@ void EmptyScreen::listRecentFiles()
         m_rows->addWidget(row);
     }
     m_recent->setVisible(!m_state.recentFiles().empty());
+    m_invitation->setVisible(m_state.recentFiles().empty());
 }
 
 }  // namespace quillet

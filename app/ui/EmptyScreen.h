@@ -1,9 +1,10 @@
-// What is shown while no file is open: how to open one, and those opened last.
+// What is shown while no file is open: how to open one, those opened last, and the songs of the list where there is one.
 // Threads: main thread.
 #pragma once
 
 #include "app/core/AppState.h"
 #include "app/core/CommandCenter.h"
+#include "app/core/SongList.h"
 #include "app/ui/ThemeSource.h"
 
 #include <QWidget>
@@ -13,15 +14,17 @@ class QVBoxLayout;
 namespace quillet {
 
 class Card;
+class Label;
 
 class EmptyScreen final : public QWidget {
     Q_OBJECT
 
 public:
     /// All outlive the screen.
-    EmptyScreen(AppState& state, CommandCenter& center, const ThemeSource& source, QWidget* parent = nullptr);
+    EmptyScreen(AppState& state, SongList& songs, CommandCenter& center, const ThemeSource& source, QWidget* parent = nullptr);
 
 private:
+    [[nodiscard]] Card* makeSongCard(SongList& songs);
     void listRecentFiles();
 
     AppState& m_state;
@@ -29,6 +32,8 @@ private:
     const ThemeSource& m_source;
     Card* m_recent;
     QVBoxLayout* m_rows;
+    /// What to do first.
+    Label* m_invitation;
 };
 
 }  // namespace quillet

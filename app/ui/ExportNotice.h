@@ -16,6 +16,7 @@ public:
                  QWidget* parent = nullptr);
 
 private:
+    void showProgress(int percent);
     void showEnd(const std::expected<RenderEnd, std::string>& end);
 
     FilePath m_output;

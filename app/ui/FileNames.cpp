@@ -6,6 +6,8 @@
 #include <QTextDocument>
 
 #include <algorithm>
+#include <map>
+#include <string>
 
 namespace quillet {
 
@@ -23,13 +25,14 @@ QString abbreviatedPath(const FilePath& path)
 
 std::vector<QString> listNames(const std::vector<FilePath>& files)
 {
+    std::map<std::string, int> counts;
+    for (const FilePath& file : files)
+        ++counts[file.filename().native()];
     std::vector<QString> names;
-    for (const FilePath& file : files) {
-        const auto isNamesake = [&](const FilePath& other) { return other.filename() == file.filename(); };
-        names.push_back(std::ranges::count_if(files, isNamesake) < 2
+    for (const FilePath& file : files)
+        names.push_back(counts[file.filename().native()] < 2
                             ? fileName(file)
                             : QStringLiteral("%1 — %2").arg(fileName(file), abbreviatedPath(file.parent_path())));
-    }
     return names;
 }
 

@@ -68,7 +68,8 @@ QVariantMap portalOptions(const FilePanel::Options& options, const QString& toke
 {
     QVariantMap map{ { QStringLiteral("handle_token"), token },
                      { QStringLiteral("modal"), true },
-                     { QStringLiteral("directory"), options.isForFolders } };
+                     { QStringLiteral("directory"), options.isForFolders },
+                     { QStringLiteral("multiple"), options.takesSeveral } };
     if (!options.acceptLabel.isEmpty())
         map.insert(QStringLiteral("accept_label"), options.acceptLabel);
     if (isDirectory(options.folder)) {
@@ -122,10 +123,11 @@ void FilePanel::raise()
     }
 }
 
-void FilePanel::finish(const FilePath& path)
+void FilePanel::finish(const std::vector<FilePath>& paths)
 {
     deleteLater();
-    m_chosen(path);
+    if (!paths.empty())
+        m_chosen(paths);
 }
 
 // ---- The desktop's ----
@@ -167,12 +169,12 @@ void FilePanel::closePortals()
 void FilePanel::takeResponse(uint response, const QVariantMap& results)
 {
     m_request.clear();
-    const QStringList addresses = results.value(QStringLiteral("uris")).toStringList();
-    const auto path = response == success && !addresses.isEmpty() ? localFile(addresses.front().toUtf8()) : std::nullopt;
-    if (path)
-        finish(*path);
-    else
-        deleteLater();
+    std::vector<FilePath> paths;
+    if (response == success)
+        for (const QString& address : results.value(QStringLiteral("uris")).toStringList())
+            if (auto path = localFile(address.toUtf8()))
+                paths.push_back(std::move(*path));
+    finish(paths);
 }
 
 // ---- The toolkit's ----
@@ -184,7 +186,9 @@ void FilePanel::openToolkits()
         isDirectory(m_options.folder) ? QFile::decodeName(QByteArray::fromStdString(m_options.folder.native())) : QString());
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setWindowModality(Qt::WindowModal);
-    panel->setFileMode(m_options.isForFolders ? QFileDialog::Directory : QFileDialog::ExistingFile);
+    panel->setFileMode(m_options.isForFolders       ? QFileDialog::Directory
+                           : m_options.takesSeveral ? QFileDialog::ExistingFiles
+                                                    : QFileDialog::ExistingFile);
     if (m_options.isForFolders)
         panel->setOption(QFileDialog::ShowDirsOnly);
     else
@@ -198,7 +202,12 @@ void FilePanel::openToolkits()
         filters << filter.name + QStringLiteral(" (") + filter.patterns.join(QLatin1Char(' ')) + QLatin1Char(')');
     if (!filters.isEmpty())
         panel->setNameFilters(filters);
-    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& file) { finish(pathOf(file)); });
+    connect(panel, &QFileDialog::filesSelected, this, [this](const QStringList& files) {
+        std::vector<FilePath> paths;
+        for (const QString& file : files)
+            paths.push_back(pathOf(file));
+        finish(paths);
+    });
     // Also when it is left.
     connect(panel, &QObject::destroyed, this, &QObject::deleteLater);
     m_panel = panel;

@@ -1,4 +1,4 @@
-// Asks for a file or a folder: by the desktop's own panel, through its portal, or where it offers none by the toolkit's.
+// Asks for files or a folder: by the desktop's own panel, through its portal, or where it offers none by the toolkit's.
 // Threads: main thread.
 #pragma once
 
@@ -36,9 +36,11 @@ public:
         /// What the button says that ends it; empty for the usual word.
         QString acceptLabel;
         /// The first is chosen at the beginning.
-        std::vector<Filter> filters;
+        std::vector<Filter> filters = {};
+        bool takesSeveral = false;
     };
-    using Chosen = std::function<void(const FilePath& path)>;
+    /// Given at least one, and more only where several are taken.
+    using Chosen = std::function<void(const std::vector<FilePath>& paths)>;
     /// Opens the toolkit's panel as the window opens its sheets.
     using OpenSheet = std::function<void(QDialog& panel)>;
 
@@ -62,7 +64,7 @@ private:
     void askPortal();
     void closePortals();
     void openToolkits();
-    void finish(const FilePath& path);
+    void finish(const std::vector<FilePath>& paths);
 
     QWidget& m_window;
     Options m_options;

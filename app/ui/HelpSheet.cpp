@@ -64,6 +64,21 @@ constexpr std::array sections{
                                "• Toggle looping with Cmd+L or the Loop switch.\n"
                                "• When on, playback returns to the region start after reaching the end.\n"
                                "• Set a delay (seconds + milliseconds) to pause between iterations.") },
+    Section{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Marks, Loops and Trainer"),
+             QT_TRANSLATE_NOOP("quillet::HelpSheet",
+                               "• [ and ] set the region's start and end where you hear it. With Shift that end moves 10 ms "
+                               "outwards, with Alt inwards.\n"
+                               "• Comma and period move the region by its own length, Backspace takes the whole song.\n"
+                               "• Save Loop (Cmd+S) keeps the region under a name, with speed, pitch and trainer.\n"
+                               "• Click a saved loop, or press Cmd+1 to Cmd+0: it begins when the present pass has ended, "
+                               "with Alt at once.\n"
+                               "• The trainer plays the loop at one speed after the other. A speed set by hand pauses it.\n"
+                               "• Cmd+Z undoes, Cmd+E exports what you hear.") },
+    Section{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Several Songs, a Closer Look"),
+             QT_TRANSLATE_NOOP("quillet::HelpSheet",
+                               "• Drop several songs or a folder: Cmd+Page Up and Cmd+Page Down go through them.\n"
+                               "• Zoomed in, the waveform shows the sound itself. Follow keeps the play head in view.\n"
+                               "• The Loops menu saves the loops to a file and loads them again, on another computer too.") },
     Section{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Per-File Settings"),
              QT_TRANSLATE_NOOP("quillet::HelpSheet",
                                "All settings (region, speed, pitch, EQ, loop) are saved automatically.\n"
@@ -89,6 +104,12 @@ constexpr std::array shortcuts{
     Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+L"), QT_TRANSLATE_NOOP("quillet::HelpSheet", "Toggle loop") },
     Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+R"),
               QT_TRANSLATE_NOOP("quillet::HelpSheet", "Stop and reset position") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "[ ]"),
+              QT_TRANSLATE_NOOP("quillet::HelpSheet", "Region start, end here") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+S"), QT_TRANSLATE_NOOP("quillet::HelpSheet", "Save loop") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+1…0"),
+              QT_TRANSLATE_NOOP("quillet::HelpSheet", "Call up a saved loop") },
+    Shortcut{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Cmd+Z"), QT_TRANSLATE_NOOP("quillet::HelpSheet", "Undo") },
 };
 
 }  // namespace

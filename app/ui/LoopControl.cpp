@@ -1,5 +1,6 @@
 #include "app/ui/LoopControl.h"
 
+#include "app/ui/TrainerControl.h"
 #include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 #include "app/ui/controls/Switch.h"
@@ -41,7 +42,9 @@ LoopControl::LoopControl(AppState& state, const ThemeSource& source, QWidget* pa
     row->addStretch();
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(12);
     column->addLayout(row);
+    column->addWidget(new TrainerControl(state, source));
     column->addStretch();
 
     connect(m_switch, &QAbstractButton::clicked, this, [this](bool isOn) { m_state.setLoopEnabled(isOn); });

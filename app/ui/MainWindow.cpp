@@ -2,6 +2,7 @@
 
 #include "app/ui/FileNames.h"
 #include "app/ui/ToolBar.h"
+#include "app/ui/settings/KeySettings.h"
 #include "platform/base/Require.h"
 
 #include <QApplication>
@@ -28,6 +29,29 @@ QString songName(const AppState& state)
     if (title.isEmpty())
         return state.audioFileURL() ? fileName(*state.audioFileURL()) : QString();
     return artist.isEmpty() ? title : MainWindow::tr("%1 – %2").arg(title, artist);
+}
+
+QString kindText(EditKind kind)
+{
+    switch (kind) {
+    case EditKind::region:
+        return MainWindow::tr("Region");
+    case EditKind::speed:
+        return MainWindow::tr("Speed");
+    case EditKind::pitch:
+        return MainWindow::tr("Pitch");
+    case EditKind::equalizer:
+        return MainWindow::tr("Equalizer");
+    case EditKind::channels:
+        return MainWindow::tr("Channels");
+    case EditKind::trainer:
+        return MainWindow::tr("Trainer");
+    case EditKind::loops:
+        return MainWindow::tr("Loops");
+    case EditKind::stems:
+        return MainWindow::tr("Stem Mix");
+    }
+    return {};
 }
 
 }  // namespace
@@ -96,13 +120,22 @@ void MainWindow::buildMenus()
         if (menu == nullptr)
             menu = menuBar()->addMenu(translated(command.menu));
         QAction* action = menu->addAction(translated(command.title));
-        if (command.shortcut != 0)
-            action->setShortcut(QKeySequence(command.shortcut));
         action->setShortcutContext(Qt::ApplicationShortcut);
+        action->setAutoRepeat(!command.actsOnce);
+        followKeys(*action, command);
         connect(action, &QAction::triggered, this, [this, id = command.id] { m_services.commands.execute(id); });
         if (command.id == CommandId::separateStems || command.id == CommandId::cleanupStems
             || command.id == CommandId::exportStems)
             followStems(*action, command.id != CommandId::separateStems);
+        if (command.id == CommandId::undo || command.id == CommandId::redo)
+            followHistory(*action, command.id);
+        if (command.id == CommandId::saveLoop || command.id == CommandId::playLoopList || command.id == CommandId::saveLoopFile
+            || command.id == CommandId::loadLoopFile)
+            followLoops(*action, command.id == CommandId::playLoopList || command.id == CommandId::saveLoopFile);
+        if (command.id == CommandId::toggleFollow)
+            followChoice(*action);
+        if (command.id == CommandId::previousSong || command.id == CommandId::nextSong)
+            followSongs(*action, command.id);
         if (command.id == CommandId::exportStems)
             addRecentFiles(*menu);
         if (command.id == CommandId::showSettings) {
@@ -121,6 +154,69 @@ void MainWindow::followStems(QAction& action, bool isForStems)
     };
     connect(&state, &AppState::stemSessionChanged, &action, sync);
     connect(&state, &AppState::loadingStateChanged, &action, sync);
+    sync();
+}
+
+/// Its shortcut, or the key that is no shortcut of the menu's own beside its title.
+void MainWindow::followKeys(QAction& action, const Command& command)
+{
+    const auto sync = [&action, &command, &keys = m_services.keys] {
+        const auto chosen = keys.chosen(command.id);
+        action.setShortcut(chosen ? QKeySequence() : QKeySequence(command.shortcut));
+        const QString title = action.text().section(QLatin1Char('\t'), 0, 0);
+        const bool namesItsKey = title.contains(QLatin1Char('[')) && !chosen;
+        const auto chord = chosen || command.shortcut == 0 ? keys.present(command) : std::nullopt;
+        action.setText(chord && !namesItsKey ? title + QLatin1Char('\t') + chordText(*chord) : title);
+    };
+    connect(&m_services.keys, &KeyMap::changed, &action, sync);
+    sync();
+}
+
+void MainWindow::followHistory(QAction& action, CommandId id)
+{
+    const AppState& state = m_services.state;
+    const auto sync = [&action, &state, id] {
+        const auto kind = id == CommandId::undo ? state.undoable() : state.redoable();
+        const QString title = translated(commandOf(id).title);
+        const QString key = action.text().section(QLatin1Char('\t'), 1);
+        action.setText((kind ? tr("%1 %2", "Undo, or Redo, and what").arg(title, kindText(*kind)) : title)
+                       + (key.isEmpty() ? QString() : QLatin1Char('\t') + key));
+        action.setEnabled(kind.has_value());
+    };
+    connect(&state, &AppState::historyChanged, &action, sync);
+    sync();
+}
+
+/// Enabled while a song is open, and has loops if `needsLoops`.
+void MainWindow::followLoops(QAction& action, bool needsLoops)
+{
+    const AppState& state = m_services.state;
+    const auto sync = [&action, &state, needsLoops] {
+        action.setEnabled(state.isLoaded() && (!needsLoops || !state.loops().empty()));
+    };
+    connect(&state, &AppState::loopsChanged, &action, sync);
+    connect(&state, &AppState::loadingStateChanged, &action, sync);
+    sync();
+}
+
+void MainWindow::followChoice(QAction& action)
+{
+    action.setCheckable(true);
+    const auto sync = [&action, &follow = m_services.follow] { action.setChecked(follow.isOn()); };
+    connect(&m_services.follow, &FollowChoice::changed, &action, sync);
+    sync();
+}
+
+/// In view while there is a list.
+void MainWindow::followSongs(QAction& action, CommandId id)
+{
+    const SongList& songs = m_services.songs;
+    const auto sync = [&action, &songs, id] {
+        action.setVisible(!songs.songs().empty());
+        action.setEnabled((id == CommandId::nextSong ? songs.next() : songs.previous()) != nullptr);
+    };
+    for (const auto changed : { &SongList::songsChanged, &SongList::placeChanged })
+        connect(&songs, changed, &action, sync);
     sync();
 }
 

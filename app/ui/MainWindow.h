@@ -34,6 +34,11 @@ protected:
 private:
     void changeLanguage();
     void buildMenus();
+    void followKeys(QAction& action, const Command& command);
+    void followHistory(QAction& action, CommandId id);
+    void followLoops(QAction& action, bool needsLoops);
+    void followChoice(QAction& action);
+    void followSongs(QAction& action, CommandId id);
     void addRecentFiles(QMenu& menu);
     void addQuit(QMenu& menu);
     /// Shows the action while there are stems, or while there are none.

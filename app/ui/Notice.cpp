@@ -1,15 +1,18 @@
 #include "app/ui/Notice.h"
 
+#include "app/ui/controls/Fonts.h"
 #include "app/ui/controls/Label.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
+#include <QProgressBar>
 #include <QPushButton>
 
 namespace quillet {
 namespace {
 
 constexpr int padding = 8;
+constexpr int barWidth = 160;
 
 }  // namespace
 
@@ -35,6 +38,21 @@ void Notice::setSentence(const QString& sentence)
     setAccessibleName(sentence);
     // A path may be broken between its folders.
     m_label->setText(QString(sentence).replace(QLatin1Char('/'), QStringLiteral("/\u200B")));
+}
+
+void Notice::setProgress(std::optional<int> percent)
+{
+    if (m_bar == nullptr && !percent)
+        return;
+    if (m_bar == nullptr) {
+        m_bar = new QProgressBar;
+        m_bar->setAccessibleName(tr("Progress"));
+        m_bar->setTextVisible(false);
+        m_bar->setFixedWidth(scaled(barWidth));
+        m_row->insertWidget(1, m_bar);
+    }
+    m_bar->setVisible(percent.has_value());
+    m_bar->setValue(percent.value_or(0));
 }
 
 QPushButton& Notice::addButton(const QString& title)

@@ -6,7 +6,10 @@
 
 #include <QWidget>
 
+#include <optional>
+
 class QHBoxLayout;
+class QProgressBar;
 class QPushButton;
 
 namespace quillet {
@@ -24,6 +27,8 @@ public:
     [[nodiscard]] QString sentence() const { return accessibleName(); }
 
 protected:
+    /// A bar after the sentence, which says as much; nothing: none. Percent.
+    void setProgress(std::optional<int> percent);
     /// In the order in which they are added, after the sentence.
     QPushButton& addButton(const QString& title);
 
@@ -33,6 +38,7 @@ private:
     const ThemeSource& m_source;
     Label* m_label;
     QHBoxLayout* m_row;
+    QProgressBar* m_bar = nullptr;
 };
 
 }  // namespace quillet

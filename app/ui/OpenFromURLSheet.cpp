@@ -236,8 +236,8 @@ void OpenFromURLSheet::chooseDirectory()
         m_panel->raise();
         return;
     }
-    const auto take = [this](const FilePath& folder) {
-        m_downloadDirectory = folder;
+    const auto take = [this](const std::vector<FilePath>& folders) {
+        m_downloadDirectory = folders.front();
         m_services.settings.defaults.setString(DownloadSettingsStore::directoryKey, m_downloadDirectory.native());
         showDirectory();
     };

@@ -9,6 +9,7 @@
 
 namespace quillet {
 
+class Label;
 class ValueRow;
 
 class PitchControl final : public QWidget {
@@ -24,6 +25,8 @@ private:
 
     AppState& m_state;
     ValueRow* m_row;
+    /// The pitch in words of music.
+    Label* m_semitones;
 };
 
 }  // namespace quillet

@@ -7,7 +7,6 @@
 #include "app/ui/SpeedControl.h"
 #include "app/ui/StemControlsView.h"
 #include "app/ui/TransportView.h"
-#include "app/ui/WaveformPanel.h"
 #include "app/ui/controls/Card.h"
 #include "app/ui/controls/Fonts.h"
 
@@ -52,10 +51,10 @@ void clear(QVBoxLayout& column)
 
 }  // namespace
 
-PlayerScreen::PlayerScreen(AppState& state, const ThemeSource& source, QWidget* parent)
+PlayerScreen::PlayerScreen(AppState& state, const ThemeSource& source, const WaveformPanel::Services& waveform, QWidget* parent)
     : QWidget(parent),
       m_state(state),
-      m_waveform(cardAround(new WaveformPanel(state, source), source)),
+      m_waveform(cardAround(new WaveformPanel(state, source, waveform), source)),
       m_stems(cardAround(new StemControlsView(state, source), source)),
       m_region(cardAround(new RegionControls(state, source), source)),
       m_transport(cardAround(new TransportView(state, source), source)),

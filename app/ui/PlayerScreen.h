@@ -6,6 +6,7 @@
 
 #include "app/core/AppState.h"
 #include "app/ui/ThemeSource.h"
+#include "app/ui/WaveformPanel.h"
 
 #include <QWidget>
 
@@ -20,8 +21,9 @@ class PlayerScreen final : public QWidget {
     Q_OBJECT
 
 public:
-    /// Both outlive the screen.
-    PlayerScreen(AppState& state, const ThemeSource& source, QWidget* parent = nullptr);
+    /// Both, and what the waveform needs, outlive the screen.
+    PlayerScreen(AppState& state, const ThemeSource& source, const WaveformPanel::Services& waveform,
+                 QWidget* parent = nullptr);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -64,6 +64,7 @@ void SeparationNotice::sync()
     const StemSeparationPhase& phase = m_separator.phase();
     const QString song = fileName(m_separator.fileURL());
     const bool isUsable = phase.kind == Kind::complete && m_handlers.canUse();
+    std::optional<int> percent;
     switch (phase.kind) {
     case Kind::idle:
         break;
@@ -71,7 +72,8 @@ void SeparationNotice::sync()
         setSentence(tr("Setting up stem separation…"));
         break;
     case Kind::separating:
-        setSentence(tr("Separating “%1”: %2%").arg(song).arg(std::lround(100 * m_separator.separationProgress().value_or(0))));
+        percent = static_cast<int>(std::lround(100 * m_separator.separationProgress().value_or(0)));
+        setSentence(tr("Separating “%1”: %2%").arg(song).arg(*percent));
         break;
     case Kind::cancelling:
         setSentence(tr("Cancelling…"));
@@ -84,6 +86,7 @@ void SeparationNotice::sync()
                              : tr("The stems of “%1” are ready: they play when it is opened again.").arg(song));
         break;
     }
+    setProgress(percent);
     m_show.setVisible(phase.isRunning());
     m_cancel.setVisible(phase.isRunning() && phase.kind != Kind::cancelling);
     m_use.setVisible(isUsable);

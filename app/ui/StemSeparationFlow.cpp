@@ -16,7 +16,7 @@
 
 namespace quillet {
 
-StemSeparationFlow::StemSeparationFlow(const Services& services, Host host)
+StemSeparationFlow::StemSeparationFlow(const Services& services, FlowHost host)
     : m_services(services),
       m_host(std::move(host)),
       m_notice(new SeparationNotice(services.theme, services.separator,
@@ -138,7 +138,7 @@ void StemSeparationFlow::chooseExportFolder(Export what)
     // It goes with the window, as the flow does.
     new FilePanel(
         m_host.window, { tr("Export Stems"), music, true, tr("Export"), {} },
-        [this, what](const FilePath& folder) { exportTo(folder, what); }, m_host.openSheet);
+        [this, what](const std::vector<FilePath>& folders) { exportTo(folders.front(), what); }, m_host.openSheet);
 }
 
 void StemSeparationFlow::exportTo(const FilePath& folder, Export what)
@@ -171,7 +171,7 @@ void StemSeparationFlow::exportTo(const FilePath& folder, Export what)
 
 void StemSeparationFlow::exportMix(const RenderOptions& mix)
 {
-    const BackgroundRender::Services services{ m_services.audioFiles, m_services.background, m_services.scheduler };
+    const BackgroundRender::Services services{ m_services.media, m_services.background, m_services.scheduler };
     m_host.addNotice(*new ExportNotice(m_services.theme, services, mix));
 }
 

@@ -8,7 +8,9 @@
 #include "app/core/CommandCenter.h"
 #include "app/core/FileLoader.h"
 #include "app/export/PlaybackOptions.h"
+#include "app/export/Rendering.h"
 #include "app/stems/StemSeparator.h"
+#include "app/ui/FlowHost.h"
 #include "app/ui/SeparationNotice.h"
 #include "app/ui/StemSeparationSheet.h"
 #include "app/ui/ThemeSource.h"
@@ -16,10 +18,7 @@
 #include <QObject>
 #include <QPointer>
 
-#include <functional>
 #include <memory>
-
-class QDialog;
 
 namespace quillet {
 
@@ -35,22 +34,13 @@ public:
         StemSeparator& separator;
         StemSessionStore& sessions;
         StemMixStore& mixes;
-        AudioFileOpener& audioFiles;
+        RenderMedia media;
         BackgroundRunner& background;
         Scheduler& scheduler;
         const ThemeSource& theme;
     };
 
-    /// Where the flow shows itself.
-    struct Host {
-        QWidget& window;
-        /// Opens a sheet before the window.
-        std::function<void(QDialog& sheet)> openSheet;
-        /// Places a strip under the toolbar.
-        std::function<void(Notice& notice)> addNotice;
-    };
-
-    StemSeparationFlow(const Services& services, Host host);
+    StemSeparationFlow(const Services& services, FlowHost host);
 
     void showSheet();
     void confirmCleanup();
@@ -75,7 +65,7 @@ private:
     void exportStemsTo(const FilePath& folder, const StemFolder::Stems& stems);
 
     Services m_services;
-    Host m_host;
+    FlowHost m_host;
     /// Late answers find out by it that the flow is gone.
     std::shared_ptr<StemSeparationFlow*> m_self = std::make_shared<StemSeparationFlow*>(this);
     QPointer<StemSeparationSheet> m_sheet;

@@ -1,24 +1,24 @@
 #include "app/waveform/WaveformView.h"
 
 #include "AppCore/RegionClamp.h"
-#include "AppCore/TimeRuler.h"
 #include "AppCore/WaveformZoomPan.h"
 
+#include <QApplication>
 #include <QGestureEvent>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
-#include <QPainter>
 #include <QPinchGesture>
 #include <QStyle>
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <numeric>
 #include <utility>
 
 namespace quillet {
 namespace {
 
-constexpr double labelSpacing = 90;
 constexpr int frameMilliseconds = 16;
 /// Points that one notch of a wheel (120 eighths of a degree) stands for.
 constexpr double pointsPerNotch = 40;
@@ -29,8 +29,6 @@ constexpr double zoomPerPoint = 0.005;
 constexpr double fineStep = 0.01;
 constexpr double coarseStep = 1;
 constexpr int handleFocusWidth = 18;
-constexpr int smallTickHeight = 4;
-constexpr int tickHeight = 8;
 
 }  // namespace
 
@@ -65,21 +63,44 @@ WaveformCoordinates WaveformView::coordinates() const { return { m_duration, wav
 void WaveformView::setLook(const WaveformLook& look)
 {
     m_look = look;
+    m_detailColors = detailColors(look.bars, look.ground);
     m_startHandle->setFocusColor(look.focus);
     m_endHandle->setFocusColor(look.focus);
-    invalidateBars();
+    invalidateWaveform();
 }
 
 void WaveformView::setSamples(std::vector<float> samples)
 {
     m_samples = std::move(samples);
-    invalidateBars();
+    invalidateWaveform();
+}
+
+void WaveformView::setDetail(const WaveformDetail* detail, const SongPart& part)
+{
+    m_detail = detail;
+    const auto seen = partInView();
+    if (seen && barsAreCoarse() && part.end > seen->first && part.first < seen->end)
+        invalidateWaveform();
+}
+
+std::optional<SongPart> WaveformView::partInView() const
+{
+    if (m_samples.empty() || m_duration <= 0 || m_zoomLevel <= 1)
+        return std::nullopt;
+    const double whole = waveformWidth() * m_zoomLevel;
+    return SongPart{ m_panOffset / whole, (m_panOffset + waveformWidth()) / whole };
+}
+
+bool WaveformView::barsAreCoarse() const
+{
+    const double pixels = waveformWidth() * m_zoomLevel * devicePixelRatioF();
+    return m_zoomLevel > 1 && pixels >= coarseBarPixels * static_cast<double>(m_samples.size());
 }
 
 void WaveformView::setDuration(double seconds)
 {
     if (std::exchange(m_duration, seconds) != seconds)
-        invalidateBars();
+        invalidateWaveform();
 }
 
 void WaveformView::setRegion(const TimeRange& region)
@@ -87,7 +108,19 @@ void WaveformView::setRegion(const TimeRange& region)
     if (region == m_region)
         return;
     m_region = region;
-    invalidateBars();
+    invalidateWaveform();
+}
+
+void WaveformView::setSpans(std::vector<WaveformSpan> spans)
+{
+    m_spans = std::move(spans);
+    m_spanOrder.resize(m_spans.size());
+    std::iota(m_spanOrder.begin(), m_spanOrder.end(), std::size_t{ 0 });
+    const auto length = [this](std::size_t span) { return m_spans[span].range.end - m_spans[span].range.start; };
+    std::ranges::sort(m_spanOrder, [&length](std::size_t one, std::size_t other) {
+        return length(one) != length(other) ? length(one) > length(other) : one < other;
+    });
+    update(0, 0, width(), rulerHeight);
 }
 
 void WaveformView::setZoomAndPan(double zoomLevel, double panOffset)
@@ -96,12 +129,12 @@ void WaveformView::setZoomAndPan(double zoomLevel, double panOffset)
         return;
     m_zoomLevel = zoomLevel;
     m_panOffset = panOffset;
-    invalidateBars();
+    invalidateWaveform();
 }
 
-void WaveformView::invalidateBars()
+void WaveformView::invalidateWaveform()
 {
-    m_bars = QPixmap();
+    m_isWaveformCurrent = false;
     placeHandles();
     update();
 }
@@ -148,6 +181,7 @@ void WaveformView::followPlayback()
 
 void WaveformView::showEvent(QShowEvent* event)
 {
+    m_wasShown = true;
     followPlayback();
     QWidget::showEvent(event);
 }
@@ -183,85 +217,12 @@ QRect WaveformView::playheadStrip(double seconds) const
     return { left, rulerHeight, static_cast<int>(2 * playheadLineWidth) + 1, height() - rulerHeight };
 }
 
-// ---- Drawing ----
-
-void WaveformView::drawBars()
-{
-    const double scale = devicePixelRatioF();
-    const int barsHeight = height() - rulerHeight;
-    const double barsWidth = waveformWidth();
-    m_bars = QPixmap(QSize(static_cast<int>(std::ceil(barsWidth * scale)), static_cast<int>(std::ceil(barsHeight * scale))));
-    m_bars.setDevicePixelRatio(scale);
-    m_bars.fill(m_look.ground);
-    QPainter painter(&m_bars);
-    paintWaveform(painter, m_samples, coordinates(), barsHeight, m_region, m_look.bars, 0, barsWidth);
-}
-
-void WaveformView::paintEvent(QPaintEvent* event)
-{
-    QPainter painter(this);
-    const QRect exposed = event->rect();
-    if (exposed.top() < rulerHeight)
-        drawRuler(painter, exposed);
-    if (exposed.bottom() < rulerHeight)
-        return;
-    if (m_bars.isNull() || m_bars.devicePixelRatio() != devicePixelRatioF())
-        drawBars();
-    for (const int x : { 0, width() - sideInset })
-        painter.fillRect(x, rulerHeight, sideInset, height() - rulerHeight, m_look.ground);
-    painter.drawPixmap(sideInset, rulerHeight, m_bars);
-    if (m_samples.empty() || m_duration <= 0)
-        return;
-    drawHandle(painter, m_region.start, m_look.regionStart);
-    drawHandle(painter, m_region.end, m_look.regionEnd);
-    if (m_isPlaying) {
-        const QRectF line(sideInset + timeToX(m_playhead.shown()) - playheadLineWidth / 2, rulerHeight, playheadLineWidth,
-                          height() - rulerHeight);
-        painter.fillRect(line, m_look.playhead);
-    }
-}
-
-void WaveformView::drawHandle(QPainter& painter, double time, const QColor& color) const
-{
-    const double scale = devicePixelRatioF();
-    // On a whole device pixel, so that the line is sharp.
-    const double x = std::round((sideInset + timeToX(time)) * scale) / scale;
-    // As far as it shows: it can be grabbed there.
-    if (x < -handlePillWidth / 2 || x > width() + handlePillWidth / 2)
-        return;
-    painter.fillRect(QRectF(x - markerLineWidth / 2, rulerHeight, markerLineWidth, height() - rulerHeight), color);
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
-    const double middle = rulerHeight + (height() - rulerHeight) / 2.0;
-    painter.drawRoundedRect(QRectF(x - handlePillWidth / 2, middle - handlePillHeight / 2, handlePillWidth, handlePillHeight),
-                            handlePillCornerRadius, handlePillCornerRadius);
-    painter.restore();
-}
-
-void WaveformView::drawRuler(QPainter& painter, const QRectF& exposed) const
-{
-    painter.fillRect(QRectF(0, 0, width(), rulerHeight), m_look.ground);
-    painter.setFont(m_look.rulerFont);
-    for (const RulerTick& tick : rulerTicks(coordinates(), labelSpacing)) {
-        const int length = tick.label.empty() ? smallTickHeight : tickHeight;
-        painter.fillRect(QRectF(sideInset + std::floor(tick.x), rulerHeight - 6 - length, 1, length), m_look.rulerLine);
-        const QRectF place(sideInset + tick.x + 4, 0, labelSpacing, rulerHeight - 6);
-        const QString label = QString::fromStdString(tick.label);
-        const bool fits = place.left() + painter.fontMetrics().horizontalAdvance(label) <= width();
-        if (label.isEmpty() || !fits || !place.intersects(exposed))
-            continue;
-        painter.setPen(m_look.rulerText);
-        painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, label);
-    }
-}
-
 void WaveformView::resizeEvent(QResizeEvent* event)
 {
-    invalidateBars();
+    invalidateWaveform();
     const double old = std::exchange(m_panWidth, waveformWidth());
-    if (m_onWidthChange && old != m_panWidth)
+    // Before it is shown it has the toolkit's size, which no pan was counted in.
+    if (m_onWidthChange && m_wasShown && old != m_panWidth)
         m_onWidthChange(m_panWidth / old);
     QWidget::resizeEvent(event);
 }
@@ -284,6 +245,12 @@ void WaveformView::mousePressEvent(QMouseEvent* event)
     if (m_onResignFocus)
         m_onResignFocus();
     const double x = event->position().x() - sideInset;
+    if (const auto span = spanAt(event->position())) {
+        m_dragMode = DragMode::span;
+        m_pressedSpan = *span;
+        m_dragAnchor = x;
+        return;
+    }
     m_dragMode = handleAt(x);
     if (m_dragMode == DragMode::none) {
         m_dragMode = DragMode::newRegion;
@@ -300,8 +267,13 @@ void WaveformView::mouseMoveEvent(QMouseEvent* event)
     const double x = event->position().x() - sideInset;
     if (m_dragMode == DragMode::none) {
         const bool overHandle = !m_samples.empty() && handleAt(x) != DragMode::none;
-        setCursor(overHandle ? Qt::SizeHorCursor : Qt::ArrowCursor);
+        setCursor(overHandle ? Qt::SizeHorCursor : spanAt(event->position()) ? Qt::PointingHandCursor : Qt::ArrowCursor);
         return;
+    }
+    // Whoever goes on from a span draws a region.
+    if (m_dragMode == DragMode::span && std::abs(x - m_dragAnchor) >= QApplication::startDragDistance()) {
+        m_dragMode = DragMode::newRegion;
+        setCursor(Qt::CrossCursor);
     }
     dragTo(x);
 }
@@ -319,6 +291,7 @@ void WaveformView::dragTo(double x)
     case DragMode::endHandle:
         wishRegion({ m_region.start, RegionClamp::clampEnd(time, m_region.start, m_duration) });
         break;
+    case DragMode::span:
     case DragMode::none:
         break;
     }
@@ -328,7 +301,11 @@ void WaveformView::mouseReleaseEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton || m_dragMode == DragMode::none)
         return;
-    m_dragMode = DragMode::none;
+    if (std::exchange(m_dragMode, DragMode::none) == DragMode::span) {
+        if (m_onSpanClick && m_pressedSpan < m_spans.size())
+            m_onSpanClick(m_pressedSpan, (event->modifiers() & Qt::AltModifier) != 0);
+        return;
+    }
     setCursor(handleAt(event->position().x() - sideInset) != DragMode::none ? Qt::SizeHorCursor : Qt::ArrowCursor);
     if (m_onDragEnded)
         m_onDragEnded();

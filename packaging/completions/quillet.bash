@@ -19,7 +19,7 @@ _quillet() {
       if [[ $current == -* ]]; then
         words='--help'
         case $command in
-          play | render) words+=' --from --to --speed --pitch --keep-formants --eq --stems --passes --delay --hold' ;;&
+          play | render) words+=' --from --to --speed --pitch --keep-formants --channels --eq --stems --passes --delay --hold' ;;&
           render | separate) words+=' --output' ;;
           waveform) words+=' --png --json' ;;
           info) words+=' --json' ;;

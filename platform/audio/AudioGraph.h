@@ -4,6 +4,7 @@
 // Threads: main thread, all of it; completion handlers are called there too.
 #pragma once
 
+#include "platform/audio/ChannelMode.h"
 #include "platform/media/AudioFile.h"
 
 #include <cstdint>
@@ -27,11 +28,13 @@ struct PlannedPass {
     static constexpr std::int64_t endless = INT64_MAX;
 
     /// Frames of the player's file.
-    FrameRange segment;
+    FrameRange segment = {};
     /// Silence before it, placed by frames; without one the pass joins the pass before it seamlessly.
     double pauseSeconds = 0;
-    /// The speed from this pass on; nothing: the time-pitch unit's.
-    std::optional<double> rate;
+    /// Its own speed and pitch; nothing: the time-pitch unit's. Once the pass has been taken over they are the unit's, which
+    /// is to be set to them before.
+    std::optional<double> rate = std::nullopt;
+    std::optional<double> pitchCents = std::nullopt;
     /// A held window, as in `PlayerNode::holdSegment`.
     bool held = false;
     /// How often it is played in a row, at least once.
@@ -44,7 +47,7 @@ struct PlannedPass {
 struct PassPlan {
     std::vector<PlannedPass> passes;
     /// The sound ends when so many passes have been played, counted as `PlayerNode::passesEnded` counts them.
-    std::optional<std::int64_t> passLimit;
+    std::optional<std::int64_t> passLimit = std::nullopt;
 
     bool operator==(const PassPlan&) const = default;
 };
@@ -74,6 +77,11 @@ public:
     /// the plan given then is what follows that pass. A change is heard at its place however far ahead of the sound the old
     /// plan has been prepared. Forgotten at the next `scheduleSegment`.
     virtual void setPlan(PassPlan plan) = 0;
+
+    /// Lets the scheduled segment end `count` (above 0) frames after its start instead, while it sounds on without a break; its
+    /// handler, its plan and the positions stay. False where that cannot be: without a segment, and where the sound is beyond
+    /// the old end or the new one by now.
+    virtual bool moveEnd(std::int64_t count) = 0;
 
     /// Starts the scheduled segment, or goes on after `pause`. Nothing happens without a segment.
     virtual void play() = 0;
@@ -140,6 +148,9 @@ public:
     [[nodiscard]] virtual std::unique_ptr<MixerNode> makeMixer() = 0;
     virtual TimePitchNode& timePitch() = 0;
     virtual EqualizerNode& equalizer() = 0;
+
+    /// Which channels are heard, before anything else is made of them; a change glides. `stereo` leaves every sample as it is.
+    virtual void setChannels(ChannelMode channels) = 0;
 
     /// Leads `source` (a player or a mixer) into `destination` (a mixer or the time-pitch unit). A mixer takes several sources,
     /// the time-pitch unit one: connecting a second replaces the first. All players that reach the time-pitch unit sound in

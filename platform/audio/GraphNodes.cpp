@@ -40,6 +40,16 @@ void GraphPlayer::setPlan(PassPlan plan)
     m_graph.playerChanged();
 }
 
+bool GraphPlayer::moveEnd(std::int64_t count)
+{
+    REQUIRE(count > 0);
+    if (!m_schedule || !m_graph.canMoveEnd(*this, count))
+        return false;
+    if (std::exchange(m_schedule->segment.count, count) != count)
+        m_graph.playerChanged();
+    return true;
+}
+
 void GraphPlayer::play()
 {
     if (!m_schedule)

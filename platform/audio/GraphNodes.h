@@ -34,6 +34,7 @@ public:
     void scheduleSegment(std::shared_ptr<AudioFile> file, FrameRange segment, CompletionHandler playedBack) override;
     void holdSegment(std::shared_ptr<AudioFile> file, FrameRange window, CompletionHandler playedBack) override;
     void setPlan(PassPlan plan) override;
+    bool moveEnd(std::int64_t count) override;
     void play() override;
     void pause() override;
     void stop() override;

@@ -1,6 +1,7 @@
 #include "platform/audio/MixedSource.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <utility>
 
@@ -9,6 +10,30 @@ namespace {
 
 constexpr std::int64_t blockFrames = 512;
 constexpr double gainGlideSeconds = 0.005;
+
+using ChannelGains = std::array<float, 4>;
+
+constexpr ChannelGains asTheyAre{ 1, 0, 0, 1 };
+
+/// Two like channels stay as loud as they are; what differs is raised a little, since there is less of it.
+ChannelGains gainsOf(ChannelMode channels)
+{
+    constexpr float half = 0.5F;
+    constexpr float apart = 0.7071068F;
+    switch (channels) {
+    case ChannelMode::left:
+        return { 1, 0, 1, 0 };
+    case ChannelMode::right:
+        return { 0, 1, 0, 1 };
+    case ChannelMode::mono:
+        return { half, half, half, half };
+    case ChannelMode::sides:
+        return { apart, -apart, apart, -apart };
+    case ChannelMode::stereo:
+        break;
+    }
+    return asTheyAre;
+}
 
 bool endsLeg(const PassEnd& end) { return end.last || end.pauseFrames > 0; }
 
@@ -76,6 +101,8 @@ const MixedSource::Gains& MixedSource::gains() const
             gain *= stage->factor.load(std::memory_order_relaxed);
         m_targets.push_back(gain);
     }
+    const ChannelGains channels = gainsOf(m_channels.load(std::memory_order_relaxed));
+    m_targets.insert(m_targets.end(), channels.begin(), channels.end());
     return m_targets;
 }
 
@@ -85,10 +112,9 @@ void MixedSource::mix(std::int64_t first, std::span<float> stereo, Gains& gains)
     const auto step = static_cast<float>(1 / (gainGlideSeconds * m_run->sampleRate));
     std::size_t done = 0;
     for (; done < stereo.size() && gains != targets; done += 2) {
-        for (std::size_t source = 0; source < gains.size(); ++source) {
-            const float target = targets[source];
-            gains[source] =
-                gains[source] < target ? std::min(target, gains[source] + step) : std::max(target, gains[source] - step);
+        for (std::size_t i = 0; i < gains.size(); ++i) {
+            const float target = targets[i];
+            gains[i] = gains[i] < target ? std::min(target, gains[i] + step) : std::max(target, gains[i] - step);
         }
         mixSteady(first + static_cast<std::int64_t>(done / 2), stereo.subspan(done, 2), gains);
     }
@@ -98,15 +124,24 @@ void MixedSource::mix(std::int64_t first, std::span<float> stereo, Gains& gains)
 void MixedSource::mixSteady(std::int64_t first, std::span<float> stereo, const Gains& gains) const
 {
     std::ranges::fill(stereo, 0.0F);
+    const std::size_t sources = m_run->sources.size();
+    const float* channels = gains.data() + sources;
+    const bool areAsTheyAre = std::equal(asTheyAre.begin(), asTheyAre.end(), channels);
     for (std::size_t i = 0; i < stereo.size(); i += 2) {
         const std::int64_t frame = first + static_cast<std::int64_t>(i / 2);
         if (!knows(frame))
             continue;
         const float* in = frameAt(frame);
-        for (std::size_t source = 0; source < gains.size(); ++source) {
+        for (std::size_t source = 0; source < sources; ++source) {
             stereo[i] += in[2 * source] * gains[source];
             stereo[i + 1] += in[2 * source + 1] * gains[source];
         }
+        if (areAsTheyAre)
+            continue;
+        const float left = stereo[i];
+        const float right = stereo[i + 1];
+        stereo[i] = left * channels[0] + right * channels[1];
+        stereo[i + 1] = left * channels[2] + right * channels[3];
     }
 }
 

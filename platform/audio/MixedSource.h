@@ -1,11 +1,13 @@
 // The present run as one stereo stream: the sum of its files, each through its mixers' gains, addressed by frames of the run's
 // stream. It remembers the files' last half second apart from each other, so that the renderer can look back when it changes
 // over from one way of rendering to another. What lies outside the present leg (the stretch between two silences) is silent.
-// Threads: the render thread.
+// Threads: the render thread, but for `setChannels`.
 #pragma once
 
+#include "platform/audio/ChannelMode.h"
 #include "platform/audio/Run.h"
 
+#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -21,15 +23,19 @@ public:
     /// `consumed` is called when frames were taken out of a run's ring.
     explicit MixedSource(std::function<void()> consumed);
 
+    /// Main thread.
+    void setChannels(ChannelMode channels) { m_channels.store(channels, std::memory_order_relaxed); }
+
     /// Starts with the first frame of `run`, which may be null.
     void begin(std::shared_ptr<Run> run);
     [[nodiscard]] const std::shared_ptr<Run>& run() const { return m_run; }
 
     /// Has frames up to `frame` ready if the source delivered them; returns the position after the last frame that is.
     std::int64_t fetch(std::int64_t frame);
-    /// One gain for each file.
+    /// One gain for each file, and then those of the channels: from the left to the left, from the right to the left, from the
+    /// left to the right, from the right to the right.
     using Gains = std::vector<float>;
-    /// Where the mixers are now.
+    /// Where the mixers and the channels are now.
     [[nodiscard]] const Gains& gains() const;
     /// The sum of the files from frame `first` on: silence outside the leg, else what was fetched within the last half second.
     /// `gains` move on to where the mixers are now over a few milliseconds.
@@ -57,6 +63,7 @@ private:
     std::int64_t m_fetched = 0;
     std::size_t m_width = 0;
     mutable Gains m_targets;
+    std::atomic<ChannelMode> m_channels{ ChannelMode::stereo };
     std::deque<PassEnd> m_passEnds;
     std::int64_t m_legStart = 0;
     std::optional<std::int64_t> m_legEnd;

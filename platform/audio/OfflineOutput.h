@@ -17,6 +17,9 @@ public:
     {
     }
 
+    /// From the next start on.
+    void fixSampleRate(int sampleRate) { m_sampleRate = sampleRate; }
+
     void start(OutputCallback& callback, std::function<void(State)> changed) override;
     void stop() override { m_callback = nullptr; }
     [[nodiscard]] int sampleRate() const override { return m_sampleRate; }

@@ -49,7 +49,7 @@ void OutputStage::fillBlock(std::span<float> stereo) QUILLET_REALTIME
         passMarks();
         if (m_generation != wantedGeneration())
             followWanted(frames - at);
-        if (m_dry && (framesOfRun() >= std::max(m_framesNeeded, frames - at) || knowsEndOf(m_generation))) {
+        if (m_dry && canGoOn(frames - at)) {
             m_dry = false;
             beginFadeIn(fade(riseSeconds));
         }
@@ -138,12 +138,17 @@ bool OutputStage::canEnter(const OutputMark& begin, std::int64_t frames) const Q
     return m_ring.written() - entryOf(begin) >= std::max(begin.framesNeeded, frames) || knowsEndOf(begin.generation);
 }
 
+/// Whether the run that sounds has what a block of `frames` takes; one that ran dry waits for as much as at its beginning.
+bool OutputStage::canGoOn(std::int64_t frames) const QUILLET_REALTIME
+{
+    return framesOfRun() >= (m_dry ? std::max(m_framesNeeded, frames) : frames) || knowsEndOf(m_generation);
+}
+
 void OutputStage::enter(const OutputMark& begin) QUILLET_REALTIME
 {
     const OutputMark run = begin;
     const bool crosses = isAudible();
-    if (crosses)
-        beginTail(fade(crossSeconds));
+    const std::int64_t tail = crosses ? beginTail(fade(crossSeconds)) : 0;
     while (m_marks.front()->kind != OutputMark::Kind::runBegin || m_marks.front()->generation != run.generation)
         m_marks.pop();
     m_marks.pop();
@@ -159,7 +164,8 @@ void OutputStage::enter(const OutputMark& begin) QUILLET_REALTIME
     m_paused = m_pausedGeneration.load(std::memory_order_acquire) == run.generation;
     m_dry = false;
     m_hasNews = true;
-    beginFadeIn(fade(crosses ? crossSeconds : riseSeconds));
+    // What goes on where the other run is needs no more of a fade than there is of that run to cross from.
+    beginFadeIn(run.alignedFrame >= 0 && crosses ? tail : std::max(tail, fade(riseSeconds)));
     passMarks();
 }
 
@@ -247,8 +253,8 @@ void OutputStage::beginFadeIn(std::int64_t frames) QUILLET_REALTIME
 }
 
 /// What comes next of the run that sounds becomes a tail that fades beside whatever is heard then; nothing is taken out of the
-/// ring.
-void OutputStage::beginTail(std::int64_t frames) QUILLET_REALTIME
+/// ring. How long it is: no longer than what there is.
+std::int64_t OutputStage::beginTail(std::int64_t frames) QUILLET_REALTIME
 {
     const std::int64_t count = std::min(frames, framesOfRun());
     const std::int64_t left = m_tailFrames - m_tailAt;
@@ -266,6 +272,7 @@ void OutputStage::beginTail(std::int64_t frames) QUILLET_REALTIME
     }
     m_tailAt = 0;
     m_tailFrames = std::max(count, left);
+    return count;
 }
 
 void OutputStage::addTail(std::span<float> stereo) QUILLET_REALTIME
@@ -307,7 +314,7 @@ bool OutputStage::isReady(std::int64_t frames) const QUILLET_REALTIME
     if (!wantsRun() || m_pausedGeneration.load(std::memory_order_acquire) == wanted)
         return true;
     if (m_generation == wanted)
-        return m_ended || framesOfRun() >= frames || knowsEndOf(wanted);
+        return m_ended || canGoOn(frames);
     const OutputMark* begin = beginOf(wanted);
     return begin != nullptr && canEnter(*begin, frames);
 }

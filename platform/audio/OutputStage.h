@@ -97,13 +97,14 @@ private:
     [[nodiscard]] bool knowsEndOf(std::int64_t generation) const QUILLET_REALTIME;
     [[nodiscard]] std::int64_t entryOf(const OutputMark& begin) const QUILLET_REALTIME;
     [[nodiscard]] bool canEnter(const OutputMark& begin, std::int64_t frames) const QUILLET_REALTIME;
+    [[nodiscard]] bool canGoOn(std::int64_t frames) const QUILLET_REALTIME;
     void enter(const OutputMark& begin) QUILLET_REALTIME;
     void enterNothing(std::int64_t generation) QUILLET_REALTIME;
     [[nodiscard]] std::int64_t framesOfRun() const QUILLET_REALTIME;
     [[nodiscard]] std::int64_t copyRun(std::span<float> stereo) QUILLET_REALTIME;
     void runDry(std::span<float> stereo) QUILLET_REALTIME;
     void beginFadeIn(std::int64_t frames) QUILLET_REALTIME;
-    void beginTail(std::int64_t frames) QUILLET_REALTIME;
+    std::int64_t beginTail(std::int64_t frames) QUILLET_REALTIME;
     void addTail(std::span<float> stereo) QUILLET_REALTIME;
     void passMarks() QUILLET_REALTIME;
     [[nodiscard]] std::int64_t fade(double seconds) const QUILLET_REALTIME;

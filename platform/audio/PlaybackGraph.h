@@ -32,6 +32,7 @@ public:
     [[nodiscard]] std::unique_ptr<MixerNode> makeMixer() override;
     TimePitchNode& timePitch() override { return m_timePitch; }
     EqualizerNode& equalizer() override { return m_equalizer; }
+    void setChannels(ChannelMode channels) override;
     void connect(AudioNode& source, AudioNode& destination) override;
     void disconnectInput(AudioNode& destination) override;
     void start() override;
@@ -73,13 +74,14 @@ private:
     void startWhenPossible();
     void startRun(const std::vector<Voice>& voices);
     void followPlan();
-    void goOnInAnotherRun(RunPlan plan);
+    [[nodiscard]] bool canMoveEnd(const GraphPlayer& player, std::int64_t count);
+    void goOnInAnotherRun(Pass present, RunPlan plan);
     void play(std::shared_ptr<Run> run);
     void endRun();
     [[nodiscard]] int rateFor(int fileRate) const;
     [[nodiscard]] std::vector<RunSource> sourcesOf(const std::vector<Voice>& voices) const;
     [[nodiscard]] FrameRange framesOf(FrameRange segment) const;
-    [[nodiscard]] RunPlan planOf(const PassPlan& plan) const;
+    [[nodiscard]] RunPlan planOf(const PassPlan& plan);
     void newsArrived();
     void outputChanged(AudioOutput::State state);
     void settingsChanged();
@@ -92,6 +94,7 @@ private:
     std::function<void(AudioOutput::State)> m_outputChanged;
     GraphTimePitch m_timePitch;
     GraphEqualizer m_equalizer;
+    ChannelMode m_channels = ChannelMode::stereo;
 
     int m_changeDepth = 0;
     bool m_dirty = false;
@@ -110,6 +113,8 @@ private:
     /// The pass of the run that the players' schedule stands for, and passes of runs before it that count as its own.
     std::int64_t m_pass = 0;
     std::int64_t m_passesBefore = 0;
+    /// Some pass that follows has a speed or a pitch of its own.
+    bool m_plansOwnSettings = false;
     /// Which frame of the stream is at which place of the output ring.
     PositionMap m_map;
     std::int64_t m_mapGeneration = 0;

@@ -29,6 +29,12 @@ constexpr double crossRenewedSeconds = 0.0087;
 /// How far off, in frames of the stream, a place may be that follows from the one before.
 constexpr double placeTolerance = 0.5;
 
+/// In the order of runs, and of the passes of each.
+std::uint64_t releaseWord(std::int64_t generation, std::int64_t pass)
+{
+    return static_cast<std::uint64_t>(generation) << 32 | static_cast<std::uint32_t>(pass);
+}
+
 }  // namespace
 
 Renderer::Renderer(OutputStage& output, std::function<void()> sourceConsumed)
@@ -70,9 +76,10 @@ void Renderer::beginRun(std::shared_ptr<Run> run)
     m_ended = false;
     m_blend = {};
     // A run that goes on from another may begin in a pass of a speed of its own.
-    m_passRate = run->pass(0).pass.rate;
+    m_own = run->pass(0).pass.own;
+    m_pass = 0;
     m_noted.reset();
-    m_atRateJoint = false;
+    m_settingsJoint = false;
     m_beginOutput = m_output.ring().written();
     m_leg = { .pauseLeft = run->start.pauseFrames };
     m_source.begin(std::move(run));
@@ -93,11 +100,23 @@ void Renderer::beginLeg()
 
 // ---- Settings ----
 
-TimeStretcher::Settings Renderer::settings() const
+void Renderer::release(std::int64_t generation, std::int64_t pass)
 {
+    m_released.store(releaseWord(generation, pass), std::memory_order_relaxed);
+}
+
+/// Of that pass of the run.
+TimeStretcher::Settings Renderer::settingsOf(std::int64_t pass, const PassSettings& own) const
+{
+    const std::uint64_t released = m_released.load(std::memory_order_relaxed);
+    const std::int64_t generation = m_source.run() != nullptr ? m_source.run()->generation : 0;
+    const bool isReleased = released >= releaseWord(generation, pass) && released < releaseWord(generation + 1, 0);
+    const auto choose = [isReleased](const std::optional<double>& itsOwn, const std::atomic<double>& common) {
+        return itsOwn && !isReleased ? *itsOwn : common.load(std::memory_order_relaxed);
+    };
     TimeStretcher::Settings settings;
-    settings.rate = m_passRate.value_or(m_rate.load(std::memory_order_relaxed));
-    settings.pitchCents = m_pitchCents.load(std::memory_order_relaxed);
+    settings.rate = choose(own.rate, m_rate);
+    settings.pitchCents = choose(own.pitchCents, m_pitchCents);
     settings.keepsFormants = settings.pitchCents != 0 && m_keepsFormants.load(std::memory_order_relaxed);
     return settings;
 }
@@ -113,7 +132,7 @@ void Renderer::followSettings()
     if (m_blend.from != nullptr)
         return;
     const TimeStretcher::Settings wanted = settings();
-    const bool atRateJoint = std::exchange(m_atRateJoint, false);
+    const bool atSettingsJoint = std::exchange(m_settingsJoint, false);
     const std::int64_t position = std::llround(m_path->position());
     if (wanted == TimeStretcher::Settings{}) {
         if (m_path == &m_bypass)
@@ -124,7 +143,7 @@ void Renderer::followSettings()
         crossTo(startStretched(position, false), crossToStretchedSeconds);
     } else {
         const bool gainsMove = m_stretched->wantsRenewal();
-        if (gainsMove || atRateJoint)
+        if (gainsMove || atSettingsJoint)
             crossTo(startStretched(position, gainsMove), crossRenewedSeconds);
         else
             m_stretched->setSettings(wanted);
@@ -180,7 +199,7 @@ bool Renderer::step()
     if (!m_leg.isBegun)
         beginLeg();
     followSettings();
-    const std::int64_t limit = untilRateChanges(std::min(free, stepFrames));
+    const std::int64_t limit = untilSettingsChange(std::min(free, stepFrames));
     const auto block = std::span(m_block).first(static_cast<std::size_t>(2 * limit));
     const double position = m_path->position();
     const double slope = m_path->slope();
@@ -210,11 +229,11 @@ std::int64_t Renderer::room()
     return std::min(target - (ring.written() - entry), ring.space());
 }
 
-/// At most `limit`: a block ends where a pass of another speed begins.
-std::int64_t Renderer::untilRateChanges(std::int64_t limit) const
+/// At most `limit`: a block ends where a pass of another speed or pitch begins.
+std::int64_t Renderer::untilSettingsChange(std::int64_t limit) const
 {
     const PassEnd* end = m_source.nextPassEnd();
-    if (end == nullptr || end->nextRate == m_passRate)
+    if (end == nullptr || settingsOf(m_pass + 1, end->nextOwn) == settings())
         return limit;
     return std::max<std::int64_t>(1, m_path->framesTo(end->frame, limit));
 }
@@ -285,9 +304,7 @@ void Renderer::emit(std::span<const float> stereo, double position, double slope
         if (ahead > static_cast<double>(count)
             || !pushMark(OutputMark::Kind::passEnd, first + static_cast<std::int64_t>(std::max(0.0, ahead))))
             break;
-        m_atRateJoint |= end->nextRate != m_passRate;
-        m_passRate = end->nextRate;
-        m_source.passNextEnd();
+        beginPass(end->nextOwn);
     }
     ring.write(stereo);
     m_fill.rendered(count);
@@ -307,9 +324,19 @@ bool Renderer::endLeg()
         return m_next != nullptr;
     }
     m_leg = { .isFirst = false, .startFrame = end->frame, .pauseLeft = end->pauseFrames };
-    m_passRate = end->nextRate;
-    m_source.passNextEnd();
+    beginPass(end->nextOwn);
+    m_settingsJoint = false;
     return true;
+}
+
+/// The next pass, from the end on that comes next.
+void Renderer::beginPass(PassSettings own)
+{
+    const TimeStretcher::Settings before = settings();
+    ++m_pass;
+    m_own = own;
+    m_settingsJoint |= settings() != before;
+    m_source.passNextEnd();
 }
 
 // ---- Marks ----

@@ -30,6 +30,10 @@ public:
     void setPitch(double pitchCents) { m_pitchCents.store(pitchCents, std::memory_order_relaxed); }
     void setKeepsFormants(bool keeps) { m_keepsFormants.store(keeps, std::memory_order_relaxed); }
 
+    /// The run's passes up to this one follow the settings, whatever they had of their own.
+    void release(std::int64_t generation, std::int64_t pass);
+    void setChannels(ChannelMode channels) { m_source.setChannels(channels); }
+
     // ---- Render thread ----
 
     void setPriority(ThreadPriority priority) { m_fill.setPriority(priority); }
@@ -58,7 +62,9 @@ private:
         std::int64_t pauseLeft = 0;
     };
 
-    [[nodiscard]] TimeStretcher::Settings settings() const;
+    [[nodiscard]] TimeStretcher::Settings settings() const { return settingsOf(m_pass, m_own); }
+    [[nodiscard]] TimeStretcher::Settings settingsOf(std::int64_t pass, const PassSettings& own) const;
+    void beginPass(PassSettings own);
     [[nodiscard]] std::int64_t frames(double seconds) const;
     [[nodiscard]] std::int64_t room();
     bool beginNext();
@@ -67,7 +73,7 @@ private:
     void followSettings();
     [[nodiscard]] StretchedPath& startStretched(std::int64_t position, bool gainsMove);
     void crossTo(SoundPath& path, double seconds);
-    [[nodiscard]] std::int64_t untilRateChanges(std::int64_t limit) const;
+    [[nodiscard]] std::int64_t untilSettingsChange(std::int64_t limit) const;
     std::int64_t renderPause(std::int64_t room);
     std::int64_t renderBlend(std::span<float> stereo);
     void shapeEdges(std::span<float> stereo, std::int64_t framesToEnd);
@@ -81,6 +87,8 @@ private:
     std::atomic<double> m_rate{ 1 };
     std::atomic<double> m_pitchCents{ 0 };
     std::atomic<bool> m_keepsFormants{ false };
+    /// A run's generation and, in the lower half, the number of one of its passes.
+    std::atomic<std::uint64_t> m_released{ 0 };
     FillPolicy m_fill;
 
     // The two paths, a spare for the stretched one, and what of them sounds.
@@ -89,15 +97,17 @@ private:
     int m_stretchedRate = 0;
     SoundPath* m_path = &m_bypass;
     Blend m_blend;
-    /// The next step begins at a joint at which the speed changes.
-    bool m_atRateJoint = false;
+    /// The next step begins at a joint at which speed or pitch change.
+    bool m_settingsJoint = false;
 
     // The run that waits for its source, and where the one that is rendered begins.
     std::shared_ptr<Run> m_next;
     bool m_ended = true;
     std::int64_t m_beginOutput = 0;
     Leg m_leg;
-    std::optional<double> m_passRate;
+    /// The pass of the run that is rendered, and what it has of its own.
+    std::int64_t m_pass = 0;
+    PassSettings m_own;
     std::optional<MapPiece> m_noted;
     std::vector<float> m_block, m_other;
 };

@@ -29,12 +29,19 @@ struct RunSource {
     std::vector<std::shared_ptr<const SharedGain>> gains;
 };
 
+/// What a pass has in place of the time-pitch unit's settings.
+struct PassSettings {
+    std::optional<double> rate = std::nullopt;
+    std::optional<double> pitchCents = std::nullopt;
+    bool operator==(const PassSettings&) const = default;
+};
+
 /// A pass in frames of the graph.
 struct Pass {
     FrameRange segment;
     /// Silence before it.
     std::int64_t pauseFrames = 0;
-    std::optional<double> rate;
+    PassSettings own;
     bool held = false;
     bool operator==(const Pass&) const = default;
 };
@@ -66,7 +73,7 @@ struct PassEnd {
     /// Nothing follows: the run ends here.
     bool last = false;
     std::int64_t pauseFrames = 0;
-    std::optional<double> nextRate;
+    PassSettings nextOwn;
 };
 
 class Run {

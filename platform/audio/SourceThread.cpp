@@ -142,8 +142,7 @@ private:
     {
         const std::int64_t end = m_streamFrames + rest;
         const auto next = m_run->beginNextPass(end);
-        const PassEnd place =
-            next ? PassEnd{ end, false, next->pauseFrames, next->rate } : PassEnd{ end, true, 0, std::nullopt };
+        const PassEnd place = next ? PassEnd{ end, false, next->pauseFrames, next->own } : PassEnd{ end, true, 0, {} };
         // There is room: it was looked for before the decision.
         static_cast<void>(m_run->passEnds.push(place));
         const bool joins = next && next->pauseFrames == 0 && !(m_pass.held && next->held && next->segment == m_pass.segment);

@@ -20,6 +20,11 @@ ThreadPriority raiseThreadPriority() noexcept
     return isRaised ? ThreadPriority::raised : ThreadPriority::unchanged;
 }
 
+void lowerThreadPriority() noexcept
+{
+    [[maybe_unused]] const int refused = setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), loweredNiceLevel);
+}
+
 ThreadPriority currentThreadPriority() noexcept
 {
     // Of this thread alone, as the system sees it: glibc's own idea does not know what others have granted.

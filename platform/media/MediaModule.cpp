@@ -45,4 +45,10 @@ std::expected<std::unique_ptr<AmplitudeReader>, AudioFileError> MediaModule::Amp
     return openers->amplitudeReaders->open(path);
 }
 
+std::unique_ptr<AudioEncoder> MediaModule::Encoders::make(const EncoderSettings& settings, EncodedOutput& output)
+{
+    const MediaOpeners* openers = m_module.openers();
+    return openers != nullptr ? openers->encoders->make(settings, output) : nullptr;
+}
+
 }  // namespace quillet

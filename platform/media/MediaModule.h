@@ -1,10 +1,11 @@
-// The decoders, in a module beside the executable that is loaded when a file is first opened: they bring more than a hundred
-// libraries with them, which would hold up every start of the program. Whoever opens files by it does not notice.
+// The decoders and encoders, in a module beside the executable that is loaded when a file is first opened: they bring more than
+// a hundred libraries with them, which would hold up every start of the program. Whoever opens files by it does not notice.
 // Threads: callable from every thread.
 #pragma once
 
 #include "platform/base/FilePath.h"
 #include "platform/media/AmplitudeReader.h"
+#include "platform/media/AudioEncoder.h"
 #include "platform/media/AudioFile.h"
 
 #include <mutex>
@@ -16,6 +17,7 @@ inline constexpr const char* mediaModuleEntry = "quilletMediaEntry";
 struct MediaOpeners {
     AudioFileOpener* audioFiles;
     AmplitudeReaderOpener* amplitudeReaders;
+    AudioEncoderMaker* encoders;
 };
 
 class MediaModule {
@@ -34,6 +36,8 @@ public:
     /// Answer `unreadable` for every file where the module cannot be loaded.
     [[nodiscard]] AudioFileOpener& audioFiles() { return m_audioFiles; }
     [[nodiscard]] AmplitudeReaderOpener& amplitudeReaders() { return m_amplitudeReaders; }
+    /// Makes no encoder where the module cannot be loaded.
+    [[nodiscard]] AudioEncoderMaker& encoders() { return m_encoders; }
 
 private:
     class AudioFiles final : public AudioFileOpener {
@@ -59,6 +63,18 @@ private:
         MediaModule& m_module;
     };
 
+    class Encoders final : public AudioEncoderMaker {
+    public:
+        explicit Encoders(MediaModule& module)
+            : m_module(module)
+        {
+        }
+        [[nodiscard]] std::unique_ptr<AudioEncoder> make(const EncoderSettings& settings, EncodedOutput& output) override;
+
+    private:
+        MediaModule& m_module;
+    };
+
     /// Null where it cannot be loaded.
     [[nodiscard]] const MediaOpeners* openers();
 
@@ -67,6 +83,7 @@ private:
     const MediaOpeners* m_openers = nullptr;
     AudioFiles m_audioFiles{ *this };
     AmplitudeReaders m_amplitudeReaders{ *this };
+    Encoders m_encoders{ *this };
 };
 
 }  // namespace quillet

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <utility>
 
 namespace quillet {
@@ -26,8 +27,8 @@ constexpr std::chrono::milliseconds betweenAttempts{ 10 };
 /// What callers may take to say what they have to say; they say it at once.
 constexpr double callerSeconds = 2;
 constexpr std::size_t mostCallers = 16;
-/// Two names of files and an identifier are far shorter.
-constexpr std::size_t mostMessageBytes = 64 * 1024;
+/// As many names as a command line has room for.
+constexpr std::size_t mostMessageBytes = std::size_t{ 4 } * 1024 * 1024;
 constexpr char taken = '+';
 
 std::string environment(const char* name)
@@ -85,15 +86,21 @@ sockaddr_un addressOf(const FilePath& place)
 
 FileDescriptor makeSocket() { return FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)); }
 
-// ---- Messages: how many bytes follow, then the three texts, each with a NUL at its end ----
+// ---- Messages: how many bytes follow, then the texts (two identifiers and the files), each with a NUL at its end ----
 
 constexpr int headBytes = 8;
 
 std::string encoded(const HandOver& handOver)
 {
     std::string texts;
-    for (const std::string& text : { handOver.activationToken, handOver.startupId, handOver.file.value_or("").native() })
-        texts += text.substr(0, text.find('\0')) + '\0';
+    const auto add = [&texts](const std::string& text) {
+        if (headBytes + texts.size() + text.size() < mostMessageBytes)
+            texts += text.substr(0, text.find('\0')) + '\0';
+    };
+    add(handOver.activationToken);
+    add(handOver.startupId);
+    for (const FilePath& file : handOver.files)
+        add(file.native());
     return hexadecimal(texts.size(), headBytes) + texts;
 }
 
@@ -107,14 +114,19 @@ std::optional<std::size_t> messageBytes(const std::string& bytes)
 
 HandOver decoded(const std::string& message)
 {
-    std::array<std::string, 3> texts;
     std::size_t at = headBytes;
-    for (std::string& text : texts) {
-        text = message.substr(std::min(at, message.size()), message.find('\0', at) - at);
+    const auto next = [&] {
+        const std::string text = message.substr(std::min(at, message.size()), message.find('\0', at) - at);
         at += text.size() + 1;
-    }
-    const FilePath file = texts[2];
-    return { file.is_absolute() ? std::optional(file) : std::nullopt, texts[0], texts[1] };
+        return text;
+    };
+    HandOver handOver;
+    handOver.activationToken = next();
+    handOver.startupId = next();
+    while (at < message.size())
+        if (FilePath file = next(); file.is_absolute())
+            handOver.files.push_back(std::move(file));
+    return handOver;
 }
 
 // ---- A later start, which waits ----

@@ -12,15 +12,15 @@
 #include <chrono>
 #include <functional>
 #include <list>
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace quillet {
 
 /// What a start of the program was asked for.
 struct HandOver {
-    /// Absolute.
-    std::optional<FilePath> file;
+    /// Files and folders, absolute. As many are taken along as a message has room for, which are thousands.
+    std::vector<FilePath> files;
     /// By which the desktop lets the window come to the front: Wayland's XDG_ACTIVATION_TOKEN, X11's DESKTOP_STARTUP_ID.
     std::string activationToken;
     std::string startupId;

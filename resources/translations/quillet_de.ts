@@ -91,6 +91,98 @@
         <source>Check for Updates...</source>
         <translation>Nach Updates suchen …</translation>
     </message>
+    <message>
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
+    </message>
+    <message>
+        <source>Edit</source>
+        <translation>Bearbeiten</translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <translation>Wiederholen</translation>
+    </message>
+    <message>
+        <source>Start Here</source>
+        <translation>Hier beginnen</translation>
+    </message>
+    <message>
+        <source>Region</source>
+        <translation>Bereich</translation>
+    </message>
+    <message>
+        <source>End Here</source>
+        <translation>Hier enden</translation>
+    </message>
+    <message>
+        <source>Start 10 ms Earlier</source>
+        <translation>Anfang 10 ms früher</translation>
+    </message>
+    <message>
+        <source>Start 10 ms Later</source>
+        <translation>Anfang 10 ms später</translation>
+    </message>
+    <message>
+        <source>End 10 ms Earlier</source>
+        <translation>Ende 10 ms früher</translation>
+    </message>
+    <message>
+        <source>End 10 ms Later</source>
+        <translation>Ende 10 ms später</translation>
+    </message>
+    <message>
+        <source>Back by Its Length</source>
+        <translation>Um seine Länge zurück</translation>
+    </message>
+    <message>
+        <source>On by Its Length</source>
+        <translation>Um seine Länge weiter</translation>
+    </message>
+    <message>
+        <source>Whole Song</source>
+        <translation>Ganzer Song</translation>
+    </message>
+    <message>
+        <source>Save Loop</source>
+        <translation>Schleife sichern</translation>
+    </message>
+    <message>
+        <source>Loops</source>
+        <translation>Schleifen</translation>
+    </message>
+    <message>
+        <source>Play Loops as a List</source>
+        <translation>Schleifen nacheinander spielen</translation>
+    </message>
+    <message>
+        <source>Export as Heard…</source>
+        <translation>Exportieren, wie es klingt …</translation>
+    </message>
+    <message>
+        <source>Save Loops to a File…</source>
+        <translation>Schleifen in Datei sichern …</translation>
+    </message>
+    <message>
+        <source>Load Loops from a File…</source>
+        <translation>Schleifen aus Datei laden …</translation>
+    </message>
+    <message>
+        <source>Follow Play Head</source>
+        <translation>Der Abspielposition folgen</translation>
+    </message>
+    <message>
+        <source>View</source>
+        <translation>Darstellung</translation>
+    </message>
+    <message>
+        <source>Previous Song</source>
+        <translation>Voriger Song</translation>
+    </message>
+    <message>
+        <source>Next Song</source>
+        <translation>Nächster Song</translation>
+    </message>
 </context>
 <context>
     <name>DownloadError</name>
@@ -245,6 +337,13 @@
     <message>
         <source>The newest yt-dlp could not be fetched.</source>
         <translation>Das neueste yt-dlp ließ sich nicht laden.</translation>
+    </message>
+</context>
+<context>
+    <name>quillet::AppState</name>
+    <message>
+        <source>Loop %1</source>
+        <translation>Schleife %1</translation>
     </message>
 </context>
 <context>
@@ -409,6 +508,10 @@
     <message>
         <source>Language</source>
         <translation>Sprache</translation>
+    </message>
+    <message>
+        <source>Keys</source>
+        <translation>Tasten</translation>
     </message>
 </context>
 <context>
@@ -576,6 +679,34 @@
         <source>EQ gain at %1</source>
         <translation>EQ-Pegel bei %1</translation>
     </message>
+    <message>
+        <source>Stereo</source>
+        <translation>Stereo</translation>
+    </message>
+    <message>
+        <source>Left</source>
+        <translation>Links</translation>
+    </message>
+    <message>
+        <source>Right</source>
+        <translation>Rechts</translation>
+    </message>
+    <message>
+        <source>Mono</source>
+        <translation>Mono</translation>
+    </message>
+    <message>
+        <source>No Middle</source>
+        <translation>Ohne Mitte</translation>
+    </message>
+    <message>
+        <source>Channels</source>
+        <translation>Kanäle</translation>
+    </message>
+    <message>
+        <source>Which channels are heard. “No Middle” leaves out what both sides have alike, as voices often are.</source>
+        <translation>Welche Kanäle zu hören sind. „Ohne Mitte“ lässt weg, was beide Seiten gleich haben, wie oft den Gesang.</translation>
+    </message>
 </context>
 <context>
     <name>quillet::EmptyScreen</name>
@@ -594,6 +725,82 @@
     <message>
         <source>Recent Files</source>
         <translation>Zuletzt geöffnet</translation>
+    </message>
+    <message>
+        <source>Open a song to practise, or drop songs or a folder here.</source>
+        <translation>Öffnen Sie einen Song zum Üben oder ziehen Sie Songs oder einen Ordner hierher.</translation>
+    </message>
+    <message>
+        <source>Close List</source>
+        <translation>Liste schließen</translation>
+    </message>
+    <message>
+        <source>Songs, %1</source>
+        <comment>The place in the list</comment>
+        <translation>Songs, %1</translation>
+    </message>
+</context>
+<context>
+    <name>quillet::ExportFlow</name>
+    <message>
+        <source>Export</source>
+        <translation>Exportieren</translation>
+    </message>
+    <message>
+        <source>Export as Heard</source>
+        <translation>Exportieren, wie es klingt</translation>
+    </message>
+    <message>
+        <source>With the present speed, pitch, equalizer, channels and stems. A list of loops has the loops’ own speeds and pitches.</source>
+        <translation>Mit dem jetzigen Tempo, der Tonhöhe, dem Equalizer, den Kanälen und Spuren. Eine Liste von Schleifen hat deren eigene Tempi und Tonhöhen.</translation>
+    </message>
+    <message>
+        <source>What is exported</source>
+        <translation>Was exportiert wird</translation>
+    </message>
+    <message>
+        <source>Region</source>
+        <translation>Bereich</translation>
+    </message>
+    <message>
+        <source>Whole Song</source>
+        <translation>Ganzer Song</translation>
+    </message>
+    <message>
+        <source>Loops as a List</source>
+        <translation>Schleifen nacheinander</translation>
+    </message>
+    <message>
+        <source>times</source>
+        <translation>Mal</translation>
+    </message>
+    <message>
+        <source>How often it is played</source>
+        <translation>Wie oft es gespielt wird</translation>
+    </message>
+    <message>
+        <source>Kind of file</source>
+        <translation>Art der Datei</translation>
+    </message>
+    <message>
+        <source>What</source>
+        <translation>Was</translation>
+    </message>
+    <message>
+        <source>How often</source>
+        <translation>Wie oft</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Choose Folder…</source>
+        <translation>Ordner wählen …</translation>
     </message>
 </context>
 <context>
@@ -835,6 +1042,87 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
         <source>Ctrl+</source>
         <translation>Strg+</translation>
     </message>
+    <message>
+        <source>Marks, Loops and Trainer</source>
+        <translation>Marken, Schleifen und Trainer</translation>
+    </message>
+    <message>
+        <source>• [ and ] set the region&apos;s start and end where you hear it. With Shift that end moves 10 ms outwards, with Alt inwards.
+• Comma and period move the region by its own length, Backspace takes the whole song.
+• Save Loop (Cmd+S) keeps the region under a name, with speed, pitch and trainer.
+• Click a saved loop, or press Cmd+1 to Cmd+0: it begins when the present pass has ended, with Alt at once.
+• The trainer plays the loop at one speed after the other. A speed set by hand pauses it.
+• Cmd+Z undoes, Cmd+E exports what you hear.</source>
+        <translation>• [ und ] (die Tasten rechts vom P) setzen Anfang und Ende des Bereichs, wo es zu hören ist. Mit Umschalt rückt dieses Ende 10 ms nach außen, mit Alt nach innen.
+• Komma und Punkt verschieben den Bereich um seine Länge, die Rücktaste nimmt den ganzen Song.
+• Schleife sichern (Cmd+S) behält den Bereich unter einem Namen, mit Tempo, Tonhöhe und Trainer.
+• Ein Klick auf eine gesicherte Schleife, oder Cmd+1 bis Cmd+0: sie beginnt, wenn der jetzige Durchgang zu Ende ist, mit Alt sofort.
+• Der Trainer spielt die Schleife mit einem Tempo nach dem anderen. Ein Tempo von Hand lässt ihn pausieren.
+• Cmd+Z nimmt zurück, Cmd+E exportiert, was zu hören ist.</translation>
+    </message>
+    <message>
+        <source>[ ]</source>
+        <translation>[ ]</translation>
+    </message>
+    <message>
+        <source>Region start, end here</source>
+        <translation>Bereich beginnt, endet hier</translation>
+    </message>
+    <message>
+        <source>Cmd+S</source>
+        <translation>Cmd+S</translation>
+    </message>
+    <message>
+        <source>Save loop</source>
+        <translation>Schleife sichern</translation>
+    </message>
+    <message>
+        <source>Cmd+1…0</source>
+        <translation>Cmd+1…0</translation>
+    </message>
+    <message>
+        <source>Call up a saved loop</source>
+        <translation>Gesicherte Schleife aufrufen</translation>
+    </message>
+    <message>
+        <source>Cmd+Z</source>
+        <translation>Cmd+Z</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
+    </message>
+    <message>
+        <source>Several Songs, a Closer Look</source>
+        <translation>Mehrere Songs und der Blick aus der Nähe</translation>
+    </message>
+    <message>
+        <source>• Drop several songs or a folder: Cmd+Page Up and Cmd+Page Down go through them.
+• Zoomed in, the waveform shows the sound itself. Follow keeps the play head in view.
+• The Loops menu saves the loops to a file and loads them again, on another computer too.</source>
+        <translation>• Ziehen Sie mehrere Songs oder einen Ordner ins Fenster: Cmd+Bild auf und Cmd+Bild ab gehen sie durch.
+• Vergrößert zeigt die Wellenform den Klang selbst. „Folgen“ hält die Abspielposition im Blick.
+• Das Menü „Schleifen“ sichert die Schleifen in einer Datei und lädt sie wieder, auch auf einem anderen Rechner.</translation>
+    </message>
+</context>
+<context>
+    <name>quillet::HintNotice</name>
+    <message>
+        <source>Got It</source>
+        <translation>Verstanden</translation>
+    </message>
+    <message>
+        <source>Drag over the waveform to choose a bar, then press %1.</source>
+        <translation>Ziehen Sie über die Wellenform, um einen Takt zu wählen, und drücken Sie dann %1.</translation>
+    </message>
+    <message>
+        <source>Click the speed and type one such as 60, or press %1 and %2.</source>
+        <translation>Klicken Sie auf das Tempo und geben Sie etwa 60 ein, oder drücken Sie %1 und %2.</translation>
+    </message>
+    <message>
+        <source>%1 and %2 mark a region while you listen.</source>
+        <translation>%1 und %2 markieren beim Hören einen Bereich.</translation>
+    </message>
 </context>
 <context>
     <name>quillet::HoldButton</name>
@@ -856,6 +1144,62 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
     <message>
         <source>Player</source>
         <translation>Player</translation>
+    </message>
+</context>
+<context>
+    <name>quillet::KeySettings</name>
+    <message>
+        <source>Mute %1</source>
+        <translation>%1 stumm</translation>
+    </message>
+    <message>
+        <source>Hear %1 Alone</source>
+        <translation>Nur %1</translation>
+    </message>
+    <message>
+        <source>Loop %1</source>
+        <translation>Schleife %1</translation>
+    </message>
+    <message>
+        <source>Loop %1 at Once</source>
+        <translation>Schleife %1 sofort</translation>
+    </message>
+    <message>
+        <source>Play / Pause</source>
+        <translation>Wiedergabe / Pause</translation>
+    </message>
+    <message>
+        <source>Reset All Keys</source>
+        <translation>Alle Tasten zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Click a key and press the new one; Escape leaves it as it is. A pedal that sends keys works too. Space always plays and pauses.</source>
+        <translation>Auf eine Taste klicken und die neue drücken; Escape lässt sie, wie sie ist. Ein Pedal, das Tasten sendet, geht auch. Die Leertaste spielt und pausiert immer.</translation>
+    </message>
+    <message>
+        <source>Reset</source>
+        <translation>Zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Reset the key of %1</source>
+        <translation>Die Taste von %1 zurücksetzen</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>Keine</translation>
+    </message>
+    <message>
+        <source>Press a key…</source>
+        <translation>Taste drücken …</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <comment>A command and its key</comment>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>also: %1</source>
+        <translation>auch: %1</translation>
     </message>
 </context>
 <context>
@@ -923,6 +1267,160 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
     </message>
 </context>
 <context>
+    <name>quillet::LoopFileFlow</name>
+    <message>
+        <source>“%1” cannot be read: %2.</source>
+        <translation>„%1“ lässt sich nicht lesen: %2.</translation>
+    </message>
+    <message>
+        <source>“%1” was written by a newer version of Quillet. Update Quillet to read it.</source>
+        <translation>„%1“ wurde von einer neueren Version von Quillet geschrieben. Aktualisieren Sie Quillet, um es zu lesen.</translation>
+    </message>
+    <message>
+        <source>“%1” holds no loops.</source>
+        <translation>„%1“ enthält keine Schleifen.</translation>
+    </message>
+    <message>
+        <source>Save Loops to a File</source>
+        <translation>Schleifen in Datei sichern</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Sichern</translation>
+    </message>
+    <message>
+        <source>“%1” has been written.</source>
+        <translation>„%1“ ist geschrieben.</translation>
+    </message>
+    <message>
+        <source>Load Loops from a File</source>
+        <translation>Schleifen aus Datei laden</translation>
+    </message>
+    <message>
+        <source>Files of loops</source>
+        <translation>Dateien mit Schleifen</translation>
+    </message>
+    <message>
+        <source>“%1” holds the loops of another song.</source>
+        <translation>„%1“ enthält die Schleifen eines anderen Songs.</translation>
+    </message>
+    <message>
+        <source>“%1” holds the loops of another song: “%2”.</source>
+        <translation>„%1“ enthält die Schleifen eines anderen Songs: „%2“.</translation>
+    </message>
+    <message>
+        <source>They may lie elsewhere in this one.</source>
+        <translation>In diesem können sie an anderen Stellen liegen.</translation>
+    </message>
+    <message>
+        <source>Add Them Anyway</source>
+        <translation>Trotzdem hinzufügen</translation>
+    </message>
+    <message>
+        <source>Loops added: %1.</source>
+        <translation>Hinzugefügte Schleifen: %1.</translation>
+    </message>
+    <message>
+        <source>There already: %1.</source>
+        <translation>Schon vorhanden: %1.</translation>
+    </message>
+    <message>
+        <source>Beyond the song’s end: %1.</source>
+        <translation>Hinter dem Ende des Songs: %1.</translation>
+    </message>
+    <message>
+        <source>More than a song can have: %1.</source>
+        <translation>Mehr, als ein Song haben kann: %1.</translation>
+    </message>
+</context>
+<context>
+    <name>quillet::LoopListModel</name>
+    <message>
+        <source>%1 – %2, %3%</source>
+        <translation>%1 – %2, %3 %</translation>
+    </message>
+    <message>
+        <source>with trainer</source>
+        <translation>mit Trainer</translation>
+    </message>
+    <message>
+        <source>%1, %2</source>
+        <comment>A loop&apos;s name, and what it is</comment>
+        <translation>%1, %2</translation>
+    </message>
+</context>
+<context>
+    <name>quillet::LoopStrip</name>
+    <message>
+        <source>Name of the loop</source>
+        <translation>Name der Schleife</translation>
+    </message>
+    <message>
+        <source>Play List</source>
+        <translation>Liste spielen</translation>
+    </message>
+    <message>
+        <source>Saved loops</source>
+        <translation>Gesicherte Schleifen</translation>
+    </message>
+    <message>
+        <source>Play the loops one after the other, each as often as its menu says</source>
+        <translation>Spielt die Schleifen nacheinander, jede so oft, wie ihr Menü sagt</translation>
+    </message>
+    <message>
+        <source>Rename</source>
+        <translation>Umbenennen</translation>
+    </message>
+    <message>
+        <source>Color</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>Times in the List</source>
+        <translation>Wie oft in der Liste</translation>
+    </message>
+    <message>
+        <source>Replace by the Present Region</source>
+        <translation>Durch den jetzigen Bereich ersetzen</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>Purple</source>
+        <translation>Violett</translation>
+    </message>
+    <message>
+        <source>Orange</source>
+        <translation>Orange</translation>
+    </message>
+    <message>
+        <source>Green</source>
+        <translation>Grün</translation>
+    </message>
+    <message>
+        <source>Blue</source>
+        <translation>Blau</translation>
+    </message>
+    <message>
+        <source>Pink</source>
+        <translation>Rosa</translation>
+    </message>
+    <message>
+        <source>Yellow</source>
+        <translation>Gelb</translation>
+    </message>
+    <message>
+        <source>Teal</source>
+        <translation>Petrol</translation>
+    </message>
+    <message>
+        <source>Gray</source>
+        <translation>Grau</translation>
+    </message>
+</context>
+<context>
     <name>quillet::MainWindow</name>
     <message>
         <source>Open Recent</source>
@@ -939,6 +1437,50 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
     <message>
         <source>%1 — Quillet</source>
         <translation>%1 — Quillet</translation>
+    </message>
+    <message>
+        <source>Region</source>
+        <translation>Bereich</translation>
+    </message>
+    <message>
+        <source>Speed</source>
+        <translation>Tempo</translation>
+    </message>
+    <message>
+        <source>Pitch</source>
+        <translation>Tonhöhe</translation>
+    </message>
+    <message>
+        <source>Equalizer</source>
+        <translation>Equalizer</translation>
+    </message>
+    <message>
+        <source>Channels</source>
+        <translation>Kanäle</translation>
+    </message>
+    <message>
+        <source>Trainer</source>
+        <translation>Trainer</translation>
+    </message>
+    <message>
+        <source>Loops</source>
+        <translation>Schleifen</translation>
+    </message>
+    <message>
+        <source>Stem Mix</source>
+        <translation>Mischung der Spuren</translation>
+    </message>
+    <message>
+        <source>%1 %2</source>
+        <comment>Undo, or Redo, and what</comment>
+        <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>quillet::Notice</name>
+    <message>
+        <source>Progress</source>
+        <translation>Fortschritt</translation>
     </message>
 </context>
 <context>
@@ -1048,6 +1590,10 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
     <message>
         <source>cents  (±1200, 100 = 1 semitone)</source>
         <translation>Cent  (±1200, 100 = 1 Halbton)</translation>
+    </message>
+    <message>
+        <source>Cents, semitones (“+2 st”), or what the song’s A is tuned to (“A=443”)</source>
+        <translation>Cent, Halbtöne („+2 st“) oder worauf das A des Songs gestimmt ist („A=443“)</translation>
     </message>
 </context>
 <context>
@@ -1214,6 +1760,63 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
     <message>
         <source>Settings</source>
         <translation>Einstellungen</translation>
+    </message>
+</context>
+<context>
+    <name>quillet::SongListModel</name>
+    <message>
+        <source>%1, cannot be opened</source>
+        <comment>A song</comment>
+        <translation>%1, lässt sich nicht öffnen</translation>
+    </message>
+    <message>
+        <source>%1, the present song</source>
+        <comment>A song</comment>
+        <translation>%1, der jetzige Song</translation>
+    </message>
+    <message>
+        <source>%1 of %2</source>
+        <comment>The number of a song in a list</comment>
+        <translation>%1 von %2</translation>
+    </message>
+    <message>
+        <source>%1 songs</source>
+        <translation>%1 Songs</translation>
+    </message>
+</context>
+<context>
+    <name>quillet::SongListView</name>
+    <message>
+        <source>Songs of the list</source>
+        <translation>Songs der Liste</translation>
+    </message>
+</context>
+<context>
+    <name>quillet::SongStrip</name>
+    <message>
+        <source>Previous song</source>
+        <translation>Voriger Song</translation>
+    </message>
+    <message>
+        <source>Next song</source>
+        <translation>Nächster Song</translation>
+    </message>
+    <message>
+        <source>List of songs</source>
+        <translation>Songliste</translation>
+    </message>
+    <message>
+        <source>All songs of the list</source>
+        <translation>Alle Songs der Liste</translation>
+    </message>
+    <message>
+        <source>Close the list</source>
+        <translation>Liste schließen</translation>
+    </message>
+    <message>
+        <source>Songs, %1</source>
+        <comment>The place in the list</comment>
+        <translation>Songs, %1</translation>
     </message>
 </context>
 <context>
@@ -1589,6 +2192,90 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
     </message>
 </context>
 <context>
+    <name>quillet::TrainerControl</name>
+    <message>
+        <source>Trainer</source>
+        <translation>Trainer</translation>
+    </message>
+    <message>
+        <source>Resume</source>
+        <translation>Weiter</translation>
+    </message>
+    <message>
+        <source>At the goal</source>
+        <translation>Am Ziel</translation>
+    </message>
+    <message>
+        <source>Play the loop at one speed after the other</source>
+        <translation>Spielt die Schleife mit einem Tempo nach dem anderen</translation>
+    </message>
+    <message>
+        <source>From</source>
+        <comment>a speed</comment>
+        <translation>Von</translation>
+    </message>
+    <message>
+        <source>Trainer, first speed in percent</source>
+        <translation>Trainer, erstes Tempo in Prozent</translation>
+    </message>
+    <message>
+        <source>to</source>
+        <comment>a speed</comment>
+        <translation>bis</translation>
+    </message>
+    <message>
+        <source>Trainer, goal in percent</source>
+        <translation>Trainer, Ziel in Prozent</translation>
+    </message>
+    <message>
+        <source>by</source>
+        <comment>steps of</comment>
+        <translation>um</translation>
+    </message>
+    <message>
+        <source>Trainer, step in percent</source>
+        <translation>Trainer, Schritt in Prozent</translation>
+    </message>
+    <message>
+        <source>every</source>
+        <comment>so many passes</comment>
+        <translation>alle</translation>
+    </message>
+    <message>
+        <source>Trainer, passes at each speed</source>
+        <translation>Trainer, Durchgänge bei jedem Tempo</translation>
+    </message>
+    <message>
+        <source>passes, then</source>
+        <comment>stay, stop or start over</comment>
+        <translation>Durchgänge, dann</translation>
+    </message>
+    <message>
+        <source>Stay</source>
+        <translation>Bleiben</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Anhalten</translation>
+    </message>
+    <message>
+        <source>Start Over</source>
+        <translation>Von vorn</translation>
+    </message>
+    <message>
+        <source>Paused</source>
+        <translation>Pausiert</translation>
+    </message>
+    <message>
+        <source>Goal reached: %1</source>
+        <translation>Ziel erreicht: %1</translation>
+    </message>
+    <message>
+        <source>Pass %1 of %2 at %3</source>
+        <translation>Durchgang %1 von %2, %3</translation>
+    </message>
+</context>
+<context>
     <name>quillet::TransportView</name>
     <message>
         <source>Position %1</source>
@@ -1688,6 +2375,26 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
     <message>
         <source>Zoom %1 times</source>
         <translation>Zoom %1-fach</translation>
+    </message>
+    <message>
+        <source>Save Loop</source>
+        <translation>Merken</translation>
+    </message>
+    <message>
+        <source>Keep the region under a name, with its speed and pitch</source>
+        <translation>Den Bereich unter einem Namen behalten, mit Tempo und Tonhöhe</translation>
+    </message>
+    <message>
+        <source>Follow</source>
+        <translation>Folgen</translation>
+    </message>
+    <message>
+        <source>Keep the play head in view while it plays</source>
+        <translation>Hält die Abspielposition beim Spielen im Blick</translation>
+    </message>
+    <message>
+        <source>Follow the play head</source>
+        <translation>Der Abspielposition folgen</translation>
     </message>
 </context>
 <context>

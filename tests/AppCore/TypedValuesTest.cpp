@@ -49,7 +49,14 @@ TEST(TypedValues, ALeadingMinusLowersThePitch)
                               { "12.5", 0, 12.5 }, { "nan", 0, 1200 },    { "-inf", 0, -1200 } };
     for (const Entry& e : entries)
         EXPECT_EQ(PitchInputParser::parse(e.text, e.anchor), e.expected) << '"' << e.text << "\" at " << e.anchor;
-    const std::string_view rejected[] = { "-", "50c", "50%", "12,5", "", "- 50", "−50" };
+    const Entry musical[] = { { "+2 st", 0, 200 },        { "-1.5ST", 100, -50 },   { "2 st", 700, 200 },
+                              { "-50 ct", 20, -30 },      { "13 st", 0, 1200 },     { "A=440", 300, 0 },
+                              { "a = 880 hz", 0, -1200 }, { "A=443", 0, -11.7638 }, { "A=1e-9", 0, 1200 },
+                              { "A=432Hz", 0, 31.7667 } };
+    for (const Entry& e : musical)
+        EXPECT_NEAR(PitchInputParser::parse(e.text, e.anchor).value_or(-9999), e.expected, 1e-4) << e.text;
+    const std::string_view rejected[] = { "A=",      "A=0", "A=-440", "A=inf", "A=nan", "443=A", "A 443", "st", "+ st",
+                                          "2 st st", "-",   "50c",    "50%",   "12,5",  "",      "- 50",  "−50" };
     for (const std::string_view text : rejected)
         EXPECT_FALSE(PitchInputParser::parse(text, 100)) << '"' << text << '"';
 }
@@ -77,6 +84,12 @@ TEST(TypedValues, PitchIsShownInWholeCents)
     };
     for (const auto& [cents, text] : cases)
         EXPECT_EQ(PitchInputParser::format(cents), text);
+    const std::pair<double, const char*> described[] = {
+        { 0, "" },        { -0.04, "" },       { 0.06, "+0.1 ct" },          { -11.7636, "-11.8 ct" }, { 50, "+50 ct" },
+        { 200, "+2 st" }, { 199.96, "+2 st" }, { -150.25, "-1 st 50.3 ct" }, { 1200, "+12 st" },
+    };
+    for (const auto& [cents, text] : described)
+        EXPECT_EQ(PitchInputParser::describe(cents), text);
 }
 
 TEST(TypedValues, TimesAreCutOffAtMilliseconds)

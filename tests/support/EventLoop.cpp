@@ -11,7 +11,9 @@ EventLoop::EventLoop()
     static int argumentCount = 1;
     static char name[] = "test";
     static char* arguments[] = { name, nullptr };
-    static const QCoreApplication application(argumentCount, arguments);
+    // Kept to the end: what the toolkit keeps itself may be gone before what is destroyed then.
+    static const auto* const application = new QCoreApplication(argumentCount, arguments);
+    static_cast<void>(application);
 }
 
 bool EventLoop::runUntil(const std::function<bool()>& condition, double seconds)

@@ -51,6 +51,7 @@ public:
     std::vector<std::vector<std::string>> batches;
 
     double latencySeconds = 0;
+    ChannelMode channels = ChannelMode::stereo;
     int startCount = 0;
     std::optional<int> preparedRate;
 
@@ -73,6 +74,7 @@ public:
     [[nodiscard]] std::unique_ptr<MixerNode> makeMixer() override { return make<Mixer>(mixers); }
     TimePitchNode& timePitch() override { return m_timePitch; }
     EqualizerNode& equalizer() override { return m_equalizer; }
+    void setChannels(ChannelMode mode) override { channels = mode; }
     void connect(AudioNode& source, AudioNode& destination) override
     {
         auto& inputs = m_inputs[&destination];
@@ -127,6 +129,12 @@ private:
             take(std::move(file), window, true, std::move(playedBack));
         }
         void setPlan(PassPlan plan) override { node->plan = std::move(plan); }
+        bool moveEnd(std::int64_t count) override
+        {
+            REQUIRE(node->segment && count > 0);
+            node->segment->count = count;
+            return true;
+        }
         void play() override
         {
             node->isSounding = node->segment.has_value();

@@ -24,6 +24,7 @@ namespace {
 
 using testing::Contains;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 /// Hides a block from the optimiser, which may leave out an allocation that nothing uses.
 void* volatile sink = nullptr;
@@ -47,7 +48,8 @@ TEST(RealtimeGuard, BitesOnEachKindOfFunctionInsideAScopeOnly)
         { "pthread_mutex_lock", [&] { const std::scoped_lock lock(mutex); } },
         { "poll", [] { poll(nullptr, 0, 0); } },
         { "usleep", [] { usleep(1); } },
-        { "fopen64", [] { std::ifstream("/dev/null"); } },
+        // By another name on some systems: fopen64.
+        { "fopen", [] { std::ifstream("/dev/null"); } },
     };
     for (const Case& each : cases) {
         SCOPED_TRACE(each.function);
@@ -57,7 +59,7 @@ TEST(RealtimeGuard, BitesOnEachKindOfFunctionInsideAScopeOnly)
             const RealtimeScope scope;
             each.call();
         }
-        EXPECT_THAT(takeRealtimeViolations(), Contains(each.function));
+        EXPECT_THAT(takeRealtimeViolations(), Contains(StartsWith(each.function)));
     }
 }
 

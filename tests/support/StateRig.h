@@ -28,6 +28,7 @@ struct EvenAmplitudes final : AmplitudeReaderOpener {
         [[nodiscard]] bool entersAnywhere() const override { return false; }
         void enter(std::int64_t) override { }
         [[nodiscard]] double sum(std::int64_t count) override { return 0.5 * static_cast<double>(count); }
+        [[nodiscard]] SoundSummary summary(std::int64_t) override { return { -0.5F, 0.5F, 0.25F }; }
     };
 
     explicit EvenAmplitudes(AudioFileOpener& files)
@@ -56,10 +57,11 @@ struct StateRig {
     SettingsStore settings{ defaults };
     StemSessionStore stemSessions{ defaults };
     StemMixStore stemMixes{ defaults };
+    PracticeStore practices{ defaults };
     FakeAudioGraph graph;
     AudioEngine engine{ graph, scheduler };
     std::shared_ptr<AppState> state =
-        std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ settings, stemSessions, stemMixes }, engine);
+        std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ settings, stemSessions, stemMixes, practices }, engine);
     ManualRunner background;
     SystemFileAttributes attributes;
     WaveformCache cache{ defaults, attributes };
@@ -76,7 +78,8 @@ struct StateRig {
                          stemSessions,
                          recentFiles,
                          stemMixes,
-                         attributes } };
+                         attributes,
+                         practices } };
 
     explicit StateRig(double durationSeconds = 10)
     {

@@ -24,8 +24,9 @@ def make_songs(folder, seconds=6):
 
 class SongServer:
     """/song.mp3, .wav, .m4a and any other name with such an ending: the song. Below /slow/, in pieces over SLOW_SECONDS, and from
-    any place on that is asked for; below /endless/, without an end; below /broken/, half of it. /moved/X leads to /X. /page: a page without a song. /titled/T: a page
-    with the title T and a song. /album: a page with two songs. Everything else is not found."""
+    any place on that is asked for, its second half byte by byte while go_on is not set; below /endless/, without an end; below
+    /broken/, half of it. /moved/X leads to /X. /page: a page without a song. /titled/T: a page with the title T and a song. /album: a
+    page with two songs. Everything else is not found."""
 
     def __init__(self, songs):
         server = self
@@ -33,6 +34,8 @@ class SongServer:
         # Who has asked, and for which place to begin at.
         self.agents = []
         self.places = []
+        self.go_on = threading.Event()
+        self.go_on.set()
 
         class Handler(BaseHTTPRequestHandler):
             def do_HEAD(self):
@@ -81,8 +84,7 @@ class SongServer:
             headers = {"Content-Type": TYPES[path.rpartition(".")[2]], "Accept-Ranges": "bytes"}
             self._send(request, 200, headers, song, with_body, first)
 
-    @staticmethod
-    def _send(request, status, headers, body, with_body, manner=""):
+    def _send(self, request, status, headers, body, with_body, manner=""):
         request.send_response(status)
         for name, value in headers.items():
             request.send_header(name, value)
@@ -97,8 +99,12 @@ class SongServer:
                 request.connection.shutdown(2)
             elif manner in ("slow", "endless"):
                 piece = max(1, len(body) // 20)
-                for place in range(0, len(body), piece):
-                    request.wfile.write(body[place:place + piece])
+                place = 0
+                while place < len(body):
+                    held = place >= len(body) // 2 and not self.go_on.is_set()
+                    size = 1 if held else piece
+                    request.wfile.write(body[place:place + size])
+                    place += size
                     time.sleep(SLOW_SECONDS / 20)
                 while manner == "endless":
                     request.wfile.write(body[:1000])

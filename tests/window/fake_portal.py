@@ -3,7 +3,7 @@
 keeps the machine awake, or when told so leaves that to the screen saver's service, which it is as well. It has no panel for files until
 it is told what is chosen in it.
 
-Usage: fake_portal.py light|dark|none FILE, then a line with one of them, or with "refuse" or "grant", or with "choose ADDRESS" ("choose"
+Usage: fake_portal.py light|dark|none FILE, then a line with one of them, or with "refuse" or "grant", or with "choose ADDRESS..." ("choose"
 alone: the panel is left; "choose never": it does not answer; "choose later": the panel stays open), on standard input for every change.
 It prints "ready" when it can be asked, and ends with its input. FILE says what keeps the machine awake, a line each; FILE.panel what
 the last panel was asked for.
@@ -103,7 +103,7 @@ class Portal:
         invocation.return_value(GLib.Variant("(o)", (handle,)))
         if self.chosen == "later":
             return
-        results = {"uris": GLib.Variant("as", [self.chosen])} if self.chosen else {}
+        results = {"uris": GLib.Variant("as", self.chosen.split())} if self.chosen else {}
         connection.emit_signal(sender, handle, "org.freedesktop.portal.Request", "Response",
                                GLib.Variant("(ua{sv})", (0 if self.chosen else 1, results)))
 

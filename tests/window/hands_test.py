@@ -28,6 +28,7 @@ class HandsTest(ProgramTest):
         if not self.song.exists():
             write_song(self.song, SONG_SECONDS)
             shutil.copy(self.song, DESKTOP.folder / "other.wav")
+            (DESKTOP.folder / "loops").mkdir()
 
     def tearDown(self):
         # For whoever wants to see what went wrong.
@@ -83,8 +84,34 @@ class HandsTest(ProgramTest):
         def tab_to(role, name):
             window.find(role, name).queryComponent().grabFocus()
 
+        def has_loop(name):
+            return any(role == "list item" and node.name.startswith(name) for role, node in window.in_view())
+
         def turn_wheel():
             DESKTOP.run("xdotool", "mousemove", *map(str, window.place("slider", "EQ gain at 1kHz")), "click", "4", "click", "5")
+
+        def choose(menu, command):
+            click("menu item", menu)
+            click("menu item", command)
+
+        def take_loops_away_and_back():
+            choose("Loops", "Save Loops to a File…")
+            window.wait_for_keyboard()
+            typed(str(DESKTOP.folder / "loops"))
+            key("Return")
+            file = DESKTOP.folder / "loops" / "song loops.json"
+            wait_for("the file of loops", file.exists)
+            DESKTOP.run("xdotool", "mousemove", *map(str, window.place("list item", "a hard bar")), "click", "3")
+            key("Up", "Return")
+            wait_for("the loop's end", lambda: not has_loop("a hard bar"))
+            choose("Loops", "Load Loops from a File…")
+            window.wait_for_keyboard()
+            typed(str(file))
+            key("Return")
+            wait_for("the loop that was deleted", lambda: has_loop("a hard bar"))
+            window.find("label", "Loops added: 1. There already:")
+            for _ in range(2):
+                click("push button", "Close")
 
         actions = [
             ("the song was named on the command line", lambda: None),
@@ -128,6 +155,20 @@ class HandsTest(ProgramTest):
             ("the web address left", lambda: (key("ctrl+shift+o"), window.find("text", "Web address"), key("Escape"), time.sleep(0.3))),
             ("the settings left", lambda: (key("ctrl+comma"), window.find("push button", "Check for Updates"), key("Escape"), time.sleep(0.3))),
             ("Stop and Reset", lambda: key("ctrl+r")),
+            ("a start and an end marked while it plays", lambda: (key("space"), time.sleep(0.3), key("bracketleft"), time.sleep(0.4),
+                                                                  key("bracketright", "shift+bracketleft", "alt+bracketright"))),
+            ("the region moved by its length, undone", lambda: key("period", "comma", "ctrl+z", "ctrl+shift+z")),
+            ("a loop saved and named while it plays", lambda: (key("space", "ctrl+s"), time.sleep(0.3), typed("a hard bar"),
+                                                               key("Return"), wait_for("its name", lambda: has_loop("a hard bar")))),
+            ("another one, its name left", lambda: (key("BackSpace", "ctrl+s"), time.sleep(0.3), key("Escape"), time.sleep(0.3))),
+            ("the first loop called up by key, then at once", lambda: (key("ctrl+1"), time.sleep(0.2), key("ctrl+alt+1"))),
+            ("the list of loops on and off", lambda: (click("check box", "Play List"), time.sleep(0.3), click("check box", "Play List"))),
+            ("the trainer on, a goal typed, off by mouse", lambda: (click("check box", "Trainer"), time.sleep(0.4),
+                                                                     type_into("Trainer, goal in percent", "90"),
+                                                                     click("check box", "Trainer"), time.sleep(0.3))),
+            ("the loops saved to a file, one deleted, and loaded again", take_loops_away_and_back),
+            ("the export left", lambda: (key("ctrl+e"), window.find("push button", "Choose Folder…"), key("Escape"), time.sleep(0.3))),
+            ("the whole song again", lambda: key("BackSpace")),
             ("another size while typing", lambda: (type_into("Speed in percent", "80"), window.resize(700, 620), time.sleep(0.3),
                                                      key("Return"))),
             ("a wide window", lambda: (window.resize(1270, 960), time.sleep(0.3))),
@@ -137,9 +178,21 @@ class HandsTest(ProgramTest):
                                         wait_for("the other song", lambda: window.has("label", "other.wav")), self.wait_until_loaded())),
             ("the recent files of the toolbar, by key", lambda: (tab_to("push button", "Recent files"), key("space"), time.sleep(0.3),
                                                                  key("Down", "Down", "Return"), self.wait_until_loaded())),
+            ("two songs chosen in the panel, the next and back", lambda: (
+                key("ctrl+o"), window.wait_for_keyboard(), typed('"song.wav" "other.wav"'), key("Return"), window.find("push button", "Songs, 1 of 2"), click("push button", "Next song"),
+                window.find("push button", "Songs, 2 of 2"), self.wait_until_loaded(), key("ctrl+Prior"),
+                window.find("push button", "Songs, 1 of 2"), self.wait_until_loaded())),
+            ("a song chosen from the list by keys", lambda: (click("push button", "Songs, 1 of 2"), window.find("list item", "other.wav"),
+                                                             key("Down", "Return"), window.find("push button", "Songs, 2 of 2"),
+                                                             self.wait_until_loaded())),
+            ("a song chosen from the list by mouse", lambda: (click("push button", "Songs, 2 of 2"), click("list item", "song.wav"),
+                                                              window.find("push button", "Songs, 1 of 2"), self.wait_until_loaded())),
+            ("all songs left by Escape", lambda: (click("push button", "Songs, 1 of 2"), window.find("list item", "other.wav"),
+                                                  key("Escape"), time.sleep(0.3))),
+            ("the list closed", lambda: (click("push button", "Close the list"), time.sleep(0.3))),
             ("the menus by key, left again", lambda: (key("Alt_L"), key("Down"), wait_for("a menu", lambda: window.has("menu item", "Quit")),
                                                       key("Escape", "Escape"))),
-            ("the menu's recent files", lambda: (click("menu item", "File"), key("Down", "Down", "Down", "Right", "Down", "Return"),
+            ("the menu's recent files", lambda: (click("menu item", "File"), key("Down", "Down", "Down", "Down", "Right", "Return"),
                                                  time.sleep(0.3), self.wait_until_loaded())),
         ]
         for what, action in actions:
@@ -166,7 +219,7 @@ class HandsTest(ProgramTest):
         """Endless, and the same for the same seed: each a name and the words for xdotool."""
         hands = random.Random(SEED)
         size = [1000, 860]
-        sheets = ("ctrl+o", "ctrl+shift+o", "F1")
+        sheets = ("ctrl+o", "ctrl+shift+o", "F1", "ctrl+e")
 
         def place():
             # Not on the menus, where the program can be ended.
@@ -177,7 +230,8 @@ class HandsTest(ProgramTest):
 
         def keys():
             return hands.choice(("space", "h", "Left", "Right", "Up", "Down", "Tab", "shift+Tab", "Return", "Escape", "Home", "End",
-                                 "ctrl+Left", "ctrl+Right", "ctrl+Up", "ctrl+Down", "ctrl+l", "ctrl+r", "Page_Down", "BackSpace"))
+                                 "ctrl+Left", "ctrl+Right", "ctrl+Up", "ctrl+Down", "ctrl+l", "ctrl+r", "Page_Down", "BackSpace",
+                                 "bracketleft", "bracketright", "comma", "period", "ctrl+s", "ctrl+z", "ctrl+shift+z", "ctrl+1"))
 
         while True:
             kind = hands.choices(("click", "double", "drag", "wheel", "key", "type", "resize", "sheet"), (30, 5, 15, 10, 30, 8, 1, 1))[0]
@@ -209,7 +263,8 @@ class HandsTest(ProgramTest):
     def leaves_something_open(self):
         """After one Escape more, where something is: a panel of a busy machine may come late."""
         window = self.window
-        opened = any(window.has(*what) for what in (("file chooser",), ("dialog",), ("text", "Web address"), ("push button", "Done")))
+        opened = any(window.has(*what) for what in (("file chooser",), ("dialog",), ("text", "Web address"), ("push button", "Done"),
+                                                  ("push button", "Choose Folder…")))
         if opened:
             DESKTOP.key("Escape")
             time.sleep(0.15)

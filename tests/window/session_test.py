@@ -232,13 +232,16 @@ class SessionTest(ProgramTest):
         DESKTOP.tell_portal("choose later")
         DESKTOP.key("ctrl+o")
         wait_for("the question", asked.exists)
-        DESKTOP.tell_portal(f"choose {self.plain.as_uri()}")
+        DESKTOP.tell_portal(f"choose {self.plain.as_uri()} {self.song.as_uri()}")
         DESKTOP.key("space")
         window.find("push button", "Pause")
         DESKTOP.key("space", "ctrl+o")
         wait_for("the other song", lambda: self.title() == "plain.wav — Quillet")
         parent, title, options = json.loads(asked.read_text())
         self.assertEqual((int(parent.removeprefix("x11:"), 16), title), (int(window.id()), "Open File..."))
+        # Several are a list to go through.
+        window.find("push button", "Songs, 1 of 2")
+        self.assertTrue(options["multiple"])
         self.assertEqual((options["directory"], options["filters"][0], options["filters"][1]),
                          (False, options["current_filter"], ["All files", [[0, "*"]]]))
         self.assertIn([0, "*.FLAC"], options["current_filter"][1])
@@ -314,6 +317,18 @@ class SessionTest(ProgramTest):
         DESKTOP.run("xdotool", "windowminimize", "--sync", window.id())
         self.hand_over()
         wait_for("the window in front", lambda: self.active_process() == window.process.pid)
+        # A folder and a file are a list, which media keys go through as well.
+        album = DESKTOP.folder / "album"
+        album.mkdir()
+        os.link(self.plain, album / "10.wav")
+        os.link(self.song, album / "9.flac")
+        self.hand_over("album", name)
+        window.find("push button", "Songs, 1 of 3")
+        wait_for("a way on", lambda: (self.value("CanGoNext"), self.value("CanGoPrevious")) == ("true", "false"))
+        playerctl("next")
+        playerctl("next")
+        wait_for("the last song", lambda: self.title() == "sch�n.wav — Quillet")
+        wait_for("no way on", lambda: (self.value("CanGoNext"), self.value("CanGoPrevious")) == ("false", "true"))
         # Commands have nothing to do with it.
         shown = subprocess.run([sys.argv[1], "info", str(self.plain)], env=DESKTOP.environment, capture_output=True, check=True)
         self.assertIn(b"44100", shown.stdout.replace(b",", b""))

@@ -71,8 +71,8 @@ class Window:
             try:
                 if node.getState().contains(self.pyatspi.STATE_SHOWING):
                     role = node.getRoleName()
-                    # Newer versions of the bus call it that.
-                    yield "push button" if role == "button" else role, node
+                    # Newer versions of the bus and the toolkit call it that.
+                    yield "push button" if role in ("button", "push button menu", "button menu") else role, node
             except Exception:  # what has just gone
                 continue
 

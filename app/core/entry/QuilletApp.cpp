@@ -67,8 +67,8 @@ void saveAtExit()
 class QuilletApp {
 public:
     QuilletApp()
-        : m_state(std::make_shared<AppState>(m_scheduler,
-                                             SettingsSaver::Stores{ m_settings, m_ownStemSessions, m_ownStemMixes }, m_engine))
+        : m_state(std::make_shared<AppState>(
+              m_scheduler, SettingsSaver::Stores{ m_settings, m_ownStemSessions, m_ownStemMixes, m_practices }, m_engine))
     {
         m_engine.setAppState(m_state);
         m_translations.install(Translations::chosen(m_defaults));
@@ -91,14 +91,13 @@ public:
         });
     }
 
-    void show(const std::optional<FilePath>& file, SingleInstance& instance)
+    void show(const std::vector<FilePath>& files, SingleInstance& instance)
     {
         m_window.show();
         // What is not needed for the first sight of the window comes after it.
-        m_scheduler.post([this, file, &instance] {
+        m_scheduler.post([this, files, &instance] {
             m_window.populate();
-            if (file)
-                m_window.content().loadFile(*file, RestoreSettings::no);
+            open(files);
             instance.listen(m_scheduler, [this](const HandOver& handOver) { take(handOver); });
             joinDesktop();
             m_graph.onOutputChange(
@@ -128,8 +127,13 @@ private:
     void take(const HandOver& handOver)
     {
         bringToFront(*m_window.windowHandle(), { handOver.activationToken, handOver.startupId });
-        if (handOver.file)
-            m_window.content().loadFile(*handOver.file, RestoreSettings::no);
+        open(handOver.files);
+    }
+
+    void open(const std::vector<FilePath>& files)
+    {
+        if (!files.empty())
+            m_window.content().open(files);
     }
 
     /// To connect to the bus is to wait for it, which may be for ever.
@@ -146,7 +150,7 @@ private:
         m_theme.followDesktop();
         FilePanel::joinDesktop(bus);
         m_mpris.emplace(
-            MprisPlayer::Services{ *m_state, m_commands, m_scheduler, m_background },
+            MprisPlayer::Services{ *m_state, m_songs, m_commands, m_scheduler, m_background },
             MprisPlayer::Window{ [this] { bringToFront(*m_window.windowHandle(), {}); }, [this] { m_window.close(); },
                                  [this](const FilePath& file) { m_window.content().loadFile(file, RestoreSettings::no); } },
             bus);
@@ -196,9 +200,11 @@ private:
     Translations m_translations;
     SqliteDefaultsDomain m_cacheDefaults{ SqliteDefaultsDomain::standardFile() };
     SettingsStore m_settings{ m_defaults };
+    PracticeStore m_practices{ m_defaults };
     RecentFilesStore m_recentFiles{ m_cacheDefaults };
     StemSessionStore m_stemSessions{ m_cacheDefaults };
     StemMixStore m_stemMixes{ m_cacheDefaults };
+    PracticeStore m_practicesToLoad{ m_cacheDefaults };
     // The main thread's.
     StemSessionStore m_ownStemSessions{ m_defaults };
     StemMixStore m_ownStemMixes{ m_defaults };
@@ -229,7 +235,8 @@ private:
                            m_stemSessions,
                            m_recentFiles,
                            m_stemMixes,
-                           m_attributes } };
+                           m_attributes,
+                           m_practicesToLoad } };
     QtProcessRunner m_processes;
     URLDownloader m_downloader{ m_processes, m_background, executableDirectory(), toolsDirectory() };
     YtDlpUpdater m_ytDlpUpdater{ { m_processes, m_background, m_scheduler, executableDirectory(), resourcesDirectory() },
@@ -244,14 +251,41 @@ private:
     const SharedInstance<URLDownloader> m_sharedDownloader{ m_downloader };
     const SharedInstance<DownloadSettingsStore> m_sharedDownloadSettings{ m_downloadSettings };
     Notifications m_notifications;
+    SongList m_songs{ *m_state };
     CommandCenter m_commands{ *m_state, m_notifications };
-    KeyHandler m_keys{ m_scheduler };
+    Hints m_hints{ *m_state, m_commands, m_defaults };
+    KeyMap m_keyMap{ m_defaults };
+    FollowChoice m_follow{ m_defaults };
+    KeyHandler m_keys{ m_scheduler, m_keyMap };
     ThemeSource m_theme;
     /// The application's.
     QuilletStyle* m_style = new QuilletStyle(m_theme);
-    MainWindow m_window{ { *m_state, m_loader, m_commands, m_recentFiles, m_downloader, m_ytDlpUpdater, m_separator,
-                           m_stemSessions, m_stemMixes, m_media.audioFiles(), m_waveformCache, m_settings, m_stemSettings,
-                           m_updater, m_background, m_scheduler, m_downloadSettings, m_theme, m_defaults },
+    MainWindow m_window{ { *m_state,
+                           m_loader,
+                           m_commands,
+                           m_recentFiles,
+                           m_downloader,
+                           m_ytDlpUpdater,
+                           m_separator,
+                           m_stemSessions,
+                           m_stemMixes,
+                           m_media.audioFiles(),
+                           m_media.encoders(),
+                           m_waveformCache,
+                           m_settings,
+                           m_stemSettings,
+                           m_updater,
+                           m_background,
+                           m_scheduler,
+                           m_downloadSettings,
+                           m_theme,
+                           m_defaults,
+                           m_keyMap,
+                           m_follow,
+                           m_media.amplitudeReaders(),
+                           m_programEnds.get_token(),
+                           m_songs,
+                           m_hints },
                          m_translations };
     // Once there is a session bus.
     std::optional<MprisPlayer> m_mpris;
@@ -260,7 +294,7 @@ private:
 
 }  // namespace
 
-int runWindow(int& argumentCount, char** arguments, const std::optional<FilePath>& file, SingleInstance& instance)
+int runWindow(int& argumentCount, char** arguments, const std::vector<FilePath>& files, SingleInstance& instance)
 {
     QApplication application(argumentCount, arguments);
     QApplication::setApplicationName(QStringLiteral("quillet"));
@@ -269,7 +303,7 @@ int runWindow(int& argumentCount, char** arguments, const std::optional<FilePath
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quillet.Quillet"));
     QApplication::setWindowIcon(applicationIcon());
     auto program = std::make_unique<QuilletApp>();
-    program->show(file, instance);
+    program->show(files, instance);
     const int status = QApplication::exec();
     // What it still has to do is no reason to keep another start waiting.
     instance.release();

@@ -6,13 +6,12 @@
 #include "platform/base/FilePath.h"
 #include "platform/process/SingleInstance.h"
 
-#include <optional>
+#include <vector>
 
 namespace quillet {
 
-/// Shows the window, opens `file` in it if there is one, and later what other starts of the program hand over by `instance`;
+/// Shows the window, opens `files` (and folders) in it, and later what other starts of the program hand over by `instance`;
 /// returns the exit status when it has been closed. `argumentCount` and `arguments` are the program's, for the toolkit.
-[[nodiscard]] int runWindow(int& argumentCount, char** arguments, const std::optional<FilePath>& file,
-                            SingleInstance& instance);
+[[nodiscard]] int runWindow(int& argumentCount, char** arguments, const std::vector<FilePath>& files, SingleInstance& instance);
 
 }  // namespace quillet

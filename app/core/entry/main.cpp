@@ -13,7 +13,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,16 +53,17 @@ std::string environment(const char* name)
     return value != nullptr ? value : "";
 }
 
-/// Where one is open already, that one comes to the front and opens the file.
-int showWindow(int& argumentCount, char** arguments, const std::optional<quillet::FilePath>& file)
+/// Where one is open already, that one comes to the front and opens the files.
+int showWindow(int& argumentCount, char** arguments, const std::vector<quillet::FilePath>& files)
 {
     using quillet::SingleInstance;
     SingleInstance instance;
-    const quillet::HandOver handOver{ file ? std::optional(quillet::normalPath(*file)) : std::nullopt,
-                                      environment("XDG_ACTIVATION_TOKEN"), environment("DESKTOP_STARTUP_ID") };
+    quillet::HandOver handOver{ {}, environment("XDG_ACTIVATION_TOKEN"), environment("DESKTOP_STARTUP_ID") };
+    for (const quillet::FilePath& file : files)
+        handOver.files.push_back(quillet::normalPath(file));
     if (instance.start(handOver) == SingleInstance::Start::handedOver)
         return 0;
-    return quillet::runWindow(argumentCount, arguments, file, instance);
+    return quillet::runWindow(argumentCount, arguments, handOver.files, instance);
 }
 
 }  // namespace
@@ -76,7 +76,7 @@ int main(int argc, char* argv[])
     if (!invocation)
         return fail(invocation.error().message + " See “quillet --help”.", wrongUsage);
     if (const auto* window = std::get_if<quillet::OpenWindow>(&*invocation))
-        return showWindow(argc, argv, window->file);
+        return showWindow(argc, argv, window->files);
     const QCoreApplication application(argc, argv);
     return run(*invocation);
 }

@@ -38,8 +38,9 @@ Place presentPlace()
 
 }  // namespace
 
-KeyHandler::KeyHandler(Scheduler& scheduler)
-    : m_scheduler(scheduler)
+KeyHandler::KeyHandler(Scheduler& scheduler, const KeyMap& keys)
+    : m_scheduler(scheduler),
+      m_keys(keys)
 {
 }
 
@@ -69,17 +70,19 @@ bool KeyHandler::eventFilter(QObject* watched, QEvent* event)
     const auto state = m_state.lock();
     const auto* key = static_cast<QKeyEvent*>(event);
     const Place place = presentPlace();
-    if (!state || !state->isLoaded() || place == Place::elsewhere)
+    if (!state || place == Place::elsewhere || m_keys.isChoosing())
         return QObject::eventFilter(watched, event);
     const auto command = commandFor(*key, *state);
-    if (!command || (place == Place::sheet && commandOf(*command).use != KeyUse::withCommandKey))
+    const bool hasCommandKey = (key->modifiers() & Qt::ControlModifier) != 0;
+    if (!command || (place == Place::sheet && !hasCommandKey))
         return false;
     event->accept();
     if (asksForShortcut) {
         // Accepted, the press comes as a press: no menu takes it, and no field keeps it.
         return true;
     }
-    perform(*command);
+    if (!key->isAutoRepeat() || !commandOf(*command).actsOnce)
+        perform(*command);
     return true;
 }
 
@@ -92,21 +95,49 @@ void KeyHandler::perform(CommandId command)
     });
 }
 
-std::optional<CommandId> KeyHandler::commandFor(const QKeyEvent& event, const AppState& state)
+/// By the user's own keys: these are exact, and go before the usual ones.
+std::optional<CommandId> KeyHandler::chosenFor(const QKeyEvent& event, const AppState& state) const
 {
+    const int modifiers = static_cast<int>(event.modifiers()) & KeyChord::modifierMask;
+    for (const Command& command : commands) {
+        const auto chord = m_keys.chosen(command.id);
+        if (!chord || chord->modifiers != modifiers || !isAt(chord->key, event))
+            continue;
+        const bool isTyped = !chord->actsInTexts() && isTextEditor(QApplication::focusWidget());
+        if (!isTyped && (command.use != KeyUse::plainWhileHeld || state.holdEnabled()))
+            return command.id;
+    }
+    return std::nullopt;
+}
+
+std::optional<CommandId> KeyHandler::commandFor(const QKeyEvent& event, const AppState& state) const
+{
+    // Without a song too: a file can be opened by a key of one's own.
+    if (const auto chosen = chosenFor(event, state))
+        return chosen;
+    if (!state.isLoaded())
+        return std::nullopt;
     const auto modifiers = event.modifiers();
     const bool isPlain = (modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) == 0;
-    const bool acts = isPlain && !isTextEditor(QApplication::focusWidget());
+    const bool isTyped = isTextEditor(QApplication::focusWidget());
+    const bool acts = isPlain && !isTyped;
+    const bool isWithAlt = (modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) == Qt::AltModifier;
     const auto applies = [&](KeyUse use) {
         switch (use) {
         case KeyUse::withCommandKey:
             return (modifiers & Qt::ControlModifier) != 0;
+        case KeyUse::withCommandKeyAndAlt:
+            return (modifiers & Qt::ControlModifier) != 0 && (modifiers & Qt::AltModifier) != 0;
+        case KeyUse::withCommandKeyWithoutAlt:
+            return (modifiers & Qt::ControlModifier) != 0 && (modifiers & Qt::AltModifier) == 0;
         case KeyUse::plain:
             return acts;
         case KeyUse::plainWithShift:
             return acts && (modifiers & Qt::ShiftModifier) != 0;
         case KeyUse::plainWithoutShift:
             return acts && (modifiers & Qt::ShiftModifier) == 0;
+        case KeyUse::plainWithAlt:
+            return isWithAlt && !isTyped;
         case KeyUse::plainWhileHeld:
             return acts && state.holdEnabled() && (modifiers & Qt::ShiftModifier) == 0;
         case KeyUse::never:
@@ -116,7 +147,7 @@ std::optional<CommandId> KeyHandler::commandFor(const QKeyEvent& event, const Ap
         return false;
     };
     for (const Command& command : commands)
-        if (isAt(command.key, event) && applies(command.use))
+        if (isAt(command.key, event) && applies(command.use) && !m_keys.chosen(command.id))
             return command.id;
     return std::nullopt;
 }
@@ -124,7 +155,7 @@ std::optional<CommandId> KeyHandler::commandFor(const QKeyEvent& event, const Ap
 bool isAt(const PhysicalKey& key, const QKeyEvent& event)
 {
     if (key.scanCode == 0)
-        return false;
+        return key.key != Qt::Key_unknown && event.key() == key.key;
     // What every layout calls the same; a keyboard on the screen has places of its own.
     const bool hasOneName = key.key == Qt::Key_Space || key.key >= Qt::Key_Escape;
     return event.nativeScanCode() == key.scanCode || ((hasOneName || event.nativeScanCode() == 0) && event.key() == key.key);

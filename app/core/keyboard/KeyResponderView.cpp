@@ -83,6 +83,10 @@ bool KeyResponderView::eventFilter(QObject* watched, QEvent* event)
         m_isTabbing = false;
         if (!isTextEditor(widget))
             takeFocus();
+        m_state.beginGesture();
+        break;
+    case QEvent::MouseButtonRelease:
+        m_state.endGesture();
         break;
     case QEvent::FocusIn: {
         const auto reason = static_cast<const QFocusEvent*>(event)->reason();
@@ -106,6 +110,9 @@ bool KeyResponderView::eventFilter(QObject* watched, QEvent* event)
 
 void KeyResponderView::noteKey(const QObject* watched, const QKeyEvent& event)
 {
+    // A release may have gone elsewhere.
+    if (QApplication::mouseButtons() == Qt::NoButton)
+        m_state.endGesture();
     const bool isTab = event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab;
     m_isTabbing = isTab && event.type() == QEvent::KeyPress;
     if (m_isTabbing)

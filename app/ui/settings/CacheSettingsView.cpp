@@ -24,6 +24,7 @@ CacheSettingsView::CacheSettingsView(const Services& services, QWidget* parent)
     addSection(*column, tr("Updates"), m_updates);
     addSection(*column, tr("Cache"), m_cache);
     addSection(*column, tr("Language"), m_language);
+    addSection(*column, tr("Keys"), new KeySettings(services.cache.theme, services.keys));
     column->addStretch();
 }
 

@@ -4,6 +4,7 @@
 
 #include "app/ui/settings/CacheSettings.h"
 #include "app/ui/settings/DownloadSettings.h"
+#include "app/ui/settings/KeySettings.h"
 #include "app/ui/settings/LanguageSettings.h"
 #include "app/ui/settings/StemSettings.h"
 #include "app/ui/settings/UpdateSettings.h"
@@ -29,6 +30,7 @@ public:
         std::function<void()> checkForUpdates;
         /// Takes up the chosen language in the whole window, later, or cannot now.
         std::function<bool()> changeLanguage;
+        KeyMap& keys;
     };
 
     explicit CacheSettingsView(const Services& services, QWidget* parent = nullptr);

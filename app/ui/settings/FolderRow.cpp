@@ -42,10 +42,12 @@ void FolderRow::setFolder(const FilePath& folder)
 
 void FolderRow::choose()
 {
-    if (m_panel)
+    if (m_panel) {
         m_panel->raise();
-    else
-        m_panel = new FilePanel(*this, { m_name, m_folder, true, tr("Select"), {} }, m_handlers.chosen, openPanel);
+        return;
+    }
+    const auto take = [this](const std::vector<FilePath>& folders) { m_handlers.chosen(folders.front()); };
+    m_panel = new FilePanel(*this, { m_name, m_folder, true, tr("Select"), {} }, take, openPanel);
 }
 
 }  // namespace quillet

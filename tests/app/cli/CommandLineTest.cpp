@@ -28,14 +28,12 @@ TEST(CommandLine, OptionsReachTheirPlaces)
     EXPECT_FALSE(render.playback.holdSeconds);
 }
 
-TEST(CommandLine, AFileAloneIsOpenedInTheWindow)
+TEST(CommandLine, FilesAloneAreOpenedInTheWindow)
 {
-    const auto file = parseCommandLine({ "song.mp3" });
-    ASSERT_TRUE(file);
-    EXPECT_EQ(std::get<OpenWindow>(*file).file, "song.mp3");
-    EXPECT_EQ(std::get<OpenWindow>(*parseCommandLine({ "cover.png", "a.flac", "b.wav" })).file, "a.flac");
-    EXPECT_EQ(std::get<OpenWindow>(*parseCommandLine({ "cover.png", "notes" })).file, "cover.png");
-    EXPECT_EQ(std::get<OpenWindow>(*parseCommandLine({})).file, std::nullopt);
+    const auto files = parseCommandLine({ "cover.png", "\xff.flac", "music/" });
+    ASSERT_TRUE(files);
+    EXPECT_EQ(std::get<OpenWindow>(*files).files, (std::vector<FilePath>{ "cover.png", "\xff.flac", "music/" }));
+    EXPECT_TRUE(std::get<OpenWindow>(*parseCommandLine({})).files.empty());
     EXPECT_TRUE(std::holds_alternative<PrintText>(*parseCommandLine({ "--help" })));
     EXPECT_TRUE(std::holds_alternative<PrintText>(*parseCommandLine({ "render", "--help" })));
     EXPECT_TRUE(std::holds_alternative<PrintText>(*parseCommandLine({ "--version" })));

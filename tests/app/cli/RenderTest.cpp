@@ -85,6 +85,42 @@ TEST_F(Render, AtNormalSpeedTheFileComesOutUnchangedWhateverItsName)
         ASSERT_EQ(heard[i], source[11025 + i]) << i;
 }
 
+TEST_F(Render, EveryKindOfFileHasItsFramesItsToneAndTheSongsTags)
+{
+    const std::string file = make("song.flac", "sine=frequency=441:duration=4:sample_rate=44100",
+                                  { "-metadata", "title=Ein Ständchen", "-metadata", "artist=Die Probe" });
+    struct Case {
+        const char* name;
+        int rate;
+        double tolerance;
+    };
+    for (const Case& c : { Case{ "out.flac", 44100, 1.0 / (1 << 22) },
+                           { "out.MP3", 44100, 0.02 },
+                           { "out.m4a", 44100, 0.02 },
+                           { "out.opus", 48000, 0.05 } }) {
+        SCOPED_TRACE(c.name);
+        const CommandResult result =
+            quillet({ "render", file, "--from", "1", "--to", "2", "--passes", "3", "-o", path(c.name) });
+        ASSERT_EQ(result.status, 0) << result.errorOutput;
+        const auto audio = FfmpegAudioFileOpener().open(path(c.name));
+        ASSERT_TRUE(audio);
+        EXPECT_EQ((*audio)->sampleRate(), c.rate);
+        // An AAC decoder hands out the whole of the last packet; the file says where the sound ends in it.
+        const bool isAac = std::string_view(c.name).ends_with(".m4a");
+        EXPECT_NEAR(static_cast<double>((*audio)->length()), 3 * c.rate, isAac ? 1023 : 0);
+        EXPECT_EQ((*audio)->tags().title, "Ein Ständchen");
+        EXPECT_EQ((*audio)->tags().artist, "Die Probe");
+        const auto heard = left(path(c.name));
+        const auto plain = left(file);
+        EXPECT_NEAR(centsBetween(toneFrequencyHz(std::span(heard).subspan(9000, 60000), c.rate), 441), 0, 1);
+        for (std::size_t i = 5000; c.rate == 44100 && i < 40000; ++i)
+            ASSERT_NEAR(heard[i], plain[44100 + i], c.tolerance) << "in its place";
+    }
+    const CommandResult refused = quillet({ "render", file, "-o", path("nowhere/out.flac") });
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.errorOutput.find("its folder does not exist"), std::string::npos) << refused.errorOutput;
+}
+
 TEST_F(Render, PassesPausesAndHoldHaveExactlyTheirFrames)
 {
     const std::string file = make("tone.wav", "sine=frequency=441:duration=2");

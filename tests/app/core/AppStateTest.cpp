@@ -1,5 +1,6 @@
 #include "app/core/AppState.h"
 
+#include "app/core/RegionMarks.h"
 #include "tests/support/StateRig.h"
 
 #include <gtest/gtest.h>

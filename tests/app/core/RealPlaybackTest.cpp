@@ -56,11 +56,12 @@ struct Program {
     SettingsStore settings{ defaults };
     StemSessionStore stemSessions{ defaults };
     StemMixStore stemMixes{ defaults };
+    PracticeStore practices{ defaults };
     LiveOutput output{ std::make_unique<CubebOutputDevice>(), std::make_unique<NullOutputDevice>(), scheduler };
     PlaybackGraph graph{ output, scheduler };
     AudioEngine engine{ graph, scheduler };
     std::shared_ptr<AppState> state =
-        std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ settings, stemSessions, stemMixes }, engine);
+        std::make_shared<AppState>(scheduler, SettingsSaver::Stores{ settings, stemSessions, stemMixes, practices }, engine);
     std::vector<State> told;
 
     explicit Program(const std::shared_ptr<AudioFile>& file)

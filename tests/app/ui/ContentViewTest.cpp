@@ -3,7 +3,10 @@
 #include "app/ui/ContentView.h"
 
 #include "app/core/Commands.h"
+#include "app/core/keyboard/KeyResponderView.h"
 #include "app/ui/DownloadNotice.h"
+#include "app/ui/FileNames.h"
+#include "app/ui/HintNotice.h"
 #include "app/ui/OpenFromURLSheet.h"
 #include "tests/app/ui/WindowRig.h"
 
@@ -26,9 +29,7 @@ namespace {
 
 struct ContentViewTest : testing::Test, WindowRig {
     AppState& state = *WindowRig::state;
-    ContentView view{ { state, loader, commands, recentFiles, downloader, ytDlpUpdater, separator, stemSessions, stemMixes,
-                        opener, cache, settings, stemSettings, updater, background, scheduler, downloadSettings, theme,
-                        defaults } };
+    ContentView view{ services };
 
     ContentViewTest()
     {
@@ -57,7 +58,7 @@ struct ContentViewTest : testing::Test, WindowRig {
     }
 };
 
-TEST_F(ContentViewTest, OnlyAudioFilesCanBeDroppedAndOnlyTheFirstIsOpened)
+TEST_F(ContentViewTest, OnlyAudioFilesCanBeDroppedAndTheFirstIsOpened)
 {
     struct Case {
         const char* what;
@@ -72,7 +73,6 @@ TEST_F(ContentViewTest, OnlyAudioFilesCanBeDroppedAndOnlyTheFirstIsOpened)
              { "what the open panel lists", { "file://localhost/film.MKV", "file:///a.caf" }, "/film.MKV" },
              { "a list of songs", { "file:///list.pls" }, nullptr },
              { "another machine's", { "file://elsewhere.example/a.mp3" }, nullptr },
-             { "a folder", { "file:///music/" }, nullptr },
              { "a text", { "file:///notes.txt" }, nullptr },
              { "a web address", { "https://example.org/a.mp3" }, nullptr },
              { "no file at all", {}, nullptr },
@@ -88,11 +88,28 @@ TEST_F(ContentViewTest, OnlyAudioFilesCanBeDroppedAndOnlyTheFirstIsOpened)
         state.setAudioFileURL(std::nullopt);
         DropOverlay::Drag seen{};
         EXPECT_EQ(drop(data, seen), test.opened != nullptr) << test.what;
+        // Where there are several they are looked at first.
+        if (test.opened != nullptr && !state.audioFileURL()) {
+            background.finish(background.waiting() - 1);
+            scheduler.advance(0);
+        }
         EXPECT_EQ(seen, test.opened != nullptr ? DropOverlay::Drag::audio : DropOverlay::Drag::unsupported) << test.what;
         EXPECT_EQ(overlay(), DropOverlay::Drag::none);
         EXPECT_EQ(state.audioFileURL(), test.opened != nullptr ? std::optional<FilePath>(test.opened) : std::nullopt)
             << test.what;
     }
+    // The last several of them.
+    EXPECT_THAT(songs.songs(), testing::ElementsAre("/film.MKV", "/a.caf"));
+
+    // A folder may be dropped; what is in it is found out then.
+    QMimeData data;
+    data.setData(QStringLiteral("text/uri-list"), QByteArray::fromStdString("file://" + tools.path().native() + "/"));
+    DropOverlay::Drag seen{};
+    EXPECT_TRUE(drop(data, seen));
+    finishWork();
+    const auto alerts = view.findChildren<QMessageBox*>();
+    ASSERT_FALSE(alerts.empty());
+    EXPECT_EQ(alerts.back()->text(), QStringLiteral("“%1” is not an audio file.").arg(fileName(tools.path())));
 }
 
 TEST_F(ContentViewTest, ScreensFollowTheLoadingAndErrorsAreSaid)
@@ -111,6 +128,18 @@ TEST_F(ContentViewTest, ScreensFollowTheLoadingAndErrorsAreSaid)
     EXPECT_EQ(alert->windowTitle(), QStringLiteral("Error"));
     EXPECT_TRUE(isShown(view, "Quillet"));
     EXPECT_FALSE(isShown(view, "Speed"));
+}
+
+TEST_F(ContentViewTest, HintsNameTheKeysOfTheUserAndGoAtEscape)
+{
+    auto* notice = view.findChild<HintNotice*>();
+    EXPECT_TRUE(notice->sentence().contains(QStringLiteral("[ and ]")));
+    keyMap.choose(CommandId::markRegionStart, { { 0, Qt::Key_F7 }, 0 });
+    EXPECT_TRUE(notice->sentence().contains(QStringLiteral("F7 and ]")));
+    ASSERT_TRUE(notice->isVisible());
+    QTest::keyClick(view.findChild<KeyResponderView*>(), Qt::Key_Escape);
+    EXPECT_FALSE(notice->isVisible());
+    EXPECT_EQ(defaults.boolean(Hints::doneKey), true);
 }
 
 TEST_F(ContentViewTest, CommandsActOnALoadedFileOnly)

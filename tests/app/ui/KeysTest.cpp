@@ -2,6 +2,7 @@
 
 #include "app/core/keyboard/KeyHandler.h"
 #include "app/core/keyboard/KeyResponderView.h"
+#include "app/ui/settings/KeySettings.h"
 #include "tests/app/ui/WindowRig.h"
 
 #include <gtest/gtest.h>
@@ -10,10 +11,13 @@
 #include <QApplication>
 #include <QDialog>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QPushButton>
 #include <QTest>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -23,7 +27,8 @@ namespace {
 struct KeysTest : testing::Test {
     WindowRig rig;
     AppState& state = *rig.state;
-    KeyHandler keys{ rig.scheduler };
+    KeyMap& keyMap = rig.keyMap;
+    KeyHandler keys{ rig.scheduler, keyMap };
     QMainWindow window;
     QLineEdit* field = new QLineEdit(&window);
     KeyResponderView* responder = new KeyResponderView(state, rig.commands, &window);
@@ -103,7 +108,7 @@ TEST_F(KeysTest, EveryKeyGivesItsCommandByPlaceAndByName)
                 continue;
             heard.clear();
             // By its place the letter does not matter.
-            QKeyEvent event(QEvent::KeyPress, scanCode == test.scanCode ? Qt::Key_Z : test.key, test.modifier, scanCode, 0, 0);
+            QKeyEvent event(QEvent::KeyPress, scanCode == test.scanCode ? Qt::Key_Y : test.key, test.modifier, scanCode, 0, 0);
             QApplication::sendEvent(responder, &event);
             rig.scheduler.advance(0);
             EXPECT_EQ(heard, std::vector<std::string>{ test.notification });
@@ -117,7 +122,8 @@ TEST_F(KeysTest, EveryKeyGivesItsCommandByPlaceAndByName)
     EXPECT_TRUE(heard.empty());
     // What a menu shows is what the key does.
     for (const Command& command : commands)
-        EXPECT_TRUE(command.use != KeyUse::withCommandKey || command.shortcut == withCommandKey(command.key.key))
+        EXPECT_TRUE(command.use != KeyUse::withCommandKey || command.shortcut == 0
+                    || command.shortcut == withCommandKey(command.key.key))
             << command.name;
 }
 
@@ -232,6 +238,61 @@ TEST(NotificationsTest, ReachThoseWhoHaveSubscribedByThen)
     first = {};
     notifications.post("a");
     EXPECT_EQ(heard.back(), "late");
+}
+
+TEST_F(KeysTest, AKeyOfTheUsersOwnReplacesTheUsualOneAndIsKept)
+{
+    rig.state->setLoopEnabled(true);
+    keyMap.choose(CommandId::toggleLoop, { { 0, Qt::Key_PageDown }, 0 });
+    keyMap.choose(CommandId::stopReset, { { 0, Qt::Key_B }, 0 });
+    press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_TRUE(state.loopEnabled()) << "the usual key has gone";
+    press(Qt::Key_PageDown);
+    EXPECT_FALSE(state.loopEnabled());
+    press(Qt::Key_PageDown, Qt::ShiftModifier);
+    EXPECT_FALSE(state.loopEnabled()) << "exactly that key";
+    field->setText({});
+    field->setFocus();
+    press(Qt::Key_B);
+    EXPECT_EQ(field->text(), QStringLiteral("b")) << "a letter is typed where texts are";
+    EXPECT_EQ(keyMap.otherWith({ { 0, Qt::Key_B }, 0 }, CommandId::toggleLoop), CommandId::stopReset);
+
+    // Without a song only what one has chosen acts, to open one.
+    state.setLoadingState(LoadingState::idle());
+    responder->setFocus();
+    keyMap.choose(CommandId::openFile, { { 0, Qt::Key_F5 }, 0 });
+    int opened = 0;
+    const auto subscription = rig.notifications.subscribe("QLT.openFile", [&opened](const auto&) { ++opened; });
+    press(Qt::Key_F5);
+    EXPECT_EQ(opened, 1);
+    state.setLoadingState(LoadingState::loaded());
+
+    const KeyMap again(rig.defaults);
+    ASSERT_TRUE(again.chosen(CommandId::toggleLoop));
+    EXPECT_TRUE(again.chosen(CommandId::toggleLoop)->isSameAs({ { 0, Qt::Key_PageDown }, 0 }));
+    keyMap.resetAll();
+    responder->setFocus();
+    press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_TRUE(state.loopEnabled());
+    rig.defaults.setData("QLT.keys", R"({"QLT.toggleLoop":{"key":-1},"QLT.nothing":{"key":65},"QLT.undo":7})");
+    EXPECT_FALSE(KeyMap(rig.defaults).chosen(CommandId::toggleLoop));
+
+    // In the settings: a click, the key.
+    menuActions = 0;
+    KeySettings settings(rig.theme, keyMap);
+    settings.show();
+    const auto buttons = settings.findChildren<QPushButton*>();
+    const auto loop = std::ranges::find_if(
+        buttons, [](const QPushButton* button) { return button->accessibleName().startsWith(QStringLiteral("Toggle Loop")); });
+    ASSERT_NE(loop, buttons.end());
+    (*loop)->click();
+    QTest::keyClick(*loop, Qt::Key_R, Qt::ControlModifier);
+    rig.scheduler.advance(0);
+    EXPECT_EQ((*loop)->text(), QStringLiteral("Ctrl+R"));
+    const auto labels = settings.findChildren<QLabel*>();
+    EXPECT_TRUE(std::ranges::any_of(
+        labels, [](const QLabel* label) { return label->text() == QStringLiteral("also: Stop and Reset"); }));
+    EXPECT_EQ(menuActions, 0);
 }
 
 }  // namespace

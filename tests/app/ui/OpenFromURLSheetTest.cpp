@@ -141,7 +141,7 @@ TEST_F(OpenFromURLSheetTest, TheChosenFolderIsUsedAndKept)
     ASSERT_NE(panel, nullptr);
     EXPECT_EQ(panel->fileMode(), QFileDialog::Directory);
     EXPECT_EQ(panel->labelText(QFileDialog::Accept), QStringLiteral("Select"));
-    Q_EMIT panel->fileSelected(QString::fromStdString(folder.native()));
+    Q_EMIT panel->filesSelected({ QString::fromStdString(folder.native()) });
     EXPECT_EQ(defaults.string("QLT.downloadDirectory"), folder.native());
     submit();
     EXPECT_THAT(processes.last().request.arguments, testing::Contains(folder.native() + "/%(title)s.%(ext)s"));

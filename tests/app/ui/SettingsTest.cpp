@@ -27,9 +27,6 @@ constexpr std::int64_t megabyte = 1'048'576;
 
 struct SettingsTest : testing::Test, WindowRig {
     AppState& state = *WindowRig::state;
-    ContentView::Services services{ state,        loader,    commands,         recentFiles, downloader, ytDlpUpdater, separator,
-                                    stemSessions, stemMixes, opener,           cache,       settings,   stemSettings, updater,
-                                    background,   scheduler, downloadSettings, theme,       defaults };
     ContentView view{ services };
     FilePath stems = tools / "stems";
     FilePath venv = tools / "venv";
@@ -200,7 +197,7 @@ TEST_F(SettingsTest, AFolderThatHoldsOtherThingsIsAskedAboutFirst)
         for (auto* panel : window->findChildren<QFileDialog*>()) {
             if (!panel->isVisible())
                 continue;
-            Q_EMIT panel->fileSelected(QString::fromStdString(folder.native()));
+            Q_EMIT panel->filesSelected({ QString::fromStdString(folder.native()) });
             panel->close();
         }
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -240,7 +237,7 @@ std::string clippedIn(const QWidget& window)
             clipped += text.toStdString() + "\n";
     };
     for (const auto* button : window.findChildren<QAbstractButton*>())
-        check(*button, button->text(), button->text().isEmpty() ? 0 : 8);
+        check(*button, button->text(), button->text().isEmpty() ? 0 : 16);
     for (const auto* label : window.findChildren<QLabel*>())
         if (!label->wordWrap() && qobject_cast<const ElidedLabel*>(label) == nullptr)
             check(*label, label->text(), 0);
@@ -290,8 +287,12 @@ TEST_F(SettingsTest, TheLanguageChangesAtOnceUnlessSomethingIsUnderWay)
             }
         QApplication::processEvents();
     };
+    QApplication::processEvents();
+    state.setZoomLevel(4);
+    state.setPanOffset(500);
     commands.execute(CommandId::showSettings);
     chooseLanguage("Deutsch");
+    EXPECT_EQ(state.panOffset(), 500) << "the same place is in view";
     EXPECT_EQ(firstMenu(), "Datei");
     EXPECT_EQ(main.findChild<SettingsWindow*>()->windowTitle(), QLatin1String("Einstellungen"));
     EXPECT_TRUE(main.findChild<SettingsWindow*>()->isVisible());

@@ -22,9 +22,7 @@ namespace {
 
 struct StemsTest : testing::Test, WindowRig {
     AppState& state = *WindowRig::state;
-    ContentView view{ { state, loader, commands, recentFiles, downloader, ytDlpUpdater, separator, stemSessions, stemMixes,
-                        opener, cache, settings, stemSettings, updater, background, scheduler, downloadSettings, theme,
-                        defaults } };
+    ContentView view{ services };
     FilePath stems = tools / "stems" / StemFolder::pathHash(song) / "htdemucs_6s" / "song";
 
     StemsTest()

@@ -3,11 +3,14 @@
 #pragma once
 
 #include "app/core/CommandCenter.h"
+#include "app/core/KeyMap.h"
 #include "app/download/DownloadSettingsStore.h"
 #include "app/download/URLDownloader.h"
 #include "app/download/YtDlpUpdater.h"
 #include "app/stems/StemSeparator.h"
+#include "app/ui/ContentView.h"
 #include "app/ui/ThemeSource.h"
+#include "platform/media/AudioEncoder.h"
 #include "platform/update/Updater.h"
 #include "tests/support/FakeProcessRunner.h"
 #include "tests/support/StateRig.h"
@@ -32,6 +35,10 @@ struct FakeUpdater final : Updater {
     [[nodiscard]] bool isConfigured() const override { return true; }
 };
 
+struct NoEncoders final : AudioEncoderMaker {
+    [[nodiscard]] std::unique_ptr<AudioEncoder> make(const EncoderSettings&, EncodedOutput&) override { return nullptr; }
+};
+
 struct WindowRig : StateRig {
     Notifications notifications;
     CommandCenter commands{ *state, notifications };
@@ -44,7 +51,18 @@ struct WindowRig : StateRig {
     DownloadSettingsStore downloadSettings{ defaults };
     StemSettingsStore stemSettings{ defaults };
     FakeUpdater updater;
+    NoEncoders noEncoders;
+    KeyMap keyMap{ defaults };
+    FollowChoice follow{ defaults };
+    SongList songs{ *state };
+    Hints hints{ *state, commands, defaults };
     StemSeparator separator{ { processes, background, scheduler, stemSettings, attributes, tools.path(), tools.path() } };
+    /// Of the window.
+    ContentView::Services services{ *state,    loader,       commands,  recentFiles, downloader, ytDlpUpdater,
+                                    separator, stemSessions, stemMixes, opener,      noEncoders, cache,
+                                    settings,  stemSettings, updater,   background,  scheduler,  downloadSettings,
+                                    theme,     defaults,     keyMap,    follow,      readers,    {},
+                                    songs,     hints };
 
     explicit WindowRig(double durationSeconds = 10)
         : StateRig(durationSeconds)

@@ -204,6 +204,105 @@ TEST(GraphChange, ALoopThatIsSwitchedOffEndsWithItsPassHoweverLateTheMainThreadI
         }
 }
 
+TEST(GraphChange, AnEndThatMovesWhileItSoundsIsHeardInItsNewPlaceWithoutABreak)
+{
+    const auto noise = whiteNoise(2 * 3 * 44100, 0.5F);
+    const auto file = std::make_shared<MemoryAudioFile>(44100, noise);
+    const auto left = channelOf(noise, 0);
+    const auto right = channelOf(noise, 1);
+    constexpr std::int64_t begin = 4410;
+    for (const std::int64_t block : { 64, 4096 })
+        for (const std::int64_t count : { 3 * half, half, half + 8192 }) {
+            SCOPED_TRACE(testing::Message() << block << " frames to " << count);
+            PacedRig rig(block);
+            rig.play(file, { begin, 2 * half }, endlessly({ 0, half }));
+            rig.pull(half / 2);
+            ASSERT_TRUE(rig.player->moveEnd(count));
+            rig.waitUntilReady();
+            while (rig.completions == 0 && std::ssize(rig.left) < 44100 * 5)
+                rig.pull(block);
+            rig.pull(half / 2);
+            const auto first = firstSound(rig.left);
+            ASSERT_TRUE(first);
+            // Up to the joint, and from there.
+            const std::int64_t joint = *first + count;
+            ASSERT_GT(std::ssize(rig.left), joint + 4000);
+            for (std::int64_t i = *first + 200; i < joint + 4000; ++i) {
+                if (i >= joint - 200 && i < joint)
+                    continue;
+                const auto expected = static_cast<std::size_t>(i < joint ? begin + i - *first : i - joint);
+                ASSERT_NEAR(rig.left[static_cast<std::size_t>(i)], left[expected], 1e-6) << i - *first;
+                ASSERT_NEAR(rig.right[static_cast<std::size_t>(i)], right[expected], 1e-6) << i - *first;
+            }
+            EXPECT_FALSE(rig.player->moveEnd(4 * half)) << "it is beyond its end";
+            EXPECT_EQ(rig.completions, 1);
+        }
+    // The position goes on, and an end that is behind the sound is refused.
+    PacedRig rig(64);
+    rig.graph.timePitch().setRate(0.5);
+    rig.play(file, { begin, half });
+    rig.pullSeconds(0.6);
+    EXPECT_FALSE(rig.player->moveEnd(4410));
+    ASSERT_TRUE(rig.player->moveEnd(2 * half));
+    rig.waitUntilReady();
+    for (int i = 1; i <= 10; ++i) {
+        rig.pull(4416);
+        EXPECT_NEAR(*rig.player->sampleTime(), 0.5 * (26460 + i * 4416), 1500);
+    }
+    rig.pullSeconds(1);
+    EXPECT_EQ(rig.completions, 1);
+    EXPECT_NEAR(static_cast<double>(soundingLength(rig.left) - *firstSound(rig.left)), 4 * half, 60);
+}
+
+TEST(GraphChange, TheChosenChannelsAreHeardOnBothSidesAndAChangeIsNoHole)
+{
+    const auto tones = twoTones(44100, 20, 441, 1000);
+    // A voice in the middle, over it a tone on one side.
+    std::vector<float> middle;
+    for (int i = 0; i < 44100 * 4; ++i) {
+        const auto voice = static_cast<float>(0.4 * std::sin(2 * pi * 700 * i / 44100));
+        middle.push_back(voice + static_cast<float>(0.1 * std::sin(2 * pi * 441 * i / 44100)));
+        middle.push_back(voice);
+    }
+    const auto song = std::make_shared<MemoryAudioFile>(44100, std::move(middle));
+    for (const double rate : { 1.0, 0.5 }) {
+        SCOPED_TRACE(rate);
+        PacedRig rig;
+        rig.graph.timePitch().setRate(rate);
+        rig.play(tones, { 0, tones->length() });
+        rig.pullSeconds(0.6);
+        for (const auto& [mode, firstHz, secondHz] : { std::tuple{ ChannelMode::left, 0.4, 0.0 },
+                                                       { ChannelMode::right, 0.0, 0.4 },
+                                                       { ChannelMode::mono, 0.2, 0.2 },
+                                                       { ChannelMode::sides, 0.28, 0.28 } }) {
+            rig.graph.setChannels(mode);
+            rig.pullSeconds(1);
+            EXPECT_TRUE(std::ranges::equal(part(rig.left, std::ssize(rig.left) - 100, 100),
+                                           part(rig.right, std::ssize(rig.right) - 100, 100)));
+            const auto steady = part(rig.left, std::ssize(rig.left) - half, half);
+            EXPECT_NEAR(toneSize(steady, 441.0 / 44100), firstHz, 0.02);
+            EXPECT_NEAR(toneSize(steady, 1000.0 / 44100), secondHz, 0.02);
+        }
+        rig.graph.setChannels(ChannelMode::stereo);
+        rig.pullSeconds(1);
+        EXPECT_LT(toneSize(part(rig.left, std::ssize(rig.left) - half, half), 1000.0 / 44100), 0.002);
+        EXPECT_EQ(rig.graph.underruns(), 0);
+        const auto first = *firstSound(rig.left, 0.1F);
+        EXPECT_LT(longestHole(rig.left, first, std::ssize(rig.left)), 60);
+        for (std::int64_t i = first; i + 1 < std::ssize(rig.left); ++i)
+            ASSERT_LT(std::abs(rig.left[static_cast<std::size_t>(i + 1)] - rig.left[static_cast<std::size_t>(i)]), 0.12F) << i;
+
+        PacedRig sung;
+        sung.graph.timePitch().setRate(rate);
+        sung.graph.setChannels(ChannelMode::sides);
+        sung.play(song, { 0, song->length() });
+        sung.pullSeconds(1.5);
+        const auto heard = part(sung.left, std::ssize(sung.left) - half, half);
+        EXPECT_NEAR(toneSize(heard, 441.0 / 44100), 0.07, 0.01);
+        EXPECT_LT(toneSize(heard, 700.0 / 44100), 1e-4) << "the middle is gone, however it is stretched";
+    }
+}
+
 TEST(GraphChange, PausesAreAsLongAsPlannedWhoeverIsLate)
 {
     const auto file = twoTones(44100, 3, 441, 600);
@@ -254,6 +353,7 @@ TEST(GraphChange, APassKeepsItsSpeedWhenWhatFollowsItIsChanged)
         rig.pull(64);
     rig.pull(2000);
     // Takes over the fast pass that sounds by plan, and lets nothing follow it.
+    rig.graph.timePitch().setRate(2);
     rig.play(file, region);
     rig.waitUntilReady();
     rig.pull(44100 * 2);

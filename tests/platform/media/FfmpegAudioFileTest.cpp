@@ -16,6 +16,7 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -160,6 +161,15 @@ void expectAmplitudesToAgree(const FilePath& path, const std::vector<float>& inO
         for (std::int64_t begin = first; begin < reader.length(); begin += step) {
             const std::int64_t frames = std::min(step, reader.length() - begin);
             ASSERT_NEAR(reader.sum(frames), amplitudeSum(inOrder, begin, frames), amplitudeTolerance(frames)) << begin;
+        }
+        reader.enter(first);
+        for (std::int64_t begin = first; begin < reader.length(); begin += step / 3) {
+            const auto sound = slice(inOrder, begin, std::min(step / 3, reader.length() - begin));
+            const SoundSummary seen = reader.summary(std::ssize(sound) / 2);
+            ASSERT_EQ(seen.lowest, std::ranges::min(sound)) << begin;
+            ASSERT_EQ(seen.highest, std::ranges::max(sound)) << begin;
+            const double squares = std::inner_product(sound.begin(), sound.end(), sound.begin(), 0.0);
+            ASSERT_NEAR(seen.meanSquare, squares / static_cast<double>(sound.size()), 1e-5) << begin;
         }
     }
     if (reader.entersAnywhere()) {
@@ -343,6 +353,11 @@ TEST(DamageTest, SamplesThatAreNoNumbersReadAsSilence)
     encodeAudio(source, folder / "44100-2-f32.wav", { "-c:a", "pcm_f32le" });
     const auto file = opened(folder / "44100-2-f32.wav");
     EXPECT_THAT(readFrames(*file, 250, 2), testing::ElementsAre(0, 0, 0, 1.5F));
+    const auto reader = FfmpegAmplitudeReaderOpener().open(folder / "44100-2-f32.wav");
+    ASSERT_TRUE(reader);
+    (*reader)->enter(0);
+    EXPECT_EQ((*reader)->summary(250), (SoundSummary{ 1.5F, 1.5F, 2.25F }));
+    EXPECT_EQ((*reader)->summary(2), (SoundSummary{ 0, 1.5F, 2.25F / 4 }));
 }
 
 constexpr std::int64_t blockFrames = 3001;

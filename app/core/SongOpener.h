@@ -1,0 +1,62 @@
+// Opens what the user names in one go: one song as ever; several, or a folder, as the list of songs, and its first. It also
+// carries out the commands that go through the list. What folders hold is found out beside the main thread.
+// Threads: main thread.
+#pragma once
+
+#include "app/core/CommandCenter.h"
+#include "app/core/SongList.h"
+#include "platform/schedule/BackgroundRunner.h"
+#include "platform/schedule/Scheduler.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <stop_token>
+#include <vector>
+
+namespace quillet {
+
+class SongOpener {
+public:
+    /// All outlive the opener, and the background's jobs that it has started.
+    struct Services {
+        SongList& songs;
+        CommandCenter& commands;
+        BackgroundRunner& background;
+        Scheduler& scheduler;
+    };
+    /// What the window does.
+    struct Window {
+        /// Opens a song in place of the present one, with the defaults.
+        std::function<void(const FilePath& song)> open;
+        /// Says that there is no song.
+        std::function<void(const FilePath& path)> refuse;
+    };
+
+    SongOpener(const Services& services, Window window);
+    ~SongOpener();
+    SongOpener(const SongOpener&) = delete;
+    SongOpener& operator=(const SongOpener&) = delete;
+
+    /// Files or folders, at least one. A single song that is known by its name is opened at once; everything else a moment
+    /// later, unless something else is opened meanwhile. A list that there was stays where only one song is found.
+    void open(const std::vector<FilePath>& paths);
+
+    /// What is still being looked for is not wanted any more.
+    void cancel();
+
+private:
+    void take(const FilePath& named, std::vector<FilePath> songs);
+    void openListed(const FilePath* song);
+
+    Services m_services;
+    Window m_window;
+    std::vector<Notifications::Subscription> m_subscriptions;
+    /// Of the last search.
+    std::stop_source m_search;
+    std::int64_t m_generation = 0;
+    /// Expires with the opener.
+    std::shared_ptr<SongOpener*> m_self;
+};
+
+}  // namespace quillet
