@@ -6,6 +6,7 @@ Usage: separation_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]. Ex
 """
 
 import array
+import os
 import subprocess
 import sys
 import time
@@ -44,8 +45,13 @@ class SeparationTest(ProgramTest):
             write_song(song, 12)
         environment = DESKTOP.folder / ".quillet/venv"
 
-        # The set-up is called off, and leaves nothing.
+        # The set-up is called off, and leaves nothing. So that it is never over before, uv waits for its settings at each start: here
+        # the first of them gets some.
+        settings = DESKTOP.folder / "uv.toml"
+        os.mkfifo(settings)
+        DESKTOP.environment["UV_CONFIG_FILE"] = str(settings)
         window = self.separate(songs[0])
+        settings.write_text("")
         window.find("label", "Installing dependencies")
         self.shot("setup-light")
         self.assertTrue(environment.exists())
@@ -54,6 +60,9 @@ class SeparationTest(ProgramTest):
         wait_for("the question again", lambda: window.has("push button", "Separate") and window.has("label", "Stem separation splits"))
         self.assertFalse(environment.exists())
         self.assertTrue(ends(child, 60))
+
+        settings.unlink()
+        settings.touch()
 
         # Once more, in the background, while the song plays.
         DESKTOP.key("Return")
