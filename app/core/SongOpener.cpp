@@ -8,6 +8,11 @@
 #include <utility>
 
 namespace quillet {
+namespace {
+
+constexpr double secondsUnshown = 0.5;
+
+}  // namespace
 
 SongOpener::SongOpener(const Services& services, Window window)
     : m_services(services),
@@ -28,6 +33,16 @@ void SongOpener::cancel()
 {
     ++m_generation;
     m_search.request_stop();
+    setSearching(false);
+}
+
+void SongOpener::setSearching(bool isSearching)
+{
+    m_showSearch.cancel();
+    if (m_isSearching == isSearching)
+        return;
+    m_isSearching = isSearching;
+    m_window.setSearching(isSearching);
 }
 
 void SongOpener::open(const std::vector<FilePath>& paths)
@@ -39,6 +54,12 @@ void SongOpener::open(const std::vector<FilePath>& paths)
         m_window.open(paths.front());
         return;
     }
+    m_showSearch = m_services.scheduler.after(secondsUnshown, [this] { setSearching(true); });
+    search(paths);
+}
+
+void SongOpener::search(const std::vector<FilePath>& paths)
+{
     m_search = std::stop_source();
     m_services.background.run([paths, stop = m_search.get_token(), generation = m_generation, self = std::weak_ptr(m_self),
                                &scheduler = m_services.scheduler] {
@@ -57,6 +78,7 @@ void SongOpener::open(const std::vector<FilePath>& paths)
 
 void SongOpener::take(const FilePath& named, std::vector<FilePath> songs)
 {
+    setSearching(false);
     if (songs.empty()) {
         m_window.refuse(named);
         return;

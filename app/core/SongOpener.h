@@ -31,6 +31,8 @@ public:
         std::function<void(const FilePath& song)> open;
         /// Says that there is no song.
         std::function<void(const FilePath& path)> refuse;
+        /// Shows that songs are still being looked for, and no longer.
+        std::function<void(bool isSearching)> setSearching;
     };
 
     SongOpener(const Services& services, Window window);
@@ -46,7 +48,9 @@ public:
     void cancel();
 
 private:
+    void search(const std::vector<FilePath>& paths);
     void take(const FilePath& named, std::vector<FilePath> songs);
+    void setSearching(bool isSearching);
     void openListed(const FilePath* song);
 
     Services m_services;
@@ -54,6 +58,9 @@ private:
     std::vector<Notifications::Subscription> m_subscriptions;
     /// Of the last search.
     std::stop_source m_search;
+    /// A search that is over at once is not shown.
+    ScheduledTask m_showSearch;
+    bool m_isSearching = false;
     std::int64_t m_generation = 0;
     /// Expires with the opener.
     std::shared_ptr<SongOpener*> m_self;

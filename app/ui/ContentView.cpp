@@ -17,6 +17,7 @@
 #include "app/ui/OpenFromURLSheet.h"
 #include "app/ui/PlayerScreen.h"
 #include "app/ui/Questions.h"
+#include "app/ui/SearchNotice.h"
 #include "app/ui/SettingsNotice.h"
 #include "app/ui/SongStrip.h"
 #include "app/ui/StemSeparationFlow.h"
@@ -88,12 +89,14 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_silenceNotice(
           new Notice(services.theme, tr("There is no sound device: playback goes on without sound until there is one."))),
       m_settingsNotice(new SettingsNotice(services.theme)),
+      m_searchNotice(new SearchNotice(services.theme, [this] { m_opener.cancel(); })),
       m_overlay(new DropOverlay(services.theme, this)),
       m_shade(new Shade(this)),
       m_keys(new KeyResponderView(services.state, services.commands, this)),
       m_opener({ services.songs, services.commands, services.background, services.scheduler },
                { [this](const FilePath& song) { loadFile(song, RestoreSettings::no); },
-                 [this](const FilePath& path) { refuse(path); } }),
+                 [this](const FilePath& path) { refuse(path); },
+                 [this](bool isSearching) { m_searchNotice->setVisible(isSearching); } }),
       m_stems(new StemSeparationFlow({ services.state,
                                        services.loader,
                                        services.commands,
@@ -162,6 +165,8 @@ void ContentView::addLastingNotices()
     m_notices->addWidget(m_settingsNotice);
     m_notices->addWidget(m_silenceNotice);
     m_silenceNotice->hide();
+    m_notices->addWidget(m_searchNotice);
+    m_searchNotice->hide();
     m_notices->addWidget(new LevelNotice(m_services.state, m_services.theme));
     m_notices->addWidget(new OfferNotice(m_services.state, m_services.theme));
     m_notices->addWidget(new HintNotice(m_services.hints, m_services.keys, m_services.theme));

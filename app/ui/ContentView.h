@@ -46,6 +46,7 @@ class LoopFileFlow;
 class Notice;
 class OpenFromURLSheet;
 class PlayerScreen;
+class SearchNotice;
 class SettingsNotice;
 class SettingsWindow;
 class StemSeparationFlow;
@@ -153,6 +154,7 @@ private:
     int m_lastingNotices = 0;
     Notice* m_silenceNotice;
     SettingsNotice* m_settingsNotice;
+    SearchNotice* m_searchNotice;
     DropOverlay* m_overlay;
     /// Dims the window under a sheet.
     QWidget* m_shade;

@@ -1,7 +1,6 @@
 #include "app/ui/LoopFileFlow.h"
 
 #include "app/export/OutputFile.h"
-#include "app/ui/ClosableNotice.h"
 #include "app/ui/FileNames.h"
 #include "app/ui/FilePanel.h"
 #include "app/ui/Questions.h"
@@ -50,6 +49,8 @@ LoopFileFlow::LoopFileFlow(const Services& services, FlowHost host)
     : m_services(services),
       m_host(std::move(host))
 {
+    // What has been said was of the song that was open then.
+    connect(&m_services.state, &AppState::audioFileURLChanged, this, [this] { delete m_notice; });
 }
 
 template <typename Work, typename Finished> void LoopFileFlow::run(Work work, Finished finished)
@@ -151,6 +152,11 @@ void LoopFileFlow::add(const LoopFile& file)
     say(parts.join(QLatin1Char(' ')));
 }
 
-void LoopFileFlow::say(const QString& sentence) { m_host.addNotice(*new ClosableNotice(m_services.theme, sentence)); }
+void LoopFileFlow::say(const QString& sentence)
+{
+    delete m_notice;
+    m_notice = new ClosableNotice(m_services.theme, sentence);
+    m_host.addNotice(*m_notice);
+}
 
 }  // namespace quillet

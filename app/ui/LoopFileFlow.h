@@ -5,12 +5,14 @@
 
 #include "AppCore/LoopFile.h"
 #include "app/core/AppState.h"
+#include "app/ui/ClosableNotice.h"
 #include "app/ui/FlowHost.h"
 #include "app/ui/ThemeSource.h"
 #include "platform/schedule/BackgroundRunner.h"
 #include "platform/schedule/Scheduler.h"
 
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
 
@@ -46,10 +48,12 @@ private:
     template <typename Work, typename Finished> void run(Work work, Finished finished);
     void take(const FilePath& file, const Loaded& loaded);
     void add(const LoopFile& file);
+    /// In place of what was said before.
     void say(const QString& sentence);
 
     Services m_services;
     FlowHost m_host;
+    QPointer<ClosableNotice> m_notice;
     /// Late answers find out by it that the flow is gone.
     std::shared_ptr<LoopFileFlow*> m_self = std::make_shared<LoopFileFlow*>(this);
 };

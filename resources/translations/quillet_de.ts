@@ -1678,6 +1678,17 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
     </message>
 </context>
 <context>
+    <name>quillet::SearchNotice</name>
+    <message>
+        <source>Looking for songs…</source>
+        <translation>Songs werden gesucht…</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Anhalten</translation>
+    </message>
+</context>
+<context>
     <name>quillet::SeparationNotice</name>
     <message>
         <source>Show</source>

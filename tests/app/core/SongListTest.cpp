@@ -24,12 +24,14 @@ struct SongListTest : testing::Test, StateRig {
     CommandCenter commands{ *state, notifications };
     SongList songs{ *state };
     std::vector<FilePath> refused;
+    bool isSearchShown = false;
     SongOpener songOpener{ { songs, commands, background, scheduler },
                            { [this](const FilePath& song) {
                                 songOpener.cancel();
                                 loader.loadFile(song, RestoreSettings::no);
                             },
-                             [this](const FilePath& path) { refused.push_back(path); } } };
+                             [this](const FilePath& path) { refused.push_back(path); },
+                             [this](bool isSearching) { isSearchShown = isSearching; } } };
 
     /// A song that can be opened.
     FilePath song(const std::string& name)
@@ -128,7 +130,12 @@ TEST_F(SongListTest, WhatIsOpenedMeanwhileWinsAndNothingIsRefused)
     song("a/2.wav");
     const FilePath other = song("o.wav");
     songOpener.open({ folder / "a" });
+    scheduler.advance(0.4);
+    EXPECT_FALSE(isSearchShown) << "a quick search is not";
+    scheduler.advance(0.2);
+    EXPECT_TRUE(isSearchShown);
     songOpener.open({ other });
+    EXPECT_FALSE(isSearchShown);
     finishWork();
     EXPECT_EQ(state->audioFileURL(), other);
     EXPECT_THAT(songs.songs(), IsEmpty());
@@ -136,6 +143,8 @@ TEST_F(SongListTest, WhatIsOpenedMeanwhileWinsAndNothingIsRefused)
     std::filesystem::create_directory(folder / "empty");
     open({ folder / "empty", folder / "notes.txt" });
     EXPECT_THAT(refused, ElementsAre(folder / "empty"));
+    scheduler.advance(1);
+    EXPECT_FALSE(isSearchShown);
     EXPECT_EQ(state->audioFileURL(), other);
     // The name of a file need not say what it is.
     const FilePath unnamed = song("song");
