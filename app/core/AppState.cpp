@@ -112,7 +112,7 @@ void AppState::setIsShowingHelp(bool isShowing) { assign(m_isShowingHelp, isShow
 void AppState::setRegion(TimeRange region)
 {
     if (!m_isByItself && region != m_region)
-        leaveLoopList();
+        callOffLoops();
     edit(EditKind::region, m_region, region, &AppState::regionChanged, [this] { tellWhatFollows(); });
 }
 
@@ -219,7 +219,7 @@ void AppState::goTo(const std::optional<EditedValues>& values)
         m_isByItself = true;
         const bool isOtherRegion = values->region != m_region;
         if (isOtherRegion)
-            leaveLoopList();
+            callOffLoops();
         setRegion(values->region);
         setSpeed(values->speed);
         setPitch(values->pitch);

@@ -132,6 +132,8 @@ public:
     /// Begins with its first speed at once, in a loop. A speed that is set by hand pauses it.
     void startTrainer();
     void stopTrainer();
+    /// As its key does: one that is paused goes on.
+    void toggleTrainer();
     /// Goes on with the pass it was paused at, from the next pass on.
     void resumeTrainer();
 
@@ -199,6 +201,7 @@ private:
     /// The road of an edit of what is kept in the practice.
     void editPractice(EditKind kind, Practice practice);
     void setPractice(std::shared_ptr<const Practice> practice);
+    void callOffLoops();
     void setTrainerState(TrainerState trainerState, std::int64_t pass);
     void rewindTrainer();
     void takeLoop(const NamedLoop& taken);

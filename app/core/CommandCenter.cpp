@@ -55,6 +55,7 @@ constexpr std::array playbackCommands{
     PlaybackCommand{ CommandId::saveLoop, [](AppState& state) { state.saveLoop(); } },
     PlaybackCommand{ CommandId::playLoopList,
                      [](AppState& state) { state.listPlace() ? state.leaveLoopList() : state.playLoopList(); } },
+    PlaybackCommand{ CommandId::toggleTrainer, [](AppState& state) { state.toggleTrainer(); } },
     PlaybackCommand{ CommandId::callLoop1, &callLoop<0, AppState::CallUp::atJoint> },
     PlaybackCommand{ CommandId::callLoop1AtOnce, &callLoop<0, AppState::CallUp::atOnce> },
     PlaybackCommand{ CommandId::callLoop2, &callLoop<1, AppState::CallUp::atJoint> },

@@ -86,6 +86,21 @@ void AppState::startTrainer()
 
 void AppState::stopTrainer() { setTrainerState(TrainerState::off, 0); }
 
+void AppState::toggleTrainer()
+{
+    switch (m_trainerState) {
+    case TrainerState::off:
+        startTrainer();
+        break;
+    case TrainerState::paused:
+        resumeTrainer();
+        break;
+    case TrainerState::on:
+        stopTrainer();
+        break;
+    }
+}
+
 void AppState::resumeTrainer()
 {
     if (m_trainerState == TrainerState::paused)
@@ -239,6 +254,13 @@ void AppState::leaveLoopList()
 {
     if (assign(m_listPlace, {}, &AppState::listPlaceChanged))
         tellWhatFollows();
+}
+
+/// Whoever chooses another region wants that one, and not what was to follow.
+void AppState::callOffLoops()
+{
+    assign(m_waitingLoop, {}, &AppState::waitingLoopChanged);
+    leaveLoopList();
 }
 
 /// No edit, but for a loop that the user has called up.

@@ -72,7 +72,9 @@ constexpr std::array sections{
                                "• Save Loop (Cmd+S) keeps the region under a name, with speed, pitch and trainer.\n"
                                "• Click a saved loop, or press Cmd+1 to Cmd+0: it begins when the present pass has ended, "
                                "with Alt at once.\n"
-                               "• The trainer plays the loop at one speed after the other. A speed set by hand pauses it.\n"
+                               "• The trainer (Cmd+T) plays the loop at one speed after the other. A speed set by hand pauses "
+                               "it.\n"
+                               "• Cmd+P plays the saved loops as a list.\n"
                                "• Cmd+Z undoes, Cmd+E exports what you hear.") },
     Section{ QT_TRANSLATE_NOOP("quillet::HelpSheet", "Several Songs, a Closer Look"),
              QT_TRANSLATE_NOOP("quillet::HelpSheet",

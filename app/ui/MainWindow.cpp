@@ -132,6 +132,8 @@ void MainWindow::buildMenus()
         if (command.id == CommandId::saveLoop || command.id == CommandId::playLoopList || command.id == CommandId::saveLoopFile
             || command.id == CommandId::loadLoopFile)
             followLoops(*action, command.id == CommandId::playLoopList || command.id == CommandId::saveLoopFile);
+        if (command.id == CommandId::toggleTrainer)
+            followTrainer(*action);
         if (command.id == CommandId::toggleFollow)
             followChoice(*action);
         if (command.id == CommandId::previousSong || command.id == CommandId::nextSong)
@@ -196,6 +198,22 @@ void MainWindow::followLoops(QAction& action, bool needsLoops)
     };
     connect(&state, &AppState::loopsChanged, &action, sync);
     connect(&state, &AppState::loadingStateChanged, &action, sync);
+    sync();
+}
+
+/// One that is paused goes on.
+void MainWindow::followTrainer(QAction& action)
+{
+    action.setCheckable(true);
+    const AppState& state = m_services.state;
+    const auto sync = [&action, &state] {
+        action.setEnabled(state.isLoaded());
+        action.setChecked(state.trainerState() == TrainerState::on);
+    };
+    connect(&state, &AppState::trainerStateChanged, &action, sync);
+    connect(&state, &AppState::loadingStateChanged, &action, sync);
+    // What was clicked may have had no effect.
+    connect(&action, &QAction::triggered, &action, sync);
     sync();
 }
 

@@ -37,6 +37,7 @@ private:
     void followKeys(QAction& action, const Command& command);
     void followHistory(QAction& action, CommandId id);
     void followLoops(QAction& action, bool needsLoops);
+    void followTrainer(QAction& action);
     void followChoice(QAction& action);
     void followSongs(QAction& action, CommandId id);
     void addRecentFiles(QMenu& menu);

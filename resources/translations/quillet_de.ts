@@ -183,6 +183,10 @@
         <source>Next Song</source>
         <translation>Nächster Song</translation>
     </message>
+    <message>
+        <source>Trainer</source>
+        <translation>Trainer</translation>
+    </message>
 </context>
 <context>
     <name>DownloadError</name>
@@ -1047,20 +1051,6 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
         <translation>Marken, Schleifen und Trainer</translation>
     </message>
     <message>
-        <source>• [ and ] set the region&apos;s start and end where you hear it. With Shift that end moves 10 ms outwards, with Alt inwards.
-• Comma and period move the region by its own length, Backspace takes the whole song.
-• Save Loop (Cmd+S) keeps the region under a name, with speed, pitch and trainer.
-• Click a saved loop, or press Cmd+1 to Cmd+0: it begins when the present pass has ended, with Alt at once.
-• The trainer plays the loop at one speed after the other. A speed set by hand pauses it.
-• Cmd+Z undoes, Cmd+E exports what you hear.</source>
-        <translation>• [ und ] (die Tasten rechts vom P) setzen Anfang und Ende des Bereichs, wo es zu hören ist. Mit Umschalt rückt dieses Ende 10 ms nach außen, mit Alt nach innen.
-• Komma und Punkt verschieben den Bereich um seine Länge, die Rücktaste nimmt den ganzen Song.
-• Schleife sichern (Cmd+S) behält den Bereich unter einem Namen, mit Tempo, Tonhöhe und Trainer.
-• Ein Klick auf eine gesicherte Schleife, oder Cmd+1 bis Cmd+0: sie beginnt, wenn der jetzige Durchgang zu Ende ist, mit Alt sofort.
-• Der Trainer spielt die Schleife mit einem Tempo nach dem anderen. Ein Tempo von Hand lässt ihn pausieren.
-• Cmd+Z nimmt zurück, Cmd+E exportiert, was zu hören ist.</translation>
-    </message>
-    <message>
         <source>[ ]</source>
         <translation>[ ]</translation>
     </message>
@@ -1103,6 +1093,22 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
         <translation>• Ziehen Sie mehrere Songs oder einen Ordner ins Fenster: Cmd+Bild auf und Cmd+Bild ab gehen sie durch.
 • Vergrößert zeigt die Wellenform den Klang selbst. „Folgen“ hält die Abspielposition im Blick.
 • Das Menü „Schleifen“ sichert die Schleifen in einer Datei und lädt sie wieder, auch auf einem anderen Rechner.</translation>
+    </message>
+    <message>
+        <source>• [ and ] set the region&apos;s start and end where you hear it. With Shift that end moves 10 ms outwards, with Alt inwards.
+• Comma and period move the region by its own length, Backspace takes the whole song.
+• Save Loop (Cmd+S) keeps the region under a name, with speed, pitch and trainer.
+• Click a saved loop, or press Cmd+1 to Cmd+0: it begins when the present pass has ended, with Alt at once.
+• The trainer (Cmd+T) plays the loop at one speed after the other. A speed set by hand pauses it.
+• Cmd+P plays the saved loops as a list.
+• Cmd+Z undoes, Cmd+E exports what you hear.</source>
+        <translation>• [ und ] (die Tasten rechts vom P) setzen Anfang und Ende des Bereichs, wo es zu hören ist. Mit Umschalt rückt dieses Ende 10 ms nach außen, mit Alt nach innen.
+• Komma und Punkt verschieben den Bereich um seine Länge, die Rücktaste nimmt den ganzen Song.
+• Schleife sichern (Cmd+S) behält den Bereich unter einem Namen, mit Tempo, Tonhöhe und Trainer.
+• Ein Klick auf eine gesicherte Schleife, oder Cmd+1 bis Cmd+0: sie beginnt, wenn der jetzige Durchgang zu Ende ist, mit Alt sofort.
+• Der Trainer (Cmd+T) spielt die Schleife mit einem Tempo nach dem anderen. Ein Tempo von Hand lässt ihn pausieren.
+• Cmd+P spielt die gesicherten Schleifen als Liste.
+• Cmd+Z nimmt zurück, Cmd+E exportiert, was zu hören ist.</translation>
     </message>
 </context>
 <context>

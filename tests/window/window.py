@@ -97,10 +97,12 @@ class Window:
     def is_checked(self, node):
         return node.getState().contains(self.pyatspi.STATE_CHECKED)
 
+    def is_focused(self, node):
+        return node.getState().contains(self.pyatspi.STATE_FOCUSED)
+
     def wait_for_keyboard(self):
         """Until a text is being edited: what is typed before is lost."""
-        wait_for("a text with the keyboard",
-                 lambda: any(node.getState().contains(self.pyatspi.STATE_FOCUSED) for node in self.all("text")))
+        wait_for("a text with the keyboard", lambda: any(self.is_focused(node) for node in self.all("text")))
 
     def value(self, name):
         return self.find("slider", name).queryValue().currentValue

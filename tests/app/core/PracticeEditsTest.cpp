@@ -329,6 +329,11 @@ TEST_F(PracticeTest, ALoopIsKeptWithItsSpeedPitchAndTrainerAndComesAtTheJoint)
     EXPECT_EQ(state->waitingLoop(), 0U);
     endPass();
     EXPECT_EQ(sounding(), Window(1, 2));
+
+    state->callLoop(1, AppState::CallUp::atJoint);
+    state->setRegion({ 1, 3 });
+    EXPECT_FALSE(state->waitingLoop()) << "whoever chooses another region wants that one";
+    EXPECT_EQ(ahead(), (std::vector<Ahead>{ { 1, 0, endless } }));
 }
 
 TEST_F(PracticeTest, TheListPlaysEachLoopSoOftenAndBeginsAgain)
