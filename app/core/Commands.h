@@ -414,7 +414,7 @@ inline constexpr std::array commands{
     Command{ CommandId::soloPiano, "QLT.soloPiano", nullptr, nullptr, 0, { 14, Qt::Key_5 }, KeyUse::plainWithShift },
     Command{ CommandId::soloOther, "QLT.soloOther", nullptr, nullptr, 0, { 15, Qt::Key_6 }, KeyUse::plainWithShift },
     Command{ CommandId::showHelp, "QLT.showHelp", QT_TRANSLATE_NOOP("Commands", "Quillet Help"),
-             QT_TRANSLATE_NOOP("Commands", "Help") },
+             QT_TRANSLATE_NOOP("Commands", "Help"), static_cast<int>(Qt::Key_F1) },
     Command{ CommandId::checkForUpdates, "QLT.checkForUpdates", QT_TRANSLATE_NOOP("Commands", "Check for Updates..."), "Help" },
     Command{ CommandId::stemFilesCreated, "QLT.stemFilesCreated" },
     Command{ CommandId::stemFilesDeleted, "QLT.stemFilesDeleted" },

@@ -16,6 +16,7 @@
 #include "app/ui/QuilletStyle.h"
 #include "app/ui/Symbol.h"
 #include "app/ui/Translations.h"
+#include "app/ui/controls/CheckableAccess.h"
 #include "app/ui/controls/Fonts.h"
 #include "app/ui/settings/UpdateSettings.h"
 #include "platform/audio/CubebOutputDevice.h"
@@ -78,6 +79,7 @@ public:
         };
         QApplication::setStyle(m_style);
         QApplication::setFont(controlFont());
+        installCheckableAccess();
         applyTheme();
         QObject::connect(&m_theme, &ThemeSource::themeChanged, &m_theme, applyTheme);
         m_keys.start(m_state, m_commands);

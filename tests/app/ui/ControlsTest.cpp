@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QApplication>
 #include <QPushButton>
 #include <QTest>
@@ -178,6 +179,15 @@ TEST_F(ControlsTest, LoopHidesItsDelayAndKeepsItsPlace)
     EXPECT_FALSE(state.loopEnabled());
     EXPECT_FALSE(named<ValueField>("Loop delay, seconds")->isVisible());
     EXPECT_EQ(loop->sizeHint().width(), width);
+
+    // An assistive program's action is a click.
+    auto* access = QAccessible::queryAccessibleInterface(named<Switch>("Loop"));
+    EXPECT_EQ(access->role(), QAccessible::CheckBox);
+    EXPECT_FALSE(access->state().checked);
+    access->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    EXPECT_TRUE(state.loopEnabled());
+    EXPECT_TRUE(access->state().checked);
+    EXPECT_EQ(access->text(QAccessible::Name), QStringLiteral("Loop"));
 }
 
 TEST_F(ControlsTest, ADrawerSlidesToTheHeightOfItsContentAndShut)

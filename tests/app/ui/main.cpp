@@ -1,4 +1,5 @@
 #include "app/ui/QuilletStyle.h"
+#include "app/ui/controls/CheckableAccess.h"
 
 #include <gtest/gtest.h>
 
@@ -52,6 +53,7 @@ int main(int argc, char** argv)
     QCoreApplication::installTranslator(&texts);
     const quillet::ThemeSource theme;
     QApplication::setStyle(new quillet::QuilletStyle(theme));
+    quillet::installCheckableAccess();
     const int status = RUN_ALL_TESTS();
     return texts.report() ? status : 1;
 }
