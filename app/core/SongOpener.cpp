@@ -65,22 +65,23 @@ void SongOpener::search(const std::vector<FilePath>& paths)
                                &scheduler = m_services.scheduler] {
         auto songs = songsIn(paths, stop);
         std::error_code unknown;
+        const bool isFolder = std::filesystem::is_directory(paths.front(), unknown);
         // A file whose name says nothing may be one all the same.
-        if (songs.empty() && !std::filesystem::is_directory(paths.front(), unknown))
+        if (songs.empty() && !isFolder)
             songs.push_back(paths.front());
-        scheduler.post([named = paths.front(), songs = std::move(songs), generation, self] {
+        scheduler.post([named = paths.front(), isFolder, songs = std::move(songs), generation, self] {
             const auto opener = self.lock();
             if (opener && (*opener)->m_generation == generation)
-                (*opener)->take(named, songs);
+                (*opener)->take(named, isFolder, songs);
         });
     });
 }
 
-void SongOpener::take(const FilePath& named, std::vector<FilePath> songs)
+void SongOpener::take(const FilePath& named, bool isFolder, std::vector<FilePath> songs)
 {
     setSearching(false);
     if (songs.empty()) {
-        m_window.refuse(named);
+        m_window.refuse(named, isFolder);
         return;
     }
     const FilePath first = songs.front();

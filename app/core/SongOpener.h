@@ -29,8 +29,8 @@ public:
     struct Window {
         /// Opens a song in place of the present one, with the defaults.
         std::function<void(const FilePath& song)> open;
-        /// Says that there is no song.
-        std::function<void(const FilePath& path)> refuse;
+        /// Says that the file, or what is in the folder, is no song.
+        std::function<void(const FilePath& path, bool isFolder)> refuse;
         /// Shows that songs are still being looked for, and no longer.
         std::function<void(bool isSearching)> setSearching;
     };
@@ -49,7 +49,7 @@ public:
 
 private:
     void search(const std::vector<FilePath>& paths);
-    void take(const FilePath& named, std::vector<FilePath> songs);
+    void take(const FilePath& named, bool isFolder, std::vector<FilePath> songs);
     void setSearching(bool isSearching);
     void openListed(const FilePath* song);
 

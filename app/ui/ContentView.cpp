@@ -95,7 +95,7 @@ ContentView::ContentView(const Services& services, QWidget* parent)
       m_keys(new KeyResponderView(services.state, services.commands, this)),
       m_opener({ services.songs, services.commands, services.background, services.scheduler },
                { [this](const FilePath& song) { loadFile(song, RestoreSettings::no); },
-                 [this](const FilePath& path) { refuse(path); },
+                 [this](const FilePath& path, bool isFolder) { isFolder ? sayThatFolderIsEmpty(path) : refuse(path); },
                  [this](bool isSearching) { m_searchNotice->setVisible(isSearching); } }),
       m_stems(new StemSeparationFlow({ services.state,
                                        services.loader,
@@ -249,6 +249,11 @@ void ContentView::loadFile(const FilePath& url, RestoreSettings restoreSettings)
 void ContentView::refuse(const FilePath& path)
 {
     showError(tr("“%1” is not an audio file.").arg(fileName(path.has_filename() ? path : path.parent_path())));
+}
+
+void ContentView::sayThatFolderIsEmpty(const FilePath& folder)
+{
+    showError(tr("There are no songs in “%1”.").arg(fileName(folder.has_filename() ? folder : folder.parent_path())));
 }
 
 bool ContentView::takeSpace(const QKeyEvent& event) { return m_keys->takeSpace(event); }

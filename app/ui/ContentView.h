@@ -136,6 +136,7 @@ private:
     void subscribe();
     void showScreen();
     void refuse(const FilePath& path);
+    void sayThatFolderIsEmpty(const FilePath& folder);
     [[nodiscard]] bool changeLanguage();
     void openSheet(QDialog& sheet);
     [[nodiscard]] QDialog* frontSheet() const;

@@ -555,6 +555,10 @@
         <source>Unknown error</source>
         <translation>Unbekannter Fehler</translation>
     </message>
+    <message>
+        <source>There are no songs in “%1”.</source>
+        <translation>In „%1“ sind keine Songs.</translation>
+    </message>
 </context>
 <context>
     <name>quillet::DownloadNotice</name>

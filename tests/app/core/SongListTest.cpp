@@ -30,7 +30,10 @@ struct SongListTest : testing::Test, StateRig {
                                 songOpener.cancel();
                                 loader.loadFile(song, RestoreSettings::no);
                             },
-                             [this](const FilePath& path) { refused.push_back(path); },
+                             [this](const FilePath& path, bool isFolder) {
+                                 EXPECT_TRUE(isFolder);
+                                 refused.push_back(path);
+                             },
                              [this](bool isSearching) { isSearchShown = isSearching; } } };
 
     /// A song that can be opened.

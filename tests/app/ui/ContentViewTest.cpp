@@ -109,7 +109,7 @@ TEST_F(ContentViewTest, OnlyAudioFilesCanBeDroppedAndTheFirstIsOpened)
     finishWork();
     const auto alerts = view.findChildren<QMessageBox*>();
     ASSERT_FALSE(alerts.empty());
-    EXPECT_EQ(alerts.back()->text(), QStringLiteral("“%1” is not an audio file.").arg(fileName(tools.path())));
+    EXPECT_EQ(alerts.back()->text(), QStringLiteral("There are no songs in “%1”.").arg(fileName(tools.path())));
 }
 
 TEST_F(ContentViewTest, ScreensFollowTheLoadingAndErrorsAreSaid)
