@@ -14,6 +14,7 @@ from fetched_tools import ends, environment_or_skip, processes
 from song_server import SongServer, make_songs
 from window import ProgramTest, run_tests
 
+# As run_tests sets it.
 DESKTOP = None
 SONGS = {}
 
@@ -118,8 +119,6 @@ class DownloadTest(ProgramTest):
 
 
 def begin(desktop):
-    global DESKTOP
-    DESKTOP = desktop
     desktop.environment.update({name: ENVIRONMENT[name] for name in ("PATH", "UV_CACHE_DIR", "UV_PYTHON_INSTALL_DIR")})
     SONGS.update(make_songs(desktop.folder))
 

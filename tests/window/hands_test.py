@@ -18,6 +18,7 @@ from window import HOARDS, ProgramTest, Watchdog, run_tests, write_song
 SONG_SECONDS = 12
 GESTURES = int(os.environ.get("QUILLET_GESTURES", "300"))
 SEED = int(os.environ.get("QUILLET_SEED", "1"))
+# As run_tests sets it.
 DESKTOP = None
 
 
@@ -320,10 +321,5 @@ class HandsTest(ProgramTest):
         self.assertEqual(window.close(), 0)
 
 
-def begin(desktop):
-    global DESKTOP
-    DESKTOP = desktop
-
-
 if __name__ == "__main__":
-    sys.exit(run_tests(begin))
+    sys.exit(run_tests())

@@ -18,6 +18,7 @@ from desktop import loudness, wait_for
 from fetched_tools import ends, environment_or_skip, processes
 from window import ProgramTest, Watchdog, run_tests, write_song
 
+# As run_tests sets it.
 DESKTOP = None
 TOOLS = Path(sys.argv[1]).resolve().parent
 BUILD = TOOLS.parents[1]
@@ -128,8 +129,6 @@ class SeparationTest(ProgramTest):
 
 
 def begin(desktop):
-    global DESKTOP
-    DESKTOP = desktop
     desktop.environment.update(ENVIRONMENT, HOME=str(desktop.folder), QUILLET_STEM_MODEL=str(MODEL.parent))
 
 

@@ -22,6 +22,7 @@ SONG_SECONDS = 12
 NAME, PATH = "org.mpris.MediaPlayer2.quillet", "/org/mpris/MediaPlayer2"
 APPLICATION, PLAYER = "org.mpris.MediaPlayer2", "org.mpris.MediaPlayer2.Player"
 PROPERTIES = "org.freedesktop.DBus.Properties"
+# As run_tests sets it.
 DESKTOP = None
 
 
@@ -361,10 +362,5 @@ class SessionTest(ProgramTest):
         return int(time.clock_gettime(time.CLOCK_MONOTONIC) * 1000) & 0xFFFFFFFF
 
 
-def begin(desktop):
-    global DESKTOP
-    DESKTOP = desktop
-
-
 if __name__ == "__main__":
-    sys.exit(run_tests(begin))
+    sys.exit(run_tests())

@@ -11,6 +11,7 @@ import sys
 from desktop import SINK_RATE, wait_for
 from window import SLOWED, ProgramTest, run_tests, write_song
 
+# As run_tests sets it.
 DESKTOP = None
 SONG_SECONDS = 12
 STEMS = {"vocals": 300, "drums": 500, "bass": 700, "guitar": 1100, "piano": 1300, "other": 1700}
@@ -102,10 +103,5 @@ class StemsTest(ProgramTest):
         self.assertEqual(window.close(), 0)
 
 
-def begin(desktop):
-    global DESKTOP
-    DESKTOP = desktop
-
-
 if __name__ == "__main__":
-    sys.exit(run_tests(begin))
+    sys.exit(run_tests())

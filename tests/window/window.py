@@ -213,8 +213,8 @@ class ProgramTest(unittest.TestCase):
         wait_for(f"the appearance of {name}", shows_it)
 
 
-def run_tests(begin):
-    """Runs the tests of the calling program on a desktop of their own; `begin` is given that desktop first. The exit status.
+def run_tests(begin=lambda desktop: None):
+    """Runs the tests of the main program on a desktop of their own, which is its DESKTOP; `begin` is given it first. The exit status.
 
     Usage: PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]"""
     Path(sys.argv[2]).mkdir(parents=True, exist_ok=True)
@@ -224,7 +224,7 @@ def run_tests(begin):
         # The accessibility bus answers from its second client on.
         subprocess.run(["/usr/bin/python3", "-c", "import pyatspi; pyatspi.Registry.getDesktop(0).childCount"], check=False,
                        env=desktop.environment)
-        ProgramTest.desktop = desktop
+        ProgramTest.desktop = sys.modules["__main__"].DESKTOP = desktop
         begin(desktop)
         outcome = unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2, exit=False).result
     finally:
