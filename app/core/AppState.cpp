@@ -198,6 +198,13 @@ void AppState::noteEdit(EditKind kind)
     Q_EMIT historyChanged();
 }
 
+void AppState::noteStep(EditKind kind)
+{
+    m_history.separate();
+    noteEdit(kind);
+    m_history.separate();
+}
+
 EditedValues AppState::editedValues() const
 {
     EditedValues values{ m_region, m_speed, m_pitch, m_eqEnabled, m_eqGains, m_practice, {}, {} };

@@ -192,6 +192,8 @@ private:
     template <typename T, typename TellEngine>
     void edit(EditKind kind, T& field, T value, ChangeSignal changed, const TellEngine& tellEngine);
     void noteEdit(EditKind kind);
+    /// A step of its own, whatever comes before and after it.
+    void noteStep(EditKind kind);
     [[nodiscard]] EditedValues editedValues() const;
     void goTo(const std::optional<EditedValues>& values);
     /// Of what follows without a gap.

@@ -51,6 +51,8 @@ public:
     /// Until `endGesture`, everything is one step.
     void beginGesture();
     void endGesture() { m_gesture = Gesture::none; }
+    /// What follows is no part of the step before.
+    void separate() { m_mergesUntilSeconds = 0; }
     void clear();
 
     /// What the next step back (or forth) undoes or does again; nothing where there is none.

@@ -204,7 +204,7 @@ void AppState::callLoop(std::size_t index, CallUp when)
     assign(m_waitingLoop, {}, &AppState::waitingLoopChanged);
     if (m_listPlace)
         assign(m_listPlace, std::optional(ListPlace{ index, 0 }), &AppState::listPlaceChanged);
-    noteEdit(EditKind::region);
+    noteStep(EditKind::region);
     // A copy: what it belongs to is replaced on the way.
     const NamedLoop called = loops()[index];
     takeLoop(called);
@@ -269,7 +269,7 @@ void AppState::passBegins(const UpcomingPass& pass, std::int64_t repetition)
     const std::int64_t number = pass.number + repetition;
     const bool isLoop = pass.loop && *pass.loop < loops().size() && loops()[*pass.loop].region == pass.segment;
     if (pass.loop && m_waitingLoop == pass.loop) {
-        noteEdit(EditKind::region);
+        noteStep(EditKind::region);
         assign(m_waitingLoop, {}, &AppState::waitingLoopChanged);
     }
     m_isByItself = true;

@@ -334,6 +334,11 @@ TEST_F(PracticeTest, ALoopIsKeptWithItsSpeedPitchAndTrainerAndComesAtTheJoint)
     state->setRegion({ 1, 3 });
     EXPECT_FALSE(state->waitingLoop()) << "whoever chooses another region wants that one";
     EXPECT_EQ(ahead(), (std::vector<Ahead>{ { 1, 0, endless } }));
+
+    state->callLoop(1, AppState::CallUp::atOnce);
+    state->setRegion({ 0, 9 });
+    state->undo();
+    EXPECT_EQ(state->region(), (TimeRange{ 4, 6 })) << "a loop that is called up is a step of its own";
 }
 
 TEST_F(PracticeTest, TheListPlaysEachLoopSoOftenAndBeginsAgain)
