@@ -15,12 +15,11 @@
 #include <QCoreApplication>
 #include <QImage>
 
-#include <time.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -50,9 +49,12 @@ bool isThere(const WaveformDetail* detail, const SongPart& part)
         return false;
     const auto length = static_cast<double>(detail->layout().length());
     const double chunk = static_cast<double>(detail->layout().chunkFrames());
-    for (double frame = part.first * length; frame < part.end * length; frame += chunk)
-        if (!detail->column(frame, frame + 1))
+    const auto chunks = static_cast<int>((part.end - part.first) * length / chunk) + 1;
+    for (int number = 0; number < chunks; ++number) {
+        const double frame = part.first * length + number * chunk;
+        if (frame < part.end * length && !detail->column(frame, frame + 1))
             return false;
+    }
     return detail->column(part.end * length - 1, part.end * length).has_value();
 }
 

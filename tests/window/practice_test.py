@@ -55,7 +55,9 @@ class PracticeTest(ProgramTest):
     def region(self):
         return self.window.value("Region start"), self.window.value("Region end")
 
-    def heard(self, seconds):
+    def heard(self, seconds, after=0.5):
+        """The places, once what was played before has left the sound server's buffers."""
+        time.sleep(after)
         return list(places(DESKTOP.record(seconds)))
 
     def assert_within(self, heard, *regions):
@@ -91,7 +93,7 @@ class PracticeTest(ProgramTest):
         key("space")
         with ThreadPoolExecutor(1) as ear:
             window.find("push button", "Pause")
-            recording = ear.submit(self.heard, 4)
+            recording = ear.submit(self.heard, 4, 0)
             time.sleep(2)
             key("bracketleft")
             self.assertTrue(SLOWED or max(place or 0 for place in recording.result()) > 1)
@@ -130,7 +132,7 @@ class PracticeTest(ProgramTest):
             key("Return")
         key("Escape", "ctrl+t")
         with ThreadPoolExecutor(1) as ear:
-            recording = ear.submit(self.heard, 5)
+            recording = ear.submit(self.heard, 5, 0)
             time.sleep(0.5)
             key("ctrl+t")
             heard = recording.result()
