@@ -67,7 +67,8 @@ TEST_F(WaveformPanelTest, AClickIsInItsColumnAtTheHighestZoom)
         finishWork();
         const auto decoded = decodeWithFfmpeg(file);
         const auto loudest = std::ranges::max_element(decoded, {}, [](float sample) { return std::abs(sample); });
-        const auto frame = static_cast<double>((loudest - decoded.begin()) / 2);
+        const auto sample = loudest - decoded.begin();
+        const auto frame = static_cast<double>(sample - sample % 2) / 2;
         ASSERT_NEAR(frame, static_cast<double>(place), 60);
         const auto columns = heights();
         const auto highest = std::ranges::max_element(columns);
