@@ -42,7 +42,7 @@ void WaveformView::drawBars(QPainter& painter, const ViewPart& part)
 {
     const int barsHeight = height() - rulerHeight;
     painter.setClipRect(QRectF(part.left, 0, part.right - part.left, barsHeight));
-    paintWaveform(painter, m_samples, coordinates(), barsHeight, m_region, m_look.bars, part.left, part.right);
+    paintWaveform(painter, m_samples, coordinates(), barsHeight, m_region, m_opaqueBars, part.left, part.right);
 }
 
 void WaveformView::paintEvent(QPaintEvent* event)

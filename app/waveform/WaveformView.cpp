@@ -7,6 +7,7 @@
 #include <QGestureEvent>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
+#include <QPainter>
 #include <QPinchGesture>
 #include <QStyle>
 
@@ -29,6 +30,15 @@ constexpr double zoomPerPoint = 0.005;
 constexpr double fineStep = 0.01;
 constexpr double coarseStep = 1;
 constexpr int handleFocusWidth = 18;
+
+/// What `color` looks like on `ground`.
+QColor opaqueOn(const QColor& ground, const QColor& color)
+{
+    QImage pixel(1, 1, QImage::Format_RGB32);
+    pixel.fill(ground);
+    QPainter(&pixel).fillRect(pixel.rect(), color);
+    return pixel.pixelColor(0, 0);
+}
 
 }  // namespace
 
@@ -64,6 +74,7 @@ void WaveformView::setLook(const WaveformLook& look)
 {
     m_look = look;
     m_detailColors = detailColors(look.bars, look.ground);
+    m_opaqueBars = { opaqueOn(look.ground, look.bars.selected), opaqueOn(look.ground, look.bars.unselected) };
     m_startHandle->setFocusColor(look.focus);
     m_endHandle->setFocusColor(look.focus);
     invalidateWaveform();

@@ -145,6 +145,9 @@ private:
 
     WaveformLook m_look;
     DetailColors m_detailColors;
+    /// The bars' colours as they are on the ground: the toolkit hands every rectangle that lets something shine through to a
+    /// pool of threads, which costs more than it saves.
+    WaveformColors m_opaqueBars;
     std::vector<float> m_samples;
     const WaveformDetail* m_detail = nullptr;
     double m_duration = 1;
