@@ -1,6 +1,7 @@
 #include "platform/audio/TimeStretcher.h"
 
 #include "platform/audio/Resampler.h"
+#include "platform/base/VectorRegisters.h"
 
 #include <rubberband/RubberBandStretcher.h>
 
@@ -68,6 +69,7 @@ struct TimeStretcher::Engine {
             second[i] = middle ? (left - right) * 0.5F : right;
         }
         const std::array<const float*, 2> channels{ first.data(), second.data() };
+        emptyUpperVectorHalves();
         stretcher.process(channels.data(), frames, false);
     }
 
