@@ -1,5 +1,7 @@
 #include "app/stems/StemError.h"
 
+#include "app/stems/BackendSentences.h"
+
 #include <QCoreApplication>
 #include <QString>
 
@@ -23,7 +25,7 @@ QString textOf(const ProcessFailed& error)
                                    : QString::fromStdString(error.errorText);
 }
 
-QString textOf(const SeparationFailed& error) { return QString::fromStdString(error.message); }
+QString textOf(const SeparationFailed& error) { return inUsersLanguage(error.message); }
 
 QString textOf(const SystemRefused& error) { return QString::fromStdString(error.description); }
 

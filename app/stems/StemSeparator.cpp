@@ -1,6 +1,7 @@
 #include "app/stems/StemSeparator.h"
 
 #include "AppCore/SharedInstance.h"
+#include "app/stems/BackendSentences.h"
 #include "app/stems/SeparationOutput.h"
 #include "platform/files/FileExists.h"
 
@@ -14,24 +15,6 @@ namespace {
 using Kind = StemSeparationPhase::Kind;
 
 constexpr const char* modelName = "htdemucs_6s";
-
-constexpr const char* fetching = QT_TRANSLATE_NOOP("quillet::StemSeparator", "Fetching the model: ");
-// What the separation says of itself, for translation.
-[[maybe_unused]] constexpr const char* messages[] = {
-    QT_TRANSLATE_NOOP("quillet::StemSeparator", "Opening the song…"),
-    QT_TRANSLATE_NOOP("quillet::StemSeparator", "Decoding the song…"),
-    QT_TRANSLATE_NOOP("quillet::StemSeparator", "Loading the model…"),
-    QT_TRANSLATE_NOOP("quillet::StemSeparator", "Separating…"),
-    QT_TRANSLATE_NOOP("quillet::StemSeparator", "Writing the stems…"),
-    QT_TRANSLATE_NOOP("quillet::StemSeparator", "Done."),
-};
-
-std::string translated(const std::string& message)
-{
-    if (message.starts_with(fetching))
-        return StemSeparator::tr(fetching).toStdString() + message.substr(std::string_view(fetching).size());
-    return StemSeparator::tr(message.c_str()).toStdString();
-}
 
 /// Where a child works: uv would take a Python project in its working directory for ours.
 FilePath neutralDirectory(const FilePath& absolute) { return absolute.root_path(); }
@@ -256,7 +239,7 @@ void StemSeparator::takeProgress(std::string_view chunk)
     for (const ProgressUpdate& update : progressIn(chunk)) {
         const auto* message = std::get_if<ProgressMessage>(&update);
         if (message != nullptr)
-            setProgressMessage(translated(message->text));
+            setProgressMessage(inUsersLanguage(message->text).toStdString());
         if (message == nullptr || message->isDone())
             setSeparationProgress(
                 std::max(m_separationProgress.value_or(0), message != nullptr ? 1.0 : std::get<ProgressFraction>(update)));

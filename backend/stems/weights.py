@@ -59,8 +59,8 @@ class Weights:
                     self._fetch(part, report)
                     if not self._is_whole(part.name):
                         part.truncate(0)
-                        raise Failure("What was fetched as the model is not what it should be, and was thrown away. Try again; if that "
-                                      "happens once more, something on the way to the network changes what is fetched.")
+                        raise Failure("The model that was fetched is not what it should be. Try again, over another network if need "
+                                      "be.")
                     os.fsync(part.fileno())
                     os.rename(part.name, target)
         except OSError as reason:
@@ -81,8 +81,8 @@ class Weights:
             reason = self._fetch_more(part, begin, report)
             # As long as something comes, however little.
             if part.tell() <= begin and part.tell() < self._size and reason is not None:
-                raise Failure(f"The model for the separation ({amount(self._size)}) could not be fetched ({reason}). See to the "
-                              "connection to the network, and try again; it goes on from there.")
+                raise Failure(f"The model ({amount(self._size)}) could not be fetched ({reason}). See to the network, and try again; "
+                              "it goes on from there.")
 
     def _fetch_more(self, part, begin, report):
         """What stood in the way of the rest, or None."""

@@ -2,6 +2,149 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>BackendSentences</name>
+    <message>
+        <source>Opening the song…</source>
+        <translation>Das Stück wird geöffnet …</translation>
+    </message>
+    <message>
+        <source>Decoding the song…</source>
+        <translation>Das Stück wird gelesen …</translation>
+    </message>
+    <message>
+        <source>Loading the model…</source>
+        <translation>Das Modell wird geladen …</translation>
+    </message>
+    <message>
+        <source>Separating…</source>
+        <translation>Wird getrennt …</translation>
+    </message>
+    <message>
+        <source>Writing the stems…</source>
+        <translation>Die Spuren werden geschrieben …</translation>
+    </message>
+    <message>
+        <source>Done.</source>
+        <translation>Fertig.</translation>
+    </message>
+    <message>
+        <source>Fetching the model: %1 of %2</source>
+        <translation>Das Modell wird geladen: %1 von %2</translation>
+    </message>
+    <message>
+        <source>The separation was ended by the system, probably for lack of memory. Close other programs and try again.</source>
+        <translation>Das System hat die Spurentrennung beendet, vermutlich weil der Arbeitsspeicher nicht reicht. Schließen Sie andere Programme und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>There is not enough memory for the separation. Close other programs and try again.</source>
+        <translation>Der Arbeitsspeicher reicht für die Spurentrennung nicht. Schließen Sie andere Programme und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The separation ended without saying why (%1). Try again.</source>
+        <translation>Die Spurentrennung endete, ohne zu sagen, warum (%1). Versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The separation could not be carried out (%1: %2). Try again.</source>
+        <translation>Die Spurentrennung ließ sich nicht ausführen (%1: %2). Versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The model “%1” cannot be loaded (%2). Remove that file, and try again.</source>
+        <translation>Das Modell „%1“ lässt sich nicht laden (%2). Löschen Sie diese Datei und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The model “%1” does not make the six stems. Remove that file, and try again.</source>
+        <translation>Das Modell „%1“ erzeugt nicht die sechs Spuren. Löschen Sie diese Datei und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The stems cannot be written to %1 (%2). Choose another folder for them, or make this one writable.</source>
+        <translation>Die Spuren lassen sich nicht in %1 schreiben (%2). Wählen Sie einen anderen Ordner für sie oder machen Sie diesen beschreibbar.</translation>
+    </message>
+    <message>
+        <source>The stems cannot be put into %1 (%2). See whether that folder is still there and writable, and try again.</source>
+        <translation>Die Spuren lassen sich nicht in %1 ablegen (%2). Sehen Sie nach, ob es diesen Ordner noch gibt und er beschreibbar ist, und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>This song is being separated already, by another window or program; wait until it is done there.</source>
+        <translation>Dieses Stück wird bereits von einem anderen Fenster oder Programm getrennt; warten Sie, bis es dort fertig ist.</translation>
+    </message>
+    <message>
+        <source>The tool %1 is missing. Install it (Debian&apos;s package ffmpeg), and try again.</source>
+        <translation>Das Werkzeug %1 fehlt. Installieren Sie es (Debians Paket ffmpeg) und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>%1 is not a file. Open a song, and separate that.</source>
+        <translation>%1 ist keine Datei. Öffnen Sie ein Stück und trennen Sie dieses.</translation>
+    </message>
+    <message>
+        <source>The song %1 cannot be read (%2). Open it again, and try again.</source>
+        <translation>Das Stück %1 lässt sich nicht lesen (%2). Öffnen Sie es neu und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The song %1 has changed while it was being separated. Try again.</source>
+        <translation>Das Stück %1 hat sich geändert, während es getrennt wurde. Versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The song %1 cannot be opened.</source>
+        <translation>Das Stück %1 lässt sich nicht öffnen.</translation>
+    </message>
+    <message>
+        <source>There is no sound in %1. Open another song.</source>
+        <translation>In %1 ist kein Ton. Öffnen Sie ein anderes Stück.</translation>
+    </message>
+    <message>
+        <source>The sound of %1 cannot be decoded. See whether it plays, or try another copy of it.</source>
+        <translation>Der Ton von %1 lässt sich nicht entschlüsseln. Hören Sie, ob es spielt, oder nehmen Sie eine andere Kopie davon.</translation>
+    </message>
+    <message>
+        <source>The song could not be resampled (ffmpeg has failed). Try again.</source>
+        <translation>Die Abtastrate des Stücks ließ sich nicht umrechnen (ffmpeg ist fehlgeschlagen). Versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>A stem could not be resampled (ffmpeg has failed). Try again.</source>
+        <translation>Die Abtastrate einer Spur ließ sich nicht umrechnen (ffmpeg ist fehlgeschlagen). Versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The folder “%1”, which %2 names, cannot be read (%3). Correct or unset the variable, and start the program again.</source>
+        <translation>Der Ordner „%1“, den %2 nennt, lässt sich nicht lesen (%3). Berichtigen oder entfernen Sie die Variable und starten Sie das Programm neu.</translation>
+    </message>
+    <message>
+        <source>There is no .safetensors file in “%1”, which %2 names. Put %3 there and try again.</source>
+        <translation>In „%1“, das %2 nennt, ist keine .safetensors-Datei. Legen Sie %3 dort ab und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The model cannot be kept in “%1” (%2). Make room there, and try again.</source>
+        <translation>Das Modell lässt sich nicht in „%1“ ablegen (%2). Schaffen Sie dort Platz und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The stems take %1, and there are %2 where they are kept. Make room there, and try again.</source>
+        <translation>Die Spuren brauchen %1, und wo sie liegen, sind %2 frei. Schaffen Sie dort Platz und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The separation could not go on (%1). Try again.</source>
+        <translation>Die Spurentrennung konnte nicht weitergehen (%1). Versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The separation has failed (%1: %2). Try again.</source>
+        <translation>Die Spurentrennung ist fehlgeschlagen (%1: %2). Versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The dependencies of the separation are not whole (%1). Remove them in the settings, and try again.</source>
+        <translation>Die Abhängigkeiten der Spurentrennung sind nicht vollständig (%1). Entfernen Sie sie in den Einstellungen und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>There is no room left for the stems (%1). Make room where they are kept, and try again.</source>
+        <translation>Für die Spuren ist kein Platz mehr (%1). Schaffen Sie Platz, wo sie liegen, und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>The model that was fetched is not what it should be. Try again, over another network if need be.</source>
+        <translation>Das geladene Modell ist nicht, was es sein sollte. Versuchen Sie es noch einmal, nötigenfalls über ein anderes Netz.</translation>
+    </message>
+    <message>
+        <source>The model (%1) could not be fetched (%2). See to the network, and try again; it goes on from there.</source>
+        <translation>Das Modell (%1) ließ sich nicht laden (%2). Prüfen Sie die Verbindung zum Netz und versuchen Sie es noch einmal; es geht dort weiter.</translation>
+    </message>
+</context>
+<context>
     <name>Commands</name>
     <message>
         <source>Open File...</source>
@@ -2038,34 +2181,6 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
 </context>
 <context>
     <name>quillet::StemSeparator</name>
-    <message>
-        <source>Fetching the model: </source>
-        <translation>Das Modell wird geladen: </translation>
-    </message>
-    <message>
-        <source>Opening the song…</source>
-        <translation>Das Stück wird geöffnet …</translation>
-    </message>
-    <message>
-        <source>Decoding the song…</source>
-        <translation>Das Stück wird gelesen …</translation>
-    </message>
-    <message>
-        <source>Loading the model…</source>
-        <translation>Das Modell wird geladen …</translation>
-    </message>
-    <message>
-        <source>Separating…</source>
-        <translation>Wird getrennt …</translation>
-    </message>
-    <message>
-        <source>Writing the stems…</source>
-        <translation>Die Spuren werden geschrieben …</translation>
-    </message>
-    <message>
-        <source>Done.</source>
-        <translation>Fertig.</translation>
-    </message>
     <message>
         <source>Creating Python environment…</source>
         <translation>Die Python-Umgebung wird angelegt …</translation>

@@ -1,3 +1,4 @@
+#include "app/stems/BackendSentences.h"
 #include "app/ui/ClosableNotice.h"
 #include "app/ui/ContentView.h"
 #include "app/ui/ExportNotice.h"
@@ -5,6 +6,7 @@
 #include "app/ui/StemControlsView.h"
 #include "app/ui/StemSeparationFlow.h"
 #include "app/ui/StemSeparationSheet.h"
+#include "app/ui/Translations.h"
 #include "tests/app/ui/WindowRig.h"
 
 #include <QLabel>
@@ -130,6 +132,17 @@ TEST_F(StemsTest, TheSheetFollowsTheSeparationAndItsStemsPlay)
     commands.execute(CommandId::cleanupStems);
     click(view, "Delete Stems");
     EXPECT_FALSE(state.stemSession() || stemSessions.load(song) || std::filesystem::exists(stems));
+}
+
+TEST_F(StemsTest, WhatTheSeparationSaysIsSaidInTheUsersLanguage)
+{
+    Translations translations;
+    translations.install("de");
+    EXPECT_EQ(
+        inUsersLanguage("The song “a %2” cannot be read (%1). Open it again, and try again.\nTraceback: no sentence"),
+        QStringLiteral("Das Stück “a %2” lässt sich nicht lesen (%1). Öffnen Sie es neu und versuchen Sie es noch einmal.\n"
+                       "Traceback: no sentence"));
+    EXPECT_EQ(inUsersLanguage("Fetching the model: 12 MB of 55 MB"), QLatin1String("Das Modell wird geladen: 12 MB von 55 MB"));
 }
 
 TEST_F(StemsTest, WhatEndsInTheBackgroundWaitsForTheUser)
