@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """What separating a song costs beside the network alone: processor seconds per second of sound, and peak memory.
 
-Usage: separate_cost.py BUILD-TREE real|small SECONDS...    (the network's size, with random weights; the songs' lengths)
+Usage: separate_cost.py BUILD-TREE real|small|tiny SECONDS...    (the network's size, with random weights; the songs' lengths)
+What surrounds the network is the same at every size: the smallest tells soonest whether an hour takes more memory than minutes.
 """
 
 import os
@@ -17,6 +18,7 @@ from separation_environment import REAL_SIZE, SMALL_SIZE, enter_or_skip, write_m
 
 OVERLAP = 0.25
 FORWARDS = 5
+TINY_SIZE = {**SMALL_SIZE, "segment": REAL_SIZE["segment"]}
 FORWARD = """
 import sys, time, torch
 from demucs.hf import load_safetensors_model
@@ -34,7 +36,7 @@ print((time.process_time() - begin) / int(sys.argv[2]))
 def main():
     build = Path(sys.argv[1]).resolve()
     enter_or_skip(build)
-    size = {"real": REAL_SIZE, "small": SMALL_SIZE}[sys.argv[2]]
+    size = {"real": REAL_SIZE, "small": SMALL_SIZE, "tiny": TINY_SIZE}[sys.argv[2]]
     with tempfile.TemporaryDirectory() as name:
         folder = Path(name)
         (folder / "model").mkdir()
