@@ -2,9 +2,9 @@
 // Threads: main thread.
 #pragma once
 
-#include <string_view>
-
 #include <QString>
+
+#include <string_view>
 
 namespace quillet {
 
