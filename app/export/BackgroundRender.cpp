@@ -1,5 +1,7 @@
 #include "app/export/BackgroundRender.h"
 
+#include "platform/base/ThreadPriority.h"
+
 #include <utility>
 
 namespace quillet {
@@ -8,6 +10,8 @@ BackgroundRender::BackgroundRender(const Services& services, const RenderOptions
     : m_handlers(std::make_shared<const Handlers>(std::move(handlers)))
 {
     services.background.run([services, options, isCancelled = m_isCancelled, told = std::weak_ptr(m_handlers)] {
+        // The window and what it plays go first; the threads that this one starts are as low.
+        lowerThreadPriority();
         int lastPercent = -1;
         const auto showProgress = [&](double fraction) {
             const int percent = static_cast<int>(100 * fraction);

@@ -16,7 +16,7 @@ namespace quillet {
 namespace {
 
 /// Frames between two looks at the clock.
-constexpr std::int64_t blockFrames = 64;
+constexpr std::int64_t blockFrames = OfflineOutput::blockFrames;
 constexpr std::size_t samplesPerWrite = 1 << 16;
 
 /// Pulls sound and hands it on in larger pieces, without the delay that it comes with.

@@ -93,7 +93,7 @@ std::expected<int, OutputError> CubebOutputDevice::open(int sampleRate, OutputCa
     else if (sampleRate == 0)
         sampleRate = usualSampleRate;
     stream->sampleRate = sampleRate;
-    callback.streamBegins();
+    callback.streamBegins(0);
     cubeb_stream_params parameters{};
     parameters.format = CUBEB_SAMPLE_FLOAT32NE;
     parameters.rate = static_cast<std::uint32_t>(sampleRate);

@@ -29,7 +29,7 @@ void consume(const std::stop_token& stopped, int sampleRate, OutputCallback& cal
 std::expected<int, OutputError> NullOutputDevice::open(int sampleRate, OutputCallback& callback, WakeSemaphore&)
 {
     const int rate = sampleRate > 0 ? sampleRate : preferredRate;
-    callback.streamBegins();
+    callback.streamBegins(0);
     m_worker = std::jthread([rate, &callback](const std::stop_token& stopped) { consume(stopped, rate, callback); });
     return rate;
 }

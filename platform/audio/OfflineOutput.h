@@ -5,12 +5,16 @@
 
 #include "platform/audio/AudioOutput.h"
 
+#include <cstdint>
 #include <span>
 
 namespace quillet {
 
 class OfflineOutput final : public AudioOutput {
 public:
+    /// Frames taken from the renderer at once: so many that the two threads seldom change places. It keeps twice as many ready.
+    static constexpr std::int64_t blockFrames = 512;
+
     /// The frames' rate in Hz; 0: whatever the file that is played has.
     explicit OfflineOutput(int sampleRate = 0)
         : m_sampleRate(sampleRate)

@@ -15,8 +15,9 @@ namespace quillet {
 class OutputCallback {
 public:
     virtual ~OutputCallback() = default;
-    /// Before the first call of `render` for a stream, on the thread that opens it.
-    virtual void streamBegins() { }
+    /// Before the first call of `render` for a stream, on the thread that opens it. It will ask for `blockFrames` frames at
+    /// once; 0: nobody knows yet.
+    virtual void streamBegins([[maybe_unused]] std::int64_t blockFrames) { }
     /// Audio thread: fills interleaved stereo frames. Never called by two threads at once.
     virtual void render(std::span<float> stereo) QUILLET_REALTIME = 0;
     /// Audio thread: whether the next `frames` frames are there already, for an output that can wait.

@@ -78,7 +78,7 @@ public:
 
     // ---- Audio thread ----
 
-    void streamBegins() override { m_maxBlock.store(0, std::memory_order_relaxed); }
+    void streamBegins(std::int64_t blockFrames) override { m_maxBlock.store(blockFrames, std::memory_order_relaxed); }
     void render(std::span<float> stereo) QUILLET_REALTIME override;
     [[nodiscard]] bool isReady(std::int64_t frames) const QUILLET_REALTIME override;
 
