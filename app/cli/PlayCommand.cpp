@@ -15,6 +15,7 @@
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace quillet {
 namespace {
@@ -22,6 +23,7 @@ namespace {
 /// What a stopped sound takes to fade, and a little more.
 constexpr double fadeSeconds = 0.02;
 constexpr double progressSeconds = 0.1;
+constexpr double finalTimeoutSeconds = 1;
 
 std::string clockText(double seconds)
 {
@@ -73,7 +75,13 @@ std::expected<int, std::string> playFile(const PlaybackOptions& options)
         progress.show(clockText(session.state().playbackPosition()) + " / " + clockText(session.state().audioDuration()));
     });
     session.start([&] { endAfter(graph.presentationLatencySeconds() + fadeSeconds, 0); });
-    return QCoreApplication::exec();
+    const int status = QCoreApplication::exec();
+    if (!output.finish(finalTimeoutSeconds)) {
+        // A sound server that does not answer keeps a thread.
+        std::fflush(nullptr);
+        std::_Exit(status);
+    }
+    return status;
 }
 
 }  // namespace quillet

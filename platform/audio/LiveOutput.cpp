@@ -1,6 +1,7 @@
 #include "platform/audio/LiveOutput.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <utility>
 
@@ -32,7 +33,12 @@ void LiveOutput::start(OutputCallback& callback, std::function<void(State)> chan
     m_callback = &callback;
     m_changed = std::move(changed);
     m_wish.sounding = true;
-    m_keeper = std::jthread([this](const std::stop_token& stopped) { run(stopped); });
+    std::promise<void> ended;
+    m_ended = ended.get_future();
+    m_keeper = std::jthread([this, ended = std::move(ended)](const std::stop_token& stopped) mutable {
+        run(stopped);
+        ended.set_value();
+    });
 }
 
 void LiveOutput::stop()
@@ -40,6 +46,13 @@ void LiveOutput::stop()
     m_keeper.request_stop();
     m_wake.wake();
     m_keeper = std::jthread();
+}
+
+bool LiveOutput::finish(double seconds)
+{
+    m_keeper.request_stop();
+    m_wake.wake();
+    return !m_ended.valid() || m_ended.wait_for(std::chrono::duration<double>(seconds)) == std::future_status::ready;
 }
 
 void LiveOutput::setSampleRate(int sampleRate)

@@ -9,6 +9,7 @@
 #include "platform/schedule/Scheduler.h"
 
 #include <atomic>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -25,6 +26,9 @@ public:
 
     void start(OutputCallback& callback, std::function<void(State)> changed) override;
     void stop() override;
+    /// As `stop`, but a sound server that does not answer is waited for no longer than that. False if it was: then the program
+    /// can only be left by a way that destroys nothing (std::_Exit).
+    [[nodiscard]] bool finish(double seconds);
     [[nodiscard]] int sampleRate() const override { return m_sampleRate.load(std::memory_order_relaxed); }
     void setSampleRate(int sampleRate) override;
     void suspend() override;
@@ -69,6 +73,8 @@ private:
     std::atomic<int> m_sampleRate{ 0 };
 
     std::optional<State> m_open, m_told;
+    /// Ready when the keeper's work is done.
+    std::future<void> m_ended;
     std::jthread m_keeper;
 };
 

@@ -46,9 +46,10 @@ class Desktop:
         self._start_bus()
         if window_manager:
             self.start_window_manager()
-        self.start("pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--high-priority=no",
-                   "--realtime=no", "-L", f"module-null-sink sink_name=test rate={SINK_RATE} format=float32le norewinds=1",
-                   "-L", f"module-native-protocol-unix auth-anonymous=1 socket={run}/native")
+        self.sound_server = self.start(
+            "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--high-priority=no", "--realtime=no",
+            "-L", f"module-null-sink sink_name=test rate={SINK_RATE} format=float32le norewinds=1",
+            "-L", f"module-native-protocol-unix auth-anonymous=1 socket={run}/native")
         wait_for("the sound server", lambda: self.run("pactl", "info", check=False).returncode == 0)
         os.environ.update(self.environment)
 

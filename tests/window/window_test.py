@@ -174,10 +174,30 @@ class WindowTest(ProgramTest):
         self.shot("silent-light")
         self.assertEqual(window.close(), 0)
 
+    def long_song(self):
+        path = DESKTOP.folder / "long.flac"
+        if not path.exists():
+            subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "anoisesrc=d=900:c=pink", str(path)], check=True)
+        return path
+
+    def test_a_sound_server_that_hangs_keeps_nobody_waiting(self):
+        window = self.open(self.long_song())
+        window.wait_until_loaded()
+        DESKTOP.key("space")
+        player = DESKTOP.start(sys.argv[1], "play", self.long_song())
+        self.expect("both to play", lambda: DESKTOP.run("pactl", "list", "short", "sink-inputs").stdout.count(b"\n") == 2)
+        DESKTOP.sound_server.send_signal(signal.SIGSTOP)
+        try:
+            DESKTOP.key("space")
+            window.find("push button", "Play")
+            self.assertEqual(window.close(), 0)
+            player.send_signal(signal.SIGINT)
+            self.assertEqual(player.wait(60), 130)
+        finally:
+            DESKTOP.sound_server.send_signal(signal.SIGCONT)
+
     def test_closing_while_loading(self):
-        long_song = DESKTOP.folder / "long.flac"
-        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "anoisesrc=d=900:c=pink", str(long_song)], check=True)
-        window = self.open(long_song)
+        window = self.open(self.long_song())
         self.assertEqual(window.close(), 0)
 
 

@@ -121,7 +121,8 @@ public:
         m_state->saveSettingsNow();
         stateToSave = nullptr;
         m_programEnds.request_stop();
-        return m_background.finish(finalTimeoutSeconds);
+        const bool isSilent = m_output.finish(finalTimeoutSeconds);
+        return m_background.finish(finalTimeoutSeconds) && isSilent;
     }
 
 private:
@@ -310,7 +311,7 @@ int runWindow(int& argumentCount, char** arguments, const std::vector<FilePath>&
     // What it still has to do is no reason to keep another start waiting.
     instance.release();
     if (!program->finish()) {
-        // A disk that does not answer keeps a thread: what it may still touch is left alone.
+        // A disk or a sound server that does not answer keeps a thread: what it may still touch is left alone.
         std::_Exit(status);
     }
     return status;

@@ -19,6 +19,7 @@ struct Bench {
     std::mutex lock;
     std::condition_variable changed;
     bool deviceExists = true;
+    bool answers = true;
     int openDevices = 0;
     int openSubstitutes = 0;
     int preferredRate = 48000;
@@ -58,9 +59,10 @@ public:
 
     void close() override
     {
-        const std::scoped_lock held(m_bench.lock);
+        std::unique_lock held(m_bench.lock);
         if (!std::exchange(m_open, false))
             return;
+        m_bench.changed.wait(held, [this] { return m_bench.answers; });
         --openCount();
         m_bench.changed.notify_all();
     }
@@ -107,6 +109,13 @@ struct LiveOutputTest : testing::Test {
         return told;
     }
 
+    void setAnswers(bool answers)
+    {
+        const std::scoped_lock held(bench.lock);
+        bench.answers = answers;
+        bench.changed.notify_all();
+    }
+
     void setDeviceExists(bool exists)
     {
         const std::scoped_lock held(bench.lock);
@@ -130,6 +139,18 @@ TEST_F(LiveOutputTest, ALostDeviceIsReplacedAndTakenBackWhenItReturns)
     EXPECT_EQ(news(3), (std::vector{ State::device, State::substitute, State::device }));
     output.stop();
     EXPECT_EQ(bench.openDevices + bench.openSubstitutes, 0);
+}
+
+TEST_F(LiveOutputTest, ADeviceThatDoesNotAnswerKeepsNobodyWaiting)
+{
+    EXPECT_TRUE(output.finish(0));
+    start();
+    EXPECT_EQ(news(1), std::vector{ State::device });
+    setAnswers(false);
+    EXPECT_FALSE(output.finish(0.01));
+    setAnswers(true);
+    EXPECT_TRUE(output.finish(20));
+    EXPECT_EQ(bench.openDevices, 0);
 }
 
 TEST_F(LiveOutputTest, AMachineWithoutADeviceIsToldOnce)
