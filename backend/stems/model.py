@@ -41,20 +41,19 @@ def _check_class(path):
 class _Window:
     """The song's normalised sound around where the separation is."""
 
-    def __init__(self, read, level, reach):
+    def __init__(self, read, level):
         self._read = read
         self._mean, self._deviation = (torch.tensor(value, dtype=torch.float32) for value in (level.mean, level.deviation))
-        self._reach = reach
         self._begin = 0
         self._held = torch.zeros(CHANNELS, 0)
 
     def get(self, begin, length):
-        """Frames [begin, begin + length), with silence outside the song. `begin` may step back by no more than the reach."""
+        """Frames [begin, begin + length), with silence outside the song. `begin` never steps back: what is before it goes."""
         missing = begin + length - self._begin - self._held.shape[1]
         if missing > 0:
             sound = torch.from_numpy(samples(self._read(missing)).T)
             self._held = torch.cat([self._held, (sound - self._mean) / self._deviation], dim=1)
-        stale = max(0, begin - self._reach - self._begin)
+        stale = max(0, begin - self._begin)
         self._held = self._held[:, stale:].clone()
         self._begin += stale
         end = min(begin + length, self._begin + self._held.shape[1])
@@ -70,7 +69,7 @@ def separate(model, read, level, write):
     stride = int((1 - OVERLAP) * length)
     weight = torch.cat([torch.arange(1, length // 2 + 1), torch.arange(length - length // 2, 0, -1)])
     weight = weight / weight.max()
-    window = _Window(read, level, length)
+    window = _Window(read, level)
     sound = torch.zeros(len(model.sources), CHANNELS, length)
     weights = torch.zeros(length)
     for begin in range(0, level.frames, stride):

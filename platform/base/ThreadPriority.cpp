@@ -20,9 +20,27 @@ ThreadPriority raiseThreadPriority() noexcept
     return isRaised ? ThreadPriority::raised : ThreadPriority::unchanged;
 }
 
+namespace {
+
+/// The last of those that the thread may use, if there are several.
+void leaveAProcessorFree() noexcept
+{
+    cpu_set_t allowed;
+    if (sched_getaffinity(0, sizeof allowed, &allowed) != 0 || CPU_COUNT(&allowed) < 2)
+        return;
+    int last = CPU_SETSIZE - 1;
+    while (!CPU_ISSET(last, &allowed))
+        --last;
+    CPU_CLR(last, &allowed);
+    [[maybe_unused]] const int refused = sched_setaffinity(0, sizeof allowed, &allowed);
+}
+
+}  // namespace
+
 void lowerThreadPriority() noexcept
 {
     [[maybe_unused]] const int refused = setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), loweredNiceLevel);
+    leaveAProcessorFree();
 }
 
 ThreadPriority currentThreadPriority() noexcept

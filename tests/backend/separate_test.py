@@ -20,7 +20,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 from fetched_tools import ends
-from separation_environment import SMALL_SIZE, enter_or_skip, write_model
+from separation_environment import SMALL_SIZE, SOURCES, enter_or_skip, write_model
 
 BUILD = Path(sys.argv[1]).resolve()
 SCRIPT = BUILD / "share/quillet/backend/separate.py"
@@ -32,10 +32,12 @@ import numpy
 import torch
 from demucs.apply import apply_model
 from demucs.hf import load_safetensors_model
+from safetensors import safe_open
+from safetensors.torch import save_file
 
 sys.path.insert(0, str(SCRIPT.parent))
 from stems import model, wav
-from stems.level import Level
+from stems.level import Level, samples
 from stems.output import song_name
 from stems.report import Failure, Report
 from stems.weights import Weights
@@ -164,6 +166,10 @@ class SeparationTest(Rig):
                 for source, sound in zip(network.sources, expected):
                     self.assertEqual(made[source], sound.T.contiguous().numpy().tobytes(), source)
 
+    def test_what_is_no_number_is_silence(self):
+        sound = numpy.array([[numpy.nan, 0.5], [numpy.inf, -numpy.inf]], numpy.float32)
+        self.assertEqual(samples(sound.tobytes()).tolist(), [[0, 0.5], [0, 0]])
+
     def test_files_beyond_4_gib_are_rf64(self):
         path = self.folder / "long.wav"
         frames = 192_000 * 3600
@@ -181,12 +187,16 @@ class FailureTest(Rig):
         text = self.folder.parent / "text.mp3"
         text.write_text("Buy milk.\n")
         (self.folder.parent / "empty.mp3").touch()
-        broken, empty, foreign = (self.home / name for name in ("broken", "empty", "foreign"))
-        for folder in (broken, empty, foreign):
+        broken, empty, foreign, structured, fewer = (self.home / name for name in ("broken", "empty", "foreign", "structured", "fewer"))
+        for folder in (broken, empty, foreign, structured, fewer):
             folder.mkdir()
         (broken / "half.safetensors").write_bytes(self.model_path.read_bytes()[:-1000])
-        # One that would have the loader call something else.
+        # Two that would have the loader call something else.
         (foreign / "a.safetensors").write_bytes(self.model_path.read_bytes().replace(b"demucs.htdemucs.HTDemucs", b"builtins.print".ljust(24)))
+        with safe_open(self.model_path, framework="pt") as file:
+            save_file({name: file.get_tensor(name) for name in file.keys()}, structured / "a.safetensors",
+                      {**file.metadata(), "structure": '{"_type": "builtins.print"}'})
+        write_model(fewer / "a.safetensors", SMALL_SIZE, SOURCES[:4])
         (self.folder / "mine.txt").write_text("the user's own")
         for arguments, options, words in (
                 (("/nowhere/a.mp3",), {}, ["/nowhere/a.mp3", "No such file"]),
@@ -199,7 +209,9 @@ class FailureTest(Rig):
                 ((song,), {"QUILLET_STEM_MODEL": "/nowhere"}, ["QUILLET_STEM_MODEL", "No such file"]),
                 ((song,), {"QUILLET_STEM_MODEL": str(empty)}, ["no .safetensors file"]),
                 ((song,), {"QUILLET_STEM_MODEL": str(broken)}, ["half.safetensors", "cannot be loaded"]),
-                ((song,), {"QUILLET_STEM_MODEL": str(foreign)}, ["another kind"]),
+                ((song,), {"QUILLET_STEM_MODEL": str(foreign)}, ["foreign", "another kind"]),
+                ((song,), {"QUILLET_STEM_MODEL": str(structured)}, ["structured", "another kind"]),
+                ((song,), {"QUILLET_STEM_MODEL": str(fewer)}, ["does not make the six stems"]),
                 ((song,), {"QUILLET_STEM_MODEL": "", "https_proxy": "http://127.0.0.1:9"}, ["could not be fetched", "refused"]),
                 ((song,), {"prefix": ["prlimit", "--fsize=200000"]}, ["no room"]),
                 ((song,), {"prefix": ["prlimit", "--as=1200000000"]}, ["memory"]),
@@ -243,6 +255,9 @@ class FailureTest(Rig):
                 self.assertEqual("lack of memory" in output, who == "worker", output)
                 self.assertTrue(ends(process.pid, seconds=60), "something runs on")
                 if status == -9:
+                    # Its header is the last that is written.
+                    unfinished, = self.folder.glob(".separating-*/vocals.wav")
+                    self.assertEqual(unfinished.read_bytes()[:4], bytes(4), "the worker has gone on")
                     self.assert_fails(self.run_to_end("/nowhere/a.mp3"))
                 self.assertEqual(os.listdir(self.folder), [])
 

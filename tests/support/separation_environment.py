@@ -53,13 +53,13 @@ def _install(tools, folder, requirements):
         sys.exit(SKIPPED)
 
 
-def write_model(path, size):
-    """One that makes six stems, with random weights (always the same)."""
+def write_model(path, size, sources=SOURCES):
+    """One that makes these stems, with random weights (always the same)."""
     import torch
     from demucs.htdemucs import HTDemucs
     from safetensors.torch import save_file
     torch.manual_seed(1)
-    arguments = {"sources": SOURCES, "depth": 4, "dconv_mode": 3, "bottom_channels": 0, **size}
+    arguments = {"sources": sources, "depth": 4, "dconv_mode": 3, "bottom_channels": 0, **size}
     model = HTDemucs(**arguments)
     segment = size["segment"]
     described = {**arguments, "segment": {"_type": "fraction", "numerator": segment.numerator, "denominator": segment.denominator}}

@@ -4,17 +4,14 @@
 Usage: stems_test.py PROGRAM FOLDER-FOR-PICTURES [unittest's arguments]
 """
 
-import hashlib
-import subprocess
 import sys
 
 from desktop import SINK_RATE, wait_for
-from window import SLOWED, ProgramTest, run_tests, write_song
+from window import SLOWED, STEMS, ProgramTest, run_tests, write_song, write_stems
 
 # As run_tests sets it.
 DESKTOP = None
 SONG_SECONDS = 12
-STEMS = {"vocals": 300, "drums": 500, "bass": 700, "guitar": 1100, "piano": 1300, "other": 1700}
 
 
 def level(samples, frequency):
@@ -33,13 +30,7 @@ class StemsTest(ProgramTest):
         super().setUp()
         self.song = DESKTOP.folder / "song.wav"
         write_song(self.song, SONG_SECONDS)
-        name = hashlib.sha256(bytes(self.song)).hexdigest()[:12]
-        folder = DESKTOP.folder / ".quillet/stems" / name / "htdemucs_6s" / "song"
-        folder.mkdir(parents=True, exist_ok=True)
-        for key, frequency in STEMS.items():
-            sine = f"0.1*sin(2*PI*{frequency}*t)"
-            subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", f"aevalsrc={sine}|{sine}:d={SONG_SECONDS}:s=44100",
-                            "-c:a", "pcm_f32le", str(folder / f"{key}.wav")], check=True)
+        write_stems(DESKTOP.folder, self.song, SONG_SECONDS)
 
     def heard(self):
         samples = DESKTOP.record(0.25)

@@ -1,5 +1,6 @@
 """The program's window as a person meets it, for tests of the real program."""
 
+import hashlib
 import math
 import os
 import struct
@@ -31,6 +32,20 @@ def write_song(path, seconds):
         song.writeframes(b"".join(
             struct.pack("<h", int(16000 * math.sin(2 * math.pi * 441 * (1 + i // (3 * RATE)) * i / RATE)))
             for i in range(seconds * RATE)))
+
+
+STEMS = {"vocals": 300, "drums": 500, "bass": 700, "guitar": 1100, "piano": 1300, "other": 1700}
+
+
+def write_stems(folder, song, seconds):
+    """Where the program of a user whose home that folder is looks for them: sines of 0.1, each of another frequency."""
+    name = hashlib.sha256(bytes(song)).hexdigest()[:12]
+    stems = folder / ".quillet/stems" / name / "htdemucs_6s" / song.stem
+    stems.mkdir(parents=True, exist_ok=True)
+    for key, frequency in STEMS.items():
+        sine = f"0.1*sin(2*PI*{frequency}*t)"
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", f"aevalsrc={sine}|{sine}:d={seconds}:s={RATE}", "-c:a",
+                        "pcm_f32le", str(stems / f"{key}.wav")], check=True)
 
 
 class Window:
