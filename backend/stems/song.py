@@ -64,16 +64,28 @@ class Song:
             raise Failure(f"There is no sound in {shown(self.path)}. Open another song.")
         return None, int(streams[0]["sample_rate"]), int(streams[0]["channels"])
 
+    def _mixes(self):
+        """The filters that make stereo of it, to be tried in turn, as the player does it: mono is doubled, more channels are mixed so that
+        they cannot clip, and those that are no usual arrangement all alike."""
+        if self.channels <= 2:
+            return ["anull" if self.channels == 2 else "pan=stereo|c0=c0|c1=c0"]
+        # Without the second filter it is not the first that mixes.
+        usual = f"aresample={self.sample_rate}:rematrix_maxval=1,aformat=channel_layouts=stereo"
+        alike = "+".join(f"{1 / self.channels}*c{channel}" for channel in range(self.channels))
+        # Whole numbers would be rounded up beyond full scale.
+        return [usual, f"aformat=sample_fmts=flt,pan=stereo|c0={alike}|c1={alike}"]
+
     def decode(self, descriptor):
         """Writes the song where the descriptor stands: 32-bit floats, stereo, at its own rate and as long as the player has it. What
         can be decoded of a damaged song is what the player plays of it."""
-        # As the player does it: mono is doubled, more channels are mixed so that they cannot clip.
-        channels = {1: "pan=stereo|c0=c0|c1=c0", 2: "anull"}.get(self.channels, f"aresample={self.sample_rate}:rematrix_maxval=1")
-        process = start([_required("ffmpeg"), "-nostdin", "-v", "quiet", "-i", b"file:" + self.path, "-map", "0:a:0", "-af",
-                         f"{channels},aresample={self.sample_rate}:{RESAMPLER}", "-ac", "2", "-f", "f32le", "pipe:1"],
-                        stdout=descriptor, stderr=subprocess.DEVNULL)
-        status = process.wait()
-        decoded = wav.frames_in(descriptor)
+        for mix in self._mixes():
+            process = start([_required("ffmpeg"), "-nostdin", "-v", "quiet", "-i", b"file:" + self.path, "-map", "0:a:0", "-af",
+                             f"{mix},aresample={self.sample_rate}:{RESAMPLER}", "-f", "f32le", "pipe:1"],
+                            stdout=descriptor, stderr=subprocess.DEVNULL)
+            status = process.wait()
+            decoded = wav.frames_in(descriptor)
+            if decoded > 0:
+                break
         if status != 0:
             wav.check_room(descriptor)
         if decoded == 0:
@@ -93,10 +105,9 @@ class ResampledInput:
     def __init__(self, path, rate, wanted_rate):
         self._process = None
         self._source = open(path, "rb")
+        # A child reads from where the descriptor stands.
         self._source.seek(wav.HEADER_BYTES)
         if rate != wanted_rate:
-            # The child reads from where the descriptor stands.
-            os.lseek(self._source.fileno(), wav.HEADER_BYTES, os.SEEK_SET)
             self._process = start(_resampling(rate, wanted_rate), stdin=self._source, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
 
     def __enter__(self):

@@ -14,6 +14,7 @@ import subprocess
 import sys
 import tempfile
 import threading
+import time
 import unittest
 from http.server import BaseHTTPRequestHandler, HTTPServer
 from pathlib import Path
@@ -40,6 +41,7 @@ from stems import model, wav
 from stems.level import Level, samples
 from stems.output import song_name
 from stems.report import Failure, Report
+from stems.song import Song
 from stems.weights import Weights
 
 
@@ -52,6 +54,11 @@ def decoded(path, channels):
 def rate_of(path):
     return int(subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=sample_rate", "-of", "csv=p=0", path],
                               capture_output=True, check=True).stdout)
+
+
+def children(pid):
+    """In the order in which they were started."""
+    return [int(child) for child in Path(f"/proc/{pid}/task/{pid}/children").read_text().split()]
 
 
 class Rig(unittest.TestCase):
@@ -108,6 +115,8 @@ class Rig(unittest.TestCase):
 
 class SeparationTest(Rig):
     def test_six_stems_are_the_song(self):
+        # What the user has for other programs.
+        (self.home / "torch.py").write_text("raise ImportError('not this one')\n")
         # The last has no player beside it to ask for the length.
         for name, rate, channels, script in (("song.flac", 44100, 2, SCRIPT), (b"\xe9 50%.live.wav", 48000, 1, SCRIPT),
                                              ("other.wav", 22050, 2, SOURCE_SCRIPT)):
@@ -116,7 +125,7 @@ class SeparationTest(Rig):
                 place = os.path.join(os.fsencode(self.folder), b"htdemucs_6s", os.path.splitext(os.path.basename(song))[0])
                 os.makedirs(place)
                 Path(os.fsdecode(place), "old.wav").write_text("of an earlier version")
-                status, output, progress = self.run_to_end(song, script=script)
+                status, output, progress = self.run_to_end(song, script=script, PYTHONPATH=str(self.home))
                 self.assertEqual(status, 0, output)
                 self.assertEqual(self.check_progress(progress), ("Done.", 100))
                 result = json.loads(output)
@@ -166,6 +175,20 @@ class SeparationTest(Rig):
                 for source, sound in zip(network.sources, expected):
                     self.assertEqual(made[source], sound.T.contiguous().numpy().tobytes(), source)
 
+    def test_more_channels_do_not_clip(self):
+        # Nine channels are no arrangement that ffmpeg could mix.
+        for channels in (3, 6, 9):
+            with self.subTest(channels):
+                path = os.path.join(os.fsencode(self.folder), b"%d.wav" % channels)
+                subprocess.run(["ffmpeg", "-v", "error", "-f", "f32le", "-ar", "44100", "-ac", str(channels), "-i", "pipe:", b"file:" + path],
+                               input=numpy.ones((44100, channels), numpy.float32).tobytes(), check=True)
+                file = wav.create(path + b".decoded")
+                self.addCleanup(os.close, file)
+                Song(path).decode(file)
+                sound = numpy.frombuffer(os.pread(file, 44100 * wav.FRAME_BYTES, wav.HEADER_BYTES), numpy.float32)
+                self.assertEqual(len(sound), 2 * 44100)
+                self.assertLess(numpy.abs(sound - 1).max(), 1e-3)
+
     def test_what_is_no_number_is_silence(self):
         sound = numpy.array([[numpy.nan, 0.5], [numpy.inf, -numpy.inf]], numpy.float32)
         self.assertEqual(samples(sound.tobytes()).tolist(), [[0, 0.5], [0, 0]])
@@ -176,6 +199,7 @@ class SeparationTest(Rig):
         file = wav.create(path)
         wav.finish(file, 192_000, frames)
         os.close(file)
+        self.assertEqual(path.stat().st_size, wav.HEADER_BYTES + frames * wav.FRAME_BYTES)
         facts = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=duration_ts,codec_name", "-of", "csv=p=0", path],
                                capture_output=True, text=True).stdout
         self.assertEqual(facts.strip(), f"pcm_f32le,{frames}")
@@ -187,6 +211,7 @@ class FailureTest(Rig):
         text = self.folder.parent / "text.mp3"
         text.write_text("Buy milk.\n")
         (self.folder.parent / "empty.mp3").touch()
+        silent = self.make_song("silent.wav", seconds=0)
         broken, empty, foreign, structured, fewer = (self.home / name for name in ("broken", "empty", "foreign", "structured", "fewer"))
         for folder in (broken, empty, foreign, structured, fewer):
             folder.mkdir()
@@ -204,6 +229,7 @@ class FailureTest(Rig):
                 ((text,), {}, ["text.mp3"]),
                 ((self.folder.parent / "empty.mp3",), {}, ["empty.mp3"]),
                 ((text,), {"script": SOURCE_SCRIPT}, ["no sound in"]),
+                ((silent,), {"script": SOURCE_SCRIPT}, ["silent.wav", "cannot be decoded"]),
                 ((song, text), {}, ["text.mp3", "Not a directory"]),
                 ((song, "/proc/nowhere"), {}, ["/proc/nowhere"]),
                 ((song,), {"QUILLET_STEM_MODEL": "/nowhere"}, ["QUILLET_STEM_MODEL", "No such file"]),
@@ -222,6 +248,19 @@ class FailureTest(Rig):
         new = self.folder / "new" / "newer"
         self.assert_fails(self.run_to_end("/nowhere/a.mp3", new))
         self.assertEqual(os.listdir(self.folder), ["mine.txt"])
+
+    def test_a_disk_that_is_full_while_it_decodes_is_named(self):
+        song = Song(self.make_song(seconds=1))
+        full = os.open("/dev/full", os.O_RDWR)
+        self.addCleanup(os.close, full)
+        with self.assertRaisesRegex(OSError, "No space"):
+            song.decode(full)
+
+    def test_nobody_need_listen(self):
+        read, write = os.pipe()
+        self.addCleanup(os.close, write)
+        os.close(read)
+        Report(write).message("Separating…")
 
     def test_a_small_disk_is_refused_before_the_work(self):
         if subprocess.run(["unshare", "--mount", "true"], capture_output=True).returncode != 0:
@@ -248,7 +287,7 @@ class FailureTest(Rig):
                 # Another one has to stay away, and to leave what is being made alone.
                 self.assert_fails(self.run_to_end(song), "already")
                 self.assertEqual(len(list(self.folder.glob(".separating-*/*.wav"))), 6)
-                worker = int(Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text())
+                worker, = children(process.pid)
                 os.kill({"supervisor": process.pid, "group": -process.pid, "worker": worker}[who], number)
                 output = process.stdout.read().decode()
                 self.assertEqual(process.wait(), status)
@@ -257,8 +296,21 @@ class FailureTest(Rig):
                 if status == -9:
                     # Its header is the last that is written.
                     unfinished, = self.folder.glob(".separating-*/vocals.wav")
-                    self.assertEqual(unfinished.read_bytes()[:4], bytes(4), "the worker has gone on")
+                    self.assertNotEqual(unfinished.read_bytes()[:4], b"RIFF", "the worker has gone on")
                     self.assert_fails(self.run_to_end("/nowhere/a.mp3"))
+                self.assertEqual(os.listdir(self.folder), [])
+
+    def test_a_resampler_that_dies_is_named(self):
+        # Five write stems; the last that is started reads the song.
+        for place, words in ((0, "A stem could not"), (5, "The song could not")):
+            with self.subTest(words):
+                process = self.until_it_separates(self.make_song(rate=48000, seconds=60))
+                worker, = children(process.pid)
+                while len(children(worker)) < 6:
+                    time.sleep(0.01)
+                os.kill(children(worker)[place], signal.SIGKILL)
+                output, rest = (part.decode() for part in process.communicate())
+                self.assert_fails((process.returncode, output, rest), words)
                 self.assertEqual(os.listdir(self.folder), [])
 
     def test_a_song_that_changes_meanwhile_is_not_separated(self):
