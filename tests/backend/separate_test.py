@@ -16,6 +16,8 @@ import tempfile
 import threading
 import time
 import unittest
+import unittest.mock
+from concurrent.futures import ThreadPoolExecutor
 from http.server import BaseHTTPRequestHandler, HTTPServer
 from pathlib import Path
 
@@ -42,7 +44,7 @@ from stems.level import Level, samples
 from stems.output import song_name
 from stems.report import Failure, Report
 from stems.song import Song
-from stems.weights import Weights
+from stems.weights import FILE, FOLDER_VARIABLE, Weights, model_file
 
 
 def decoded(path, channels):
@@ -370,14 +372,28 @@ class FetchTest(unittest.TestCase):
         # At 1.5 MB the whole came once more instead of the rest, and was cut off as well.
         self.assertEqual(self.places, [0, 1_000_000, 1_000_000, 1_500_000, 2_000_000])
         self.assertEqual(self.file.read_bytes(), self.CONTENT)
-        self.assertEqual(os.listdir(self.folder), ["a.safetensors"])
         self.fetch()
         self.assertEqual(len(self.places), 5)
+        self.assertEqual(os.listdir(self.folder), ["a.safetensors"])
+
+    def test_two_that_need_it_fetch_it_once(self):
+        with ThreadPoolExecutor(2) as both:
+            self.assertEqual(list(both.map(lambda _: self.fetch(), range(2))), 2 * [str(self.file)])
+        self.assertEqual(self.places, [0])
+        self.assertEqual(self.file.read_bytes(), self.CONTENT)
+
+    def test_a_folder_with_several_models(self):
+        self.folder.mkdir()
+        for name in ("a.safetensors", FILE, "z.safetensors"):
+            (self.folder / name).touch()
+        with unittest.mock.patch.dict(os.environ, {FOLDER_VARIABLE: str(self.folder)}):
+            self.assertEqual(model_file(None), str(self.folder / FILE))
 
     def test_what_is_not_the_model_is_never_used(self):
         with self.assertRaisesRegex(Failure, "not what it should be"):
             self.fetch(self.CONTENT[:-1] + b"?")
         self.assertFalse(self.file.exists())
+        self.assertEqual(Path(f"{self.file}.part").stat().st_size, 0)
         self.file.write_bytes(self.CONTENT[:-1] + b"?")
         self.fetch()
         self.assertEqual(self.file.read_bytes(), self.CONTENT)
