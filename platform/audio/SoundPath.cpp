@@ -81,17 +81,17 @@ std::int64_t StretchedPath::render(std::span<float> stereo)
     return count;
 }
 
-/// Feeds the stretcher what it asks for, silence after the leg's end; false when the source has nothing yet.
+/// Feeds the stretcher what it asks for, silence after the leg's end; false when the source has not that much yet. Never less:
+/// the stretcher makes something a little different of other pieces, and a file that is rendered twice is to be the same.
 bool StretchedPath::feed()
 {
     const std::int64_t first = m_stretcher.nextFrame();
     const std::int64_t wanted = m_stretcher.wantedFrames();
     const std::int64_t ready = m_source.fetch(first + wanted) - first;
     const bool atEnd = m_source.legEnd() && first + ready >= *m_source.legEnd();
-    const std::int64_t count = atEnd ? wanted : std::min(ready, wanted);
-    if (count <= 0)
+    if (ready < wanted && !atEnd)
         return false;
-    const auto block = std::span(m_block).first(static_cast<std::size_t>(2 * count));
+    const auto block = std::span(m_block).first(static_cast<std::size_t>(2 * wanted));
     m_source.mix(first, block, m_gains);
     m_stretcher.feed(block);
     return true;

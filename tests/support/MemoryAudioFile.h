@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -40,6 +42,7 @@ public:
 
     [[nodiscard]] std::int64_t read(std::int64_t firstFrame, std::span<float> stereo) override
     {
+        std::this_thread::sleep_for(m_readTime);
         const std::int64_t left = std::max<std::int64_t>(0, std::min(m_readable, length()) - firstFrame);
         const std::int64_t count = std::min(left, static_cast<std::int64_t>(stereo.size()) / 2);
         if (count > 0 && m_readsToFail.load() > 0) {
@@ -57,6 +60,8 @@ public:
     [[nodiscard]] float left(std::int64_t frame) const { return m_stereo[static_cast<std::size_t>(2 * frame)]; }
     /// From now on the file reads only up to this frame.
     void breakAt(std::int64_t frame) { m_readable = frame; }
+    /// Every read takes that long.
+    void setReadTime(std::chrono::milliseconds time) { m_readTime = time; }
     /// The next `count` reads that would give something are refused by the disk: silence of the same length.
     void failReads(int count) { m_readsToFail = count; }
 
@@ -64,6 +69,7 @@ private:
     int m_sampleRate;
     std::vector<float> m_stereo;
     std::int64_t m_readable = INT64_MAX;
+    std::chrono::milliseconds m_readTime{ 0 };
     std::atomic<int> m_readsToFail = 0;
     std::atomic<std::int64_t> m_readErrors = 0;
 };

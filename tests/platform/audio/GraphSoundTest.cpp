@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <memory>
 #include <numbers>
@@ -161,6 +162,20 @@ TEST(GraphSound, SpeedChangesWhilePlayingWithoutAStep)
     EXPECT_LT(maxStep(std::span(rig.heard).subspan(100)), 2 * step);
     for (std::int64_t at = 2000; at + 1500 < std::ssize(rig.heard); at += 500)
         EXPECT_GT(rms(part(rig.heard, at, 1500)), 0.15) << at;
+}
+
+TEST(GraphSound, AFileThatIsReadSlowlySoundsTheSame)
+{
+    const auto render = [](std::chrono::milliseconds readTime) {
+        const auto file = noise(44100, 44100);
+        file->setReadTime(readTime);
+        GraphRig rig;
+        rig.graph.timePitch().setRate(2.5);
+        rig.play(file, { 0, 44100 });
+        return rig.pullToEnd();
+    };
+    const auto sound = render(std::chrono::milliseconds(0));
+    EXPECT_EQ(render(std::chrono::milliseconds(10)), sound);
 }
 
 TEST(GraphSound, PauseHoldsThePlace)
