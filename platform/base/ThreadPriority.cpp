@@ -8,18 +8,6 @@
 #include <unistd.h>
 
 namespace quillet {
-
-ThreadPriority raiseThreadPriority() noexcept
-{
-    sched_param parameters{};
-    parameters.sched_priority = realtimePriority;
-    if (pthread_setschedparam(pthread_self(), SCHED_RR | SCHED_RESET_ON_FORK, &parameters) == 0)
-        return ThreadPriority::realtime;
-    const bool isRaised = setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), raisedNiceLevel) == 0;
-    realtimeRequests().add(gettid());
-    return isRaised ? ThreadPriority::raised : ThreadPriority::unchanged;
-}
-
 namespace {
 
 /// The last of those that the thread may use, if there are several.
@@ -36,6 +24,17 @@ void leaveAProcessorFree() noexcept
 }
 
 }  // namespace
+
+ThreadPriority raiseThreadPriority() noexcept
+{
+    sched_param parameters{};
+    parameters.sched_priority = realtimePriority;
+    if (pthread_setschedparam(pthread_self(), SCHED_RR | SCHED_RESET_ON_FORK, &parameters) == 0)
+        return ThreadPriority::realtime;
+    const bool isRaised = setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), raisedNiceLevel) == 0;
+    realtimeRequests().add(gettid());
+    return isRaised ? ThreadPriority::raised : ThreadPriority::unchanged;
+}
 
 void lowerThreadPriority() noexcept
 {
