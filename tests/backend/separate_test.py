@@ -9,6 +9,7 @@ import hashlib
 import json
 import os
 import re
+import shutil
 import signal
 import subprocess
 import sys
@@ -117,7 +118,7 @@ class Rig(unittest.TestCase):
 
 class SeparationTest(Rig):
     def test_six_stems_are_the_song(self):
-        # What the user has for other programs.
+        # What the user has for other programs: the second has libraries talk.
         (self.home / "torch.py").write_text("raise ImportError('not this one')\n")
         # The last has no player beside it to ask for the length.
         for name, rate, channels, script in (("song.flac", 44100, 2, SCRIPT), (b"\xe9 50%.live.wav", 48000, 1, SCRIPT),
@@ -127,7 +128,7 @@ class SeparationTest(Rig):
                 place = os.path.join(os.fsencode(self.folder), b"htdemucs_6s", os.path.splitext(os.path.basename(song))[0])
                 os.makedirs(place)
                 Path(os.fsdecode(place), "old.wav").write_text("of an earlier version")
-                status, output, progress = self.run_to_end(song, script=script, PYTHONPATH=str(self.home))
+                status, output, progress = self.run_to_end(song, script=script, PYTHONPATH=str(self.home), OMP_DISPLAY_ENV="TRUE")
                 self.assertEqual(status, 0, output)
                 self.assertEqual(self.check_progress(progress), ("Done.", 100))
                 result = json.loads(output)
@@ -224,6 +225,8 @@ class FailureTest(Rig):
             save_file({name: file.get_tensor(name) for name in file.keys()}, structured / "a.safetensors",
                       {**file.metadata(), "structure": '{"_type": "builtins.print"}'})
         write_model(fewer / "a.safetensors", SMALL_SIZE, SOURCES[:4])
+        damaged = Path(shutil.copytree(SOURCE_SCRIPT.parent, self.home / "damaged"))
+        (damaged / "demucs.py").touch()
         (self.folder / "mine.txt").write_text("the user's own")
         for arguments, options, words in (
                 (("/nowhere/a.mp3",), {}, ["/nowhere/a.mp3", "No such file"]),
@@ -241,6 +244,7 @@ class FailureTest(Rig):
                 ((song,), {"QUILLET_STEM_MODEL": str(structured)}, ["structured", "another kind"]),
                 ((song,), {"QUILLET_STEM_MODEL": str(fewer)}, ["does not make the six stems"]),
                 ((song,), {"QUILLET_STEM_MODEL": "", "https_proxy": "http://127.0.0.1:9"}, ["could not be fetched", "refused"]),
+                ((song,), {"script": damaged / "separate.py"}, ["not whole"]),
                 ((song,), {"prefix": ["prlimit", "--fsize=200000"]}, ["no room"]),
                 ((song,), {"prefix": ["prlimit", "--as=1200000000"]}, ["memory"]),
         ):
@@ -264,21 +268,38 @@ class FailureTest(Rig):
         os.close(read)
         Report(write).message("Separating…")
 
-    def test_a_small_disk_is_refused_before_the_work(self):
+    def on_a_disk_of(self, size):
+        """What to put before a command for its stems to lie on a disk of their own."""
         if subprocess.run(["unshare", "--mount", "true"], capture_output=True).returncode != 0:
             self.skipTest("mounting is not allowed here")
-        mount = f'mount -t tmpfs -o size=50m none "{self.folder}" && exec "$@"'
-        outcome = self.run_to_end(self.make_song(seconds=1), prefix=["unshare", "--mount", "sh", "-c", mount, "sh"])
-        self.assert_fails(outcome, "69 MB", "52 MB")
+        return ["unshare", "--mount", "sh", "-c", f'mount -t tmpfs -o size={size} none "{self.folder}" && exec "$@"', "sh"]
 
-    def until_it_separates(self, song):
-        process = self.start(song)
+    def test_a_small_disk_is_refused_before_the_work(self):
+        song, prefix = self.make_song(seconds=5), self.on_a_disk_of("50m")
+        self.assert_fails(self.run_to_end(song, prefix=prefix), "78 MB", "52 MB")
+        # Where there is no player to say how long it is, the song is decoded before, into the place of the sixth.
+        self.assert_fails(self.run_to_end(song, prefix=prefix, script=SOURCE_SCRIPT), "76 MB", "51 MB")
+
+    def until_it_separates(self, song, **options):
+        process = self.start(song, **options)
         for clean in (process.wait, process.kill, process.stdout.close, process.stderr.close):
             self.addCleanup(clean)
         for line in process.stderr:
             if b"Separating" in line:
                 return process
         self.fail(process.stdout.read())
+
+    def test_a_disk_that_others_fill_meanwhile_is_named(self):
+        process = self.until_it_separates(self.make_song(seconds=60), prefix=self.on_a_disk_of("200m"))
+        seen = f"/proc/{process.pid}/root{self.folder}"
+        room = os.statvfs(seen)
+        with open(f"{seen}/mine", "wb") as mine:
+            os.posix_fallocate(mine.fileno(), 0, room.f_bavail * room.f_frsize)
+        folder = os.open(seen, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        output, rest = (part.decode() for part in process.communicate())
+        self.assert_fails((process.returncode, output, rest), "no room", "No space")
+        self.assertEqual(os.listdir(folder), ["mine"])
 
     def test_an_end_before_its_time_leaves_nothing(self):
         song = self.make_song(rate=48000, seconds=120)
@@ -308,7 +329,8 @@ class FailureTest(Rig):
             with self.subTest(words):
                 process = self.until_it_separates(self.make_song(rate=48000, seconds=60))
                 worker, = children(process.pid)
-                while len(children(worker)) < 6:
+                end = time.monotonic() + 60
+                while len(children(worker)) < 6 and time.monotonic() < end:
                     time.sleep(0.01)
                 os.kill(children(worker)[place], signal.SIGKILL)
                 output, rest = (part.decode() for part in process.communicate())

@@ -136,6 +136,6 @@ class Package(unittest.TestCase):
 
 if __name__ == "__main__":
     if "Package" in sys.argv and MISSING:
-        print(f"skipped: there is no {', '.join(MISSING)} beside the program (tools/fetch-tools could not get it)")
+        print(f"skipped: there is no {', '.join(MISSING)} beside the program (tools/fetch-tools puts it there)")
         sys.exit(77)
     unittest.main()

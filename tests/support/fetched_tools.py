@@ -16,7 +16,7 @@ def environment_or_skip(tools):
     They run on a Python 3.12 that uv finds, or fetches where there is a network."""
     missing = [name for name in ("uv", "yt-dlp", "ffmpeg") if not (tools / name).exists()]
     if missing:
-        print(f"skipped: there is no {', '.join(missing)} beside the program (tools/fetch-tools could not get it)")
+        print(f"skipped: there is no {', '.join(missing)} beside the program (tools/fetch-tools puts it there)")
         sys.exit(SKIPPED)
     home = Path.home()
     # What uv keeps stays where it is for tests with a home of their own.
