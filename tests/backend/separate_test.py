@@ -118,7 +118,7 @@ class Rig(unittest.TestCase):
 
 class SeparationTest(Rig):
     def test_six_stems_are_the_song(self):
-        # What the user has for other programs: the second has libraries talk.
+        # What the user has for other programs; OMP_DISPLAY_ENV makes a library talk.
         (self.home / "torch.py").write_text("raise ImportError('not this one')\n")
         # The last has no player beside it to ask for the length.
         for name, rate, channels, script in (("song.flac", 44100, 2, SCRIPT), (b"\xe9 50%.live.wav", 48000, 1, SCRIPT),
@@ -292,9 +292,10 @@ class FailureTest(Rig):
     def test_a_disk_that_others_fill_meanwhile_is_named(self):
         process = self.until_it_separates(self.make_song(seconds=60), prefix=self.on_a_disk_of("200m"))
         seen = f"/proc/{process.pid}/root{self.folder}"
-        room = os.statvfs(seen)
-        with open(f"{seen}/mine", "wb") as mine:
-            os.posix_fallocate(mine.fileno(), 0, room.f_bavail * room.f_frsize)
+        # The separation takes of the same room meanwhile: until nothing is left for either.
+        with open(f"{seen}/mine", "wb", buffering=0) as mine, self.assertRaisesRegex(OSError, "No space"):
+            while True:
+                mine.write(bytes(1 << 20))
         folder = os.open(seen, os.O_RDONLY)
         self.addCleanup(os.close, folder)
         output, rest = (part.decode() for part in process.communicate())
