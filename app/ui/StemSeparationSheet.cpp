@@ -49,6 +49,10 @@ StemSeparationSheet::StemSeparationSheet(FilePath fileURL, const Services& servi
           new Label(services.theme, Label::Role::secondary,
                     tr("The first separation requires a one-time setup that may take several minutes. Subsequent runs will "
                        "be faster."))),
+      m_licenceNote(
+          new Label(services.theme, Label::Role::secondary,
+                    tr("It fetches a model that is not part of Quillet, and whose licence is unclear: whether it covers what "
+                       "you do with it is for you to judge."))),
       m_indicator(new BusyIndicator(services.theme, {}, indicatorSize)),
       m_message(new Label(services.theme, Label::Role::secondary, {})),
       m_bar(new QProgressBar),
@@ -61,7 +65,7 @@ StemSeparationSheet::StemSeparationSheet(FilePath fileURL, const Services& servi
     setWindowTitle(tr("Separate Stems"));
     auto* title = new Label(services.theme, Label::Role::title, tr("Separate Stems"));
     title->setHeading(titlePixels);
-    for (Label* text : { m_explanation, m_outdatedNote, m_setupNote, m_message, m_error }) {
+    for (Label* text : { m_explanation, m_outdatedNote, m_setupNote, m_licenceNote, m_message, m_error }) {
         text->setTextFormat(Qt::PlainText);
         text->setWordWrap(true);
         text->setFixedWidth(scaled(contentWidth));
@@ -79,12 +83,13 @@ StemSeparationSheet::StemSeparationSheet(FilePath fileURL, const Services& servi
     column->setContentsMargins(AppTheme::windowMargin, AppTheme::windowMargin, AppTheme::windowMargin, AppTheme::windowMargin);
     column->setSpacing(AppTheme::cardSpacing);
     column->setSizeConstraint(QLayout::SetFixedSize);
-    for (QWidget* part : std::initializer_list<QWidget*>{ title, m_explanation, m_outdatedNote, m_setupNote, m_message,
-                                                          makeProgress(), m_error })
+    for (QWidget* part : std::initializer_list<QWidget*>{ title, m_explanation, m_outdatedNote, m_setupNote, m_licenceNote,
+                                                          m_message, makeProgress(), m_error })
         column->addWidget(part);
     column->addLayout(buttons);
     m_outdatedNote->hide();
     m_setupNote->hide();
+    m_licenceNote->hide();
 
     connect(m_hide, &QAbstractButton::clicked, this, &QWidget::close);
     connect(m_cancel, &QAbstractButton::clicked, this, &QDialog::reject);
@@ -140,6 +145,7 @@ void StemSeparationSheet::showFindings(const Findings& findings)
 {
     m_outdatedNote->setVisible(findings.isOutdated);
     m_setupNote->setVisible(findings.isFirstUse);
+    m_licenceNote->setVisible(findings.isFirstUse);
     sync();
     if (findings.isSeparated)
         separate();
@@ -194,6 +200,7 @@ void StemSeparationSheet::sync()
     if (!asks) {
         m_outdatedNote->hide();
         m_setupNote->hide();
+        m_licenceNote->hide();
     }
     m_message->setVisible(phase.isRunning());
     m_progress->setVisible(phase.isRunning());

@@ -78,6 +78,7 @@ private:
     Label* m_explanation;
     Label* m_outdatedNote;
     Label* m_setupNote;
+    Label* m_licenceNote;
     QWidget* m_progress;
     BusyIndicator* m_indicator;
     Label* m_message;

@@ -2178,6 +2178,10 @@ Wiederhergestellt werden sie nur, wenn die Datei aus „Zuletzt“ geöffnet wir
         <source>Cancelling…</source>
         <translation>Wird abgebrochen …</translation>
     </message>
+    <message>
+        <source>It fetches a model that is not part of Quillet, and whose licence is unclear: whether it covers what you do with it is for you to judge.</source>
+        <translation>Dabei wird ein Modell geladen, das nicht zu Quillet gehört und dessen Lizenz unklar ist: Ob sie deckt, was Sie damit tun, müssen Sie selbst beurteilen.</translation>
+    </message>
 </context>
 <context>
     <name>quillet::StemSeparator</name>

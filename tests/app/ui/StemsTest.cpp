@@ -80,6 +80,9 @@ TEST_F(StemsTest, TheSheetFollowsTheSeparationAndItsStemsPlay)
     EXPECT_TRUE(isShown(*sheet(),
                         "The first separation requires a one-time setup that may take several minutes. Subsequent runs will "
                         "be faster."));
+    EXPECT_TRUE(isShown(*sheet(),
+                        "It fetches a model that is not part of Quillet, and whose licence is unclear: whether it covers "
+                        "what you do with it is for you to judge."));
     click(*sheet(), "Separate");
     EXPECT_TRUE(isShown(*sheet(), "Creating Python environment…"));
     EXPECT_FALSE(sheet()->isModal()) << "the window can be used";
